@@ -1,0 +1,28 @@
+# Thin words over the CMake presets; each sets the machine up first.
+
+.PHONY: demo test dll host windows format lint setup clean
+
+dll: windows
+
+demo: windows
+	tools/demo build/windows
+
+test: host windows
+	ctest --preset host
+	ctest --preset windows
+
+host windows: setup
+	cmake --preset $@
+	cmake --build --preset $@
+
+setup:
+	@tools/setup
+
+format:
+	git ls-files '*.h' '*.cpp' '*.inc' | xargs clang-format -i
+
+lint:
+	git ls-files '*.h' '*.cpp' '*.inc' | xargs clang-format --dry-run -Werror
+
+clean:
+	rm -rf build
