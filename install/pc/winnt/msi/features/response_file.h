@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+/// Response files: the answers of an unattended installation, as stanzas of keyword lines in a text file.
+///
+///     ; a comment, as is a line that begins with #
+///     [Response]
+///     PGMFOLDER="C:\Program Files\Korvex\Vantrel QV"
+///     /q
+///
+/// A keyword ends at the first "="; its value is stripped of blanks and of enclosing double quotes, and %NAME% in it is
+/// expanded from the environment. A switch such as /q or -q gives the keyword "-q" and the rest of the line as its
+/// value.
+
+void BeginResponseFile();
+void EndResponseFile();
+
+/// Loads a response file, once a load: when stanzas are loaded already nothing is done. Returns 1 when every line was
+/// good. Otherwise 0: each bad line is logged and dropped, and the good ones are loaded.
+int iwiReadResponseFile(const std::string &path);
+
+/// Looks a keyword up in the last stanza of the given name, which is compared without regard to case; the last line of
+/// the keyword counts. `exactCase` says whether the keyword's case matters. Returns 1, or 0 with `value` empty.
+int iwiGetResponseValue(bool exactCase, const std::string &stanza, const std::string &keyword, std::string &value);

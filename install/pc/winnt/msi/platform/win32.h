@@ -1,0 +1,233 @@
+#pragma once
+
+/// The Win32 operations that the library calls, as Windows' own headers declare them. On any other host this header
+/// declares those same operations with the widths of 32-bit Windows, and a test supplies them.
+
+#ifdef _WIN32
+
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+
+#include <shellapi.h>
+
+#else
+
+#include <cstdint>
+
+#define WINAPI
+#define CALLBACK
+#define __stdcall
+
+using BOOL = int;
+using BYTE = std::uint8_t;
+using WORD = std::uint16_t;
+using DWORD = std::uint32_t;
+using LONG = std::int32_t;
+using UINT = unsigned int;
+using WPARAM = std::uintptr_t;
+using LPARAM = std::intptr_t;
+using HANDLE = void *;
+using HMODULE = struct ModuleTag *;
+using HINSTANCE = HMODULE;
+using HWND = struct WindowTag *;
+using HKEY = struct KeyTag *;
+using LPSTR = char *;
+using LPCSTR = const char *;
+using FARPROC = std::intptr_t(WINAPI *)();
+
+constexpr BOOL FALSE = 0;
+constexpr BOOL TRUE = 1;
+constexpr DWORD MAX_PATH = 260;
+constexpr DWORD INFINITE = 0xFFFFFFFF;
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(std::intptr_t{-1});
+
+// Error codes.
+constexpr LONG ERROR_SUCCESS = 0;
+constexpr LONG ERROR_FILE_NOT_FOUND = 2;
+constexpr LONG ERROR_PATH_NOT_FOUND = 3;
+constexpr LONG ERROR_ACCESS_DENIED = 5;
+constexpr LONG ERROR_INVALID_HANDLE = 6;
+constexpr LONG ERROR_NO_MORE_FILES = 18;
+constexpr LONG ERROR_SHARING_VIOLATION = 32;
+constexpr LONG ERROR_FILE_EXISTS = 80;
+constexpr LONG ERROR_INVALID_PARAMETER = 87;
+constexpr LONG ERROR_INSUFFICIENT_BUFFER = 122;
+constexpr LONG ERROR_INVALID_NAME = 123;
+constexpr LONG ERROR_MOD_NOT_FOUND = 126;
+constexpr LONG ERROR_PROC_NOT_FOUND = 127;
+constexpr LONG ERROR_DIR_NOT_EMPTY = 145;
+constexpr LONG ERROR_ALREADY_EXISTS = 183;
+constexpr LONG ERROR_MORE_DATA = 234;
+constexpr LONG ERROR_NO_MORE_ITEMS = 259;
+constexpr LONG ERROR_DIRECTORY = 267;
+constexpr LONG ERROR_CANCELLED = 1223;
+constexpr LONG ERROR_INSTALL_USEREXIT = 1602;
+constexpr LONG ERROR_INSTALL_FAILURE = 1603;
+
+struct FILETIME {
+  DWORD dwLowDateTime;
+  DWORD dwHighDateTime;
+};
+
+struct SYSTEMTIME {
+  WORD wYear;
+  WORD wMonth;
+  WORD wDayOfWeek;
+  WORD wDay;
+  WORD wHour;
+  WORD wMinute;
+  WORD wSecond;
+  WORD wMilliseconds;
+};
+
+// NOLINTBEGIN(readability-identifier-naming)
+extern "C" {
+
+DWORD GetLastError();
+void SetLastError(DWORD code);
+void Sleep(DWORD milliseconds);
+void GetLocalTime(SYSTEMTIME *time);
+
+// Handles and objects.
+
+struct SECURITY_ATTRIBUTES;
+BOOL CloseHandle(HANDLE handle);
+HANDLE CreateMutexA(SECURITY_ATTRIBUTES *attributes, BOOL initialOwner, LPCSTR name);
+
+// Files.
+
+constexpr DWORD GENERIC_READ = 0x80000000;
+constexpr DWORD GENERIC_WRITE = 0x40000000;
+constexpr DWORD CREATE_NEW = 1;
+constexpr DWORD CREATE_ALWAYS = 2;
+constexpr DWORD OPEN_EXISTING = 3;
+constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x1;
+constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
+constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
+constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
+constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
+constexpr DWORD INVALID_FILE_SIZE = 0xFFFFFFFF;
+constexpr DWORD MOVEFILE_DELAY_UNTIL_REBOOT = 4;
+
+struct WIN32_FIND_DATAA {
+  DWORD dwFileAttributes;
+  FILETIME ftCreationTime;
+  FILETIME ftLastAccessTime;
+  FILETIME ftLastWriteTime;
+  DWORD nFileSizeHigh;
+  DWORD nFileSizeLow;
+  DWORD dwReserved0;
+  DWORD dwReserved1;
+  char cFileName[MAX_PATH];
+  char cAlternateFileName[14];
+};
+
+using LPPROGRESS_ROUTINE = void *;
+
+HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES *attributes, DWORD disposition,
+                   DWORD flags, HANDLE model);
+DWORD GetFileSize(HANDLE file, DWORD *high);
+BOOL DeleteFileA(LPCSTR path);
+BOOL CreateDirectoryA(LPCSTR path, SECURITY_ATTRIBUTES *attributes);
+BOOL RemoveDirectoryA(LPCSTR path);
+BOOL MoveFileExA(LPCSTR from, LPCSTR to, DWORD flags);
+BOOL CopyFileExA(LPCSTR from, LPCSTR to, LPPROGRESS_ROUTINE progress, void *data, BOOL *cancel, DWORD flags);
+HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA *found);
+BOOL FindNextFileA(HANDLE search, WIN32_FIND_DATAA *found);
+BOOL FindClose(HANDLE search);
+DWORD GetFileAttributesA(LPCSTR path);
+BOOL SetFileAttributesA(LPCSTR path, DWORD attributes);
+
+// Modules and their strings.
+
+constexpr DWORD LOAD_LIBRARY_AS_DATAFILE = 2;
+constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 8;
+
+HMODULE LoadLibraryExA(LPCSTR path, HANDLE reserved, DWORD flags);
+BOOL FreeLibrary(HMODULE module);
+FARPROC GetProcAddress(HMODULE module, LPCSTR name);
+int LoadStringA(HINSTANCE module, UINT id, LPSTR buffer, int capacity);
+
+// Processes.
+
+constexpr DWORD WAIT_OBJECT_0 = 0;
+constexpr DWORD WAIT_TIMEOUT = 258;
+constexpr DWORD STILL_ACTIVE = 259;
+constexpr DWORD SEE_MASK_NOCLOSEPROCESS = 0x40;
+constexpr DWORD SEE_MASK_FLAG_NO_UI = 0x400;
+
+struct SHELLEXECUTEINFOA {
+  DWORD cbSize;
+  DWORD fMask;
+  HWND hwnd;
+  LPCSTR lpVerb;
+  LPCSTR lpFile;
+  LPCSTR lpParameters;
+  LPCSTR lpDirectory;
+  int nShow;
+  HINSTANCE hInstApp;
+  void *lpIDList;
+  LPCSTR lpClass;
+  HKEY hkeyClass;
+  DWORD dwHotKey;
+  HANDLE hMonitor;
+  HANDLE hProcess;
+};
+
+BOOL ShellExecuteExA(SHELLEXECUTEINFOA *info);
+DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
+BOOL GetExitCodeProcess(HANDLE process, DWORD *code);
+
+// The registry.
+
+inline const HKEY HKEY_CLASSES_ROOT = reinterpret_cast<HKEY>(std::uintptr_t{0x80000000});
+inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(std::uintptr_t{0x80000001});
+inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::uintptr_t{0x80000002});
+constexpr DWORD KEY_QUERY_VALUE = 1;
+constexpr DWORD KEY_SET_VALUE = 2;
+constexpr DWORD REG_SZ = 1;
+constexpr DWORD REG_EXPAND_SZ = 2;
+constexpr DWORD REG_BINARY = 3;
+constexpr DWORD REG_DWORD = 4;
+constexpr DWORD REG_MULTI_SZ = 7;
+
+LONG RegOpenKeyExA(HKEY root, LPCSTR path, DWORD options, DWORD access, HKEY *key);
+LONG RegCloseKey(HKEY key);
+LONG RegQueryValueExA(HKEY key, LPCSTR name, DWORD *reserved, DWORD *type, BYTE *data, DWORD *size);
+LONG RegSetValueExA(HKEY key, LPCSTR name, DWORD reserved, DWORD type, const BYTE *data, DWORD size);
+LONG RegDeleteValueA(HKEY key, LPCSTR name);
+
+// The environment and the user.
+
+DWORD ExpandEnvironmentStringsA(LPCSTR source, LPSTR buffer, DWORD capacity);
+BOOL SetEnvironmentVariableA(LPCSTR name, LPCSTR value);
+BOOL GetUserNameA(LPSTR buffer, DWORD *length);
+
+// Messages and windows.
+
+constexpr DWORD FORMAT_MESSAGE_FROM_STRING = 0x400;
+constexpr DWORD FORMAT_MESSAGE_ARGUMENT_ARRAY = 0x2000;
+constexpr UINT MB_OK = 0;
+constexpr UINT MB_ICONERROR = 0x10;
+constexpr UINT MB_ICONQUESTION = 0x20;
+constexpr UINT MB_ICONWARNING = 0x30;
+constexpr UINT MB_ICONINFORMATION = 0x40;
+constexpr UINT WM_CLOSE = 0x10;
+
+DWORD FormatMessageA(DWORD flags, const void *source, DWORD id, DWORD language, LPSTR buffer, DWORD capacity,
+                     char **arguments);
+HWND GetForegroundWindow();
+int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT type);
+int MessageBoxExA(HWND owner, LPCSTR text, LPCSTR caption, UINT type, WORD language);
+HWND FindWindowExA(HWND parent, HWND after, LPCSTR windowClass, LPCSTR title);
+BOOL PostMessageA(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+
+}  // extern "C"
+   // NOLINTEND(readability-identifier-naming)
+
+#endif

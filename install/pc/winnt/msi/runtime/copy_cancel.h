@@ -1,0 +1,7 @@
+#pragma once
+
+#include "platform/win32.h"
+
+/// Set to TRUE when copying has been cancelled, and never cleared by the library. All processes that have the library
+/// loaded share this one variable, so that a cancel seen by one stops the copies of all.
+extern BOOL copyCancelled;

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "platform/msi.h"
+
+/// The frame that every exported action runs inside: a prolog that records the session and begins the action's log, the
+/// run-mode guard, the action's own body, and an epilog that unwinds the prolog and settles the result.
+
+/// Whether an action may run in the deferred modes. The tests are made in the order given; the first mode that is true
+/// decides.
+struct RunModeGuard {
+  enum Form {
+    none,    ///< runs in any mode
+    error,   ///< a forbidden mode is an error: ERROR_INSTALL_FAILURE
+    bypass,  ///< in a forbidden mode the action does nothing, with its initial result
+  } form = none;
+  struct ForbiddenMode {
+    MSIRUNMODE mode;
+    const char *name;
+  };
+  std::array<ForbiddenMode, 3> forbidden = {};
+};
+
+inline constexpr RunModeGuard kAnyMode{};
+
+/// Refuses scheduled, rollback and commit, in this order.
+inline constexpr RunModeGuard kImmediateOnly{RunModeGuard::error,
+                                             {{{MSIRUNMODE_SCHEDULED, "MSIRUNMODE_SCHEDULED"},
+                                               {MSIRUNMODE_ROLLBACK, "MSIRUNMODE_ROLLBACK"},
+                                               {MSIRUNMODE_COMMIT, "MSIRUNMODE_COMMIT"}}}};
+
+/// One exported action.
+struct Action {
+  const char *name;    ///< as the log shows it and as an external copy of the library exports it
+  UINT initialResult;  ///< the result unless the body gives another
+  RunModeGuard guard;
+  UINT (*body)();  ///< gives the result; null: the initial result is the result
+};
+
+void BeginFrame();
+void EndFrame();
+
+/// The first line of each top-level action's log.
+const std::string &BuildBanner();
+
+/// Runs an action: what every entry point does. Returns ERROR_SUCCESS, ERROR_INSTALL_USEREXIT, ERROR_INSTALL_FAILURE or
+/// what an external copy returned. Nothing is thrown.
+UINT RunAction(const Action &action, MSIHANDLE hInstall) noexcept;
+
+/// Returns true when an external copy of the library carried the action out: `*rcOut`, which is untouched otherwise,
+/// holds its result. Returns false when the action's body is to run here.
+bool CaProlog(MSIHANDLE hInstall, UINT *rcOut, const char *actionName, const std::string &banner);
+
+/// Returns the action's final result.
+UINT CaEpilog(MSIHANDLE hInstall, UINT rc);
+
+/// Logs the user's name and the run modes that are true.
+void CaLogRunModes(MSIHANDLE hInstall);

@@ -1,0 +1,11 @@
+#include "runtime/installer_result.h"
+
+#include "runtime/log.h"
+
+UINT iwiCheckMsiResult(const char *call, const char *argument, UINT answer, UINT &result) {
+  if (answer != ERROR_SUCCESS) {
+    result = answer;
+    Log("***%s('%s') failed (%d)", call, argument, answer);
+  }
+  return answer;
+}

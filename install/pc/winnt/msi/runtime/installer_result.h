@@ -1,0 +1,7 @@
+#pragma once
+
+#include "platform/win32.h"
+
+/// The check of an installer call's answer: one other than ERROR_SUCCESS is stored in `result` and logged with the
+/// call's name and `argument`. Returns the answer unchanged.
+UINT iwiCheckMsiResult(const char *call, const char *argument, UINT answer, UINT &result);

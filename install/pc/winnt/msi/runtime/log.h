@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+
+#include "platform/compiler.h"
+#include "platform/win32.h"
+
+/// The one writer of log lines. Every line goes to the installer's log and to each of up to three files: the trace log,
+/// the user log, and a third one, usually the temporary log. A file is opened and closed for each line, so that it is
+/// complete even when the process is killed.
+
+void BeginLog();
+void EndLog();
+
+/// Writes "HH:MM:SS QVCA info ACTION: text". The text is data, never a format. Returns ERROR_SUCCESS, or
+/// ERROR_INSTALL_FAILURE when the installer's record could not be made or closed or a log's path could not be read;
+/// callers have no need to look. A line logged while a line is being written is dropped.
+UINT LogLine(const std::string &text);
+
+/// LogLine with printf's formatting.
+void Log(const char *format, ...) ZQV_PRINTF(1, 2);
+
+/// Writes a text to the same places without a stamp; nothing while a line is being written. A text that begins with a
+/// line feed is written as an empty line and the rest.
+UINT LogRaw(const std::string &text);
+
+/// Makes the third log "zqvmjpse.txt" in the data folder.
+void UseDataFolderLog();
+
+/// Leaves no third log: the temporary one is gone.
+void RetireTempLog();

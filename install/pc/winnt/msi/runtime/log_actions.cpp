@@ -1,0 +1,151 @@
+#include "runtime/log_actions.h"
+
+#include <vector>
+
+#include "platform/c_file.h"
+#include "platform/owner.h"
+#include "runtime/log.h"
+#include "runtime/property.h"
+#include "runtime/response_property.h"
+#include "runtime/temp_name.h"
+#include "runtime/text.h"
+#include "services/create.h"
+#include "services/delete.h"
+#include "services/path.h"
+
+namespace {
+
+constexpr char kNoLog[] = "none";
+constexpr char kMergedLogName[] = "zqvilogn.txt";
+constexpr int kMergedLineLength = 516;
+
+int DeleteLog(const std::string &path, bool report) {
+  return iwiDeleteFile({.execute = true, .path = path, .report = report});
+}
+
+/// Reads a switch that names a log: the value without line breaks, blanks and quotes. A value that is no path, for its
+/// length, fails as a property that does not fit its buffer does.
+UINT ReadLogSwitch(const char *name, std::string &value) {
+  if (GetPropertyWithResponse(name, value) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  value = Trimmed(std::string(StripBlanks(CutAtLineBreak(value))));
+  if (value.size() >= kPropertyLength) {
+    Log("***msiGetProperty('%s') failed (%d)", name, static_cast<int>(ERROR_MORE_DATA));
+    return ERROR_INSTALL_FAILURE;
+  }
+  return ERROR_SUCCESS;
+}
+
+std::vector<std::string> ReadLines(std::FILE *file) {
+  std::vector<std::string> lines;
+  char line[kMergedLineLength];
+  while (std::fgets(line, kMergedLineLength, file) != nullptr) {
+    lines.emplace_back(CutAtLineBreak(line));
+  }
+  return lines;
+}
+
+void MergeLines(const std::string &path) {
+  OwnedStream file(OpenCFile(path.c_str(), "rt"));
+  if (!file) {
+    Log("Can't find '%s'", path.c_str());
+    return;
+  }
+  Log("Messages from temporary log file '%s':", path.c_str());
+  // Read before the first line is written: the file may be one of the logs that the lines go to.
+  const std::vector<std::string> lines = ReadLines(file.Get());
+  file.Reset();
+  for (const std::string &line : lines) {
+    LogRaw(">>" + line);
+  }
+  LogLine("End of messages from temporary log file.");
+}
+
+}  // namespace
+
+void MergeTempLog(bool deleteAfter, std::string path) {
+  if (path.empty()) {
+    // A folder that cannot be read is one that there is not; the read has left its line.
+    GetKeptProperty(Kept::dataFolder);
+    const std::string &folder = ValueOf(Kept::dataFolder);
+    if (!folder.empty()) {
+      path = folder + "\\" + kMergedLogName;
+    }
+  }
+  if (path.empty()) {
+    LogLine("No log file available");
+    return;
+  }
+  MergeLines(path);
+  if (deleteAfter) {
+    DeleteLog(path, true);
+  }
+}
+
+UINT StartLogs() {
+  std::string trace;
+  if (ReadLogSwitch("INSTALLTRACE", trace) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  std::string published;
+  if (!EqualNoCase(trace, kNoLog)) {
+    std::string &path = ValueOf(Kept::traceLog);
+    path = trace;
+    if (!path.empty()) {
+      iwiCreateFolderTree(path);
+      DeleteLog(path, false);
+    } else {
+      path = TempName(false, "zqvt", ".log");
+    }
+    published = path;
+  }
+  if (SetProperty(NameOf(Kept::traceLog), published) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+
+  std::string user;
+  if (ReadLogSwitch("INSTALLLOG", user) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  if (!user.empty() && !EqualNoCase(user, kNoLog)) {
+    ValueOf(Kept::userLog) = user;
+  }
+  // Deliberate: whatever was asked for, the user log lives only as long as the action that names it.
+  return SetProperty(NameOf(Kept::userLog), "");
+}
+
+UINT SetTempLogPath() {
+  std::string &path = ValueOf(Kept::tempLog);
+  path = TempLogName();
+  if (!path.empty()) {
+    DeleteLog(path, false);
+  }
+  return SetProperty(NameOf(Kept::tempLog), path);
+}
+
+UINT UnSetTempLogPath() {
+  const char *name = NameOf(Kept::tempLog);
+  if (SetProperty(name, "") != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  std::string path;
+  if (GetTrimmedProperty(name, path) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  ValueOf(Kept::tempLog) = path;
+  if (!path.empty()) {
+    return ERROR_SUCCESS;
+  }
+  path = TempLogName();
+  std::string keep;
+  if (GetProperty("ZQVKEEPTEMPLOG", keep, kCounterLength) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  MergeTempLog(keep.empty(), path);
+  return ERROR_SUCCESS;
+}
+
+UINT PrintSummary() {
+  return GetKeptProperty(Kept::tempFolder);
+}

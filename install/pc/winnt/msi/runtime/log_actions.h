@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include "platform/win32.h"
+
+/// The actions that open, fold away and point the library's logs. Each is the body of the exported action named beside
+/// it, and gives ERROR_SUCCESS or ERROR_INSTALL_FAILURE.
+
+/// iwiStartLogs: begins the trace log that INSTALLTRACE asks for (a path; empty: a new file in the temporary folder;
+/// "none": no trace) and publishes it as ZQVUSERTRACEPATH.
+UINT StartLogs();
+
+/// iwiSetTempLogPath: begins the temporary log, which serves until the final folders are known, as ZQVTEMPLOGPATH.
+UINT SetTempLogPath();
+
+/// iwiUnSetTempLogPath: ends the temporary log and merges it into the lasting ones.
+UINT UnSetTempLogPath();
+
+/// iwiPrintSummary: reads the temporary folder.
+UINT PrintSummary();
+
+/// Copies the lines of the file `path` into the current logs, unstamped and marked ">>". An empty path stands for
+/// "zqvilogn.txt" in the data folder. `deleteAfter` deletes the file, also when it could not be read.
+void MergeTempLog(bool deleteAfter, std::string path);

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+
+#include "platform/win32.h"
+
+/// Messages to the user. Their texts are in the message library, a resource-only library with a string table that lies
+/// in the temporary folder, so that they can be translated; the lines of the log are English and built in.
+
+namespace message {
+
+// String-table identifiers.
+constexpr UINT kCaption = 2027;
+constexpr UINT kResponseFileUnreadable = 2034;  ///< one insert: the file's path
+constexpr UINT kActionFailed = 2041;
+
+}  // namespace message
+
+void BeginMessages();
+void EndMessages();
+
+/// Loads a text of the message library, at most 515 characters of it; the library itself is loaded at the first use.
+/// Returns 1, or 0 with `text` untouched.
+int iwiLoadNlsString(std::string &text, UINT id);
+
+/// Makes `path` the message library of this load, in place of the name in the temporary folder.
+void UseMessageLibrary(const std::string &path);
+
+/// Frees the message library with every reference that the process holds on it, if it is loaded.
+void FreeMessageLibrary();
+
+/// Closes the splash window, writes the text to the logs and, unless the installation is silent (UILevel 2), shows it
+/// in a box with buttons in the installation's language. `type` is MessageBox's. Returns the box's answer, 0 without a
+/// box.
+int iiiDisplayMsgBox(const std::string &text, UINT type);
+
+/// Closes the product's splash window and waits, without a limit, until it is gone.
+void CloseSplash();
+
+/// Fills the inserts %1 to %4 of a message text, as FormatMessage does; the result has at most 515 characters. Returns
+/// 1, or 0 with the format itself in `text`.
+int FormatInserts(std::string &text, const std::string &format, const char *a1 = "", const char *a2 = "",
+                  const char *a3 = "", const char *a4 = "");

@@ -1,0 +1,6 @@
+#pragma once
+
+#include "platform/compiler.h"
+
+/// Where a routine tells its steps, in printf's form: to the log, or to nobody where the writer of the log itself asks.
+using Note ZQV_PRINTF(1, 2) = void (*)(const char *format, ...);

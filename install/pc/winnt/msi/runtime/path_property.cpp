@@ -1,0 +1,69 @@
+#include "runtime/path_property.h"
+
+#include <algorithm>
+#include <new>
+
+#include "runtime/load_state.h"
+#include "runtime/log.h"
+#include "runtime/pair_list.h"
+#include "runtime/property.h"
+#include "runtime/text.h"
+
+namespace {
+
+constexpr char kCounter[] = "ZQVPROPERTYCOUNTER";
+
+/// Each pair is a property's name and its path.
+struct State {
+  iwiPAIRLIST properties;
+};
+LoadState<State> state;
+
+/// Copies `text`; false, and a line, when there is no memory for it.
+bool Copy(const std::string &text, const char *what, std::string &copy) {
+  try {
+    copy = text;
+    return true;
+  } catch (const std::bad_alloc &) {
+    Log("***Unable to allocate path property %s buffer 0x%8.8lx", what, static_cast<unsigned long>(text.size() + 1));
+    return false;
+  }
+}
+
+}  // namespace
+
+void BeginPathProperties() {
+  state.Begin();
+}
+
+void EndPathProperties() {
+  state.End();
+}
+
+UINT GetPathProperty(const std::string &path, std::string &nameOut) {
+  const auto known = std::find_if(state->properties.begin(), state->properties.end(),
+                                  [&](const iwiPAIR &property) { return EqualNoCase(property.second, path); });
+  if (known != state->properties.end()) {
+    nameOut = known->first;
+    return ERROR_SUCCESS;
+  }
+  std::string counter;
+  if (GetProperty(kCounter, counter, kCounterLength) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  const int number = DecimalValue(counter);
+  const std::string name = Format("%s%d", "ZQVPATHPROPERTY", number);
+  if (SetProperty(name.c_str(), path) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  nameOut = name;
+  UINT result = ERROR_SUCCESS;
+  iwiPAIR property;
+  if (Copy(name, "name", property.first) && Copy(path, "value", property.second)) {
+    state->properties.push_front(std::move(property));
+  } else {
+    result = ERROR_INSTALL_FAILURE;
+  }
+  const UINT counted = SetProperty(kCounter, std::to_string(NextCounter(number)));
+  return counted != ERROR_SUCCESS ? counted : result;
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "platform/win32.h"
+
+/// Properties that name folders: each row of the RemoveFile table names its folder by such a property.
+
+void BeginPathProperties();
+void EndPathProperties();
+
+/// Gives `nameOut` the name of a property that holds `path`: one made before in this load, found without regard to
+/// case, or a new one, numbered by ZQVPROPERTYCOUNTER. Returns ERROR_SUCCESS or ERROR_INSTALL_FAILURE.
+UINT GetPathProperty(const std::string &path, std::string &nameOut);

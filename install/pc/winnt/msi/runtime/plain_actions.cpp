@@ -1,0 +1,10 @@
+#include "runtime/plain_actions.h"
+
+UINT Pause() {
+  MessageBoxA(GetForegroundWindow(), "Pause", "Debug", MB_OK);
+  return ERROR_SUCCESS;
+}
+
+UINT FailAsTest() {
+  return ERROR_INSTALL_FAILURE;
+}

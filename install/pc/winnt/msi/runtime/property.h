@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include "runtime/property_source.h"
+
+/// Reading and setting the installation's properties, with a log line for each access, so that the log shows every
+/// value that a decision rested on.
+
+/// Reads a property into `value`, from the property table or, in a deferred action, from the value list. A property
+/// that is not there gives the empty text. `length` is the longest value that is accepted, in characters and with its
+/// terminator. Returns ERROR_SUCCESS, or ERROR_INSTALL_FAILURE with `value` empty.
+UINT GetProperty(const char *name, std::string &value, DWORD length = kPropertyLength);
+
+/// Reads a property and trims it: blanks and one pair of surrounding quotes go, and a trailing backslash.
+UINT GetTrimmedProperty(const char *name, std::string &value, DWORD length = kPropertyLength);
+
+/// Reads a property from the value list of a deferred action, in any run mode.
+UINT CadGetProperty(const char *name, std::string &value, DWORD length = kPropertyLength);
+
+/// Sets a property; an empty value removes it. In a deferred action nothing is set, which is logged and no error.
+/// Returns ERROR_SUCCESS or ERROR_INSTALL_FAILURE.
+UINT SetProperty(const char *name, const std::string &value);
+
+/// Reads a kept property if its value is empty, and keeps it trimmed for the life of the load; ValueOf gives it.
+UINT GetKeptProperty(Kept property);

@@ -1,0 +1,44 @@
+#include "runtime/session.h"
+
+#include <array>
+#include <optional>
+
+#include "runtime/load_state.h"
+
+namespace {
+
+struct State {
+  SessionState session;
+  std::array<std::optional<bool>, MSIRUNMODE_COMMIT + 1> runModes;
+};
+LoadState<State> state;
+
+}  // namespace
+
+void BeginSession() {
+  state.Begin();
+}
+
+void EndSession() {
+  state.End();
+}
+
+SessionState &Session() {
+  return state->session;
+}
+
+bool InRunMode(MSIRUNMODE mode) {
+  std::optional<bool> &known = state->runModes[mode];
+  if (!known) {
+    known = MsiGetMode(state->session.handle, mode) != FALSE;
+  }
+  return *known;
+}
+
+bool InDeferredMode() {
+  return InRunMode(MSIRUNMODE_SCHEDULED) || InRunMode(MSIRUNMODE_ROLLBACK) || InRunMode(MSIRUNMODE_COMMIT);
+}
+
+void ForgetRunModes() {
+  state->runModes.fill(std::nullopt);
+}

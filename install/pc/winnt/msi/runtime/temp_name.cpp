@@ -1,0 +1,69 @@
+#include "runtime/temp_name.h"
+
+#include "runtime/property.h"
+#include "runtime/text.h"
+#include "services/create.h"
+#include "services/path.h"
+
+namespace {
+
+constexpr char kNumberProperty[] = "ZQVTEMPFILENUM";
+constexpr unsigned long kNumbers = 65535;
+
+/// Fills the temporary folder's kept value, from TempFolder where ZQVTEMP is empty. False when a read fails.
+bool FindTempFolder() {
+  if (GetKeptProperty(Kept::tempFolder) != ERROR_SUCCESS) {
+    return false;
+  }
+  std::string &folder = ValueOf(Kept::tempFolder);
+  if (folder.empty()) {
+    if (GetTrimmedProperty("TempFolder", folder) != ERROR_SUCCESS) {
+      return false;
+    }
+    SetProperty(NameOf(Kept::tempFolder), folder);
+  }
+  return true;
+}
+
+std::string Compose(const char *prefix, const std::string &number, const char *extension) {
+  return Format("%s\\%s%s%s", ValueOf(Kept::tempFolder).c_str(), prefix, number.c_str(), extension);
+}
+
+}  // namespace
+
+std::string TempName(bool persistNumber, const char *prefix, const char *extension) {
+  if (!FindTempFolder()) {
+    return {};
+  }
+  std::string number;
+  if (persistNumber) {
+    if (GetProperty(kNumberProperty, number, kCounterLength) != ERROR_SUCCESS) {
+      return {};
+    }
+    if (!number.empty()) {
+      return Compose(prefix, number, extension);
+    }
+  }
+  if (ValueOf(Kept::tempFolder).empty()) {
+    return {};
+  }
+  for (unsigned long n = 1; n < kNumbers; ++n) {
+    number = Format("%4.4lx", n);
+    const std::string created = iwiCreateNewFile(Compose(prefix, number, extension));
+    if (!created.empty()) {
+      if (persistNumber) {
+        SetProperty(kNumberProperty, number);
+      }
+      return created;
+    }
+  }
+  return {};
+}
+
+std::string ValueListName() {
+  return TempName(true, "zqvp", ".txt");
+}
+
+std::string TempLogName() {
+  return TempName(true, "zqvg", ".txt");
+}

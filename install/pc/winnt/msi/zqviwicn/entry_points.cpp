@@ -1,0 +1,19 @@
+#include "zqviwicn/entry_points.h"
+
+#include <type_traits>
+
+#include "runtime/deferred_data.h"
+#include "runtime/frame.h"
+#include "runtime/log_actions.h"
+#include "runtime/plain_actions.h"
+
+// The signature is asserted because a linker exports a wrong calling convention without a word.
+#define ACTION(entry, name, initialResult, guard, body)                          \
+  static_assert(std::is_same_v<decltype(&entry), UINT(__stdcall *)(MSIHANDLE)>); \
+  UINT __stdcall entry(MSIHANDLE hInstall) {                                     \
+    return RunAction({name, initialResult, guard, body}, hInstall);              \
+  }
+extern "C" {
+#include "zqviwicn/actions.inc"
+}
+#undef ACTION

@@ -1,0 +1,49 @@
+#include "zqviwicn/load.h"
+
+#include <iterator>
+
+#include "features/response_file.h"
+#include "runtime/frame.h"
+#include "runtime/log.h"
+#include "runtime/message.h"
+#include "runtime/path_property.h"
+#include "runtime/property_source.h"
+#include "runtime/response_property.h"
+#include "runtime/session.h"
+#include "services/components.h"
+#include "services/products.h"
+
+namespace {
+
+struct Module {
+  void (*begin)();
+  void (*end)();
+};
+
+/// Lower modules come first.
+constexpr Module kModules[] = {
+    {BeginSession, EndSession},
+    {BeginPropertySource, EndPropertySource},
+    {BeginLog, EndLog},
+    {BeginPathProperties, EndPathProperties},
+    {BeginMessages, EndMessages},
+    {BeginResponseFile, EndResponseFile},
+    {BeginResponseProperties, EndResponseProperties},
+    {BeginComponents, EndComponents},
+    {BeginProducts, EndProducts},
+    {BeginFrame, EndFrame},
+};
+
+}  // namespace
+
+void Load() {
+  for (const Module &module : kModules) {
+    module.begin();
+  }
+}
+
+void Unload() {
+  for (auto module = std::rbegin(kModules); module != std::rend(kModules); ++module) {
+    module->end();
+  }
+}

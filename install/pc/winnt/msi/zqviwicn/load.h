@@ -1,0 +1,7 @@
+#pragma once
+
+/// Makes the state that lives as long as the library is loaded.
+void Load();
+
+/// Frees it.
+void Unload();
