@@ -1,0 +1,28 @@
+#include "services/attributes.h"
+
+#include "runtime/log.h"
+#include "services/error_text.h"
+
+UINT RemoveReadOnly(const std::string &path, bool report) {
+  const DWORD attributes = GetFileAttributesA(path.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES) {
+    const LONG error = static_cast<LONG>(GetLastError());
+    if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND) {
+      Log("***Error %s getting attributes '%s'", ErrorText(error).c_str(), path.c_str());
+    } else if (report) {
+      Log("RemoveReadOnly: %s '%s' not found", error == ERROR_FILE_NOT_FOUND ? "File" : "Path", path.c_str());
+    }
+    return ERROR_INSTALL_FAILURE;
+  }
+  if ((attributes & FILE_ATTRIBUTE_READONLY) == 0) {
+    return ERROR_SUCCESS;
+  }
+  const DWORD writable = attributes & ~FILE_ATTRIBUTE_READONLY;
+  if (SetFileAttributesA(path.c_str(), writable) == FALSE) {
+    const LONG error = static_cast<LONG>(GetLastError());
+    Log("***Error %s setting attributes '%s'", ErrorText(error).c_str(), path.c_str());
+    return ERROR_INSTALL_FAILURE;
+  }
+  Log("Set attributes 0x%8.8lx '%s'", static_cast<unsigned long>(writable), path.c_str());
+  return ERROR_SUCCESS;
+}

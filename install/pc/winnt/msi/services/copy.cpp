@@ -1,0 +1,104 @@
+#include "services/copy.h"
+
+#include "runtime/copy_cancel.h"
+#include "runtime/log.h"
+#include "runtime/property.h"
+#include "services/attributes.h"
+#include "services/create.h"
+#include "services/error_text.h"
+#include "services/existence.h"
+#include "services/path.h"
+#include "services/search.h"
+
+namespace {
+
+constexpr char kCancelMarker[] = "zqvcancl.txt";
+
+void Accumulate(UINT &result, UINT code) {
+  if (code != ERROR_SUCCESS) {
+    result = code;
+  }
+}
+
+UINT CopyFiles(const std::string &source, const std::string &destination, const std::string &pattern) {
+  UINT result = ERROR_SUCCESS;
+  Search search(source + "\\" + pattern);
+  while (search.Next()) {
+    if (search.IsFile()) {
+      Accumulate(result, iwiCopyFile(true, source, destination, search.Name()));
+    }
+  }
+  return search.Failed(8) ? ERROR_INSTALL_FAILURE : result;
+}
+
+/// The system's limit on the length of a path bounds the depth of this recursion.
+UINT CopySubfolders(const std::string &source, const std::string &destination, const std::string &pattern) {
+  UINT result = ERROR_SUCCESS;
+  Search search(source + "\\*");
+  while (search.Next()) {
+    if (search.IsSubfolder() && !search.IsLink()) {
+      Accumulate(result,
+                 iwiCopyPattern(source + "\\" + search.Name(), destination + "\\" + search.Name(), pattern, true));
+    }
+  }
+  return search.Failed(9) ? ERROR_INSTALL_FAILURE : result;
+}
+
+}  // namespace
+
+UINT iwiCopyPattern(const std::string &source, const std::string &destination, const std::string &pattern,
+                    bool recurse) {
+  if (recurse) {
+    Log("Copying pattern '%s' from tree '%s\\' to '%s\\'", pattern.c_str(), source.c_str(), destination.c_str());
+  } else {
+    Log("Copying pattern '%s' from '%s\\' to '%s\\'", pattern.c_str(), source.c_str(), destination.c_str());
+  }
+  CreateTargetFolder(destination);
+  const std::string from = Trimmed(source);
+  const std::string to = Trimmed(destination);
+  UINT result = CopyFiles(from, to, pattern);
+  if (recurse) {
+    Accumulate(result, CopySubfolders(from, to, pattern));
+  }
+  return result;
+}
+
+UINT iwiCopyFile(bool skipExistenceCheck, const std::string &source, const std::string &destination,
+                 const std::string &name) {
+  std::string from = source;
+  std::string to = destination;
+  if (name.empty()) {
+    Log("Copying from '%s' to '%s'", source.c_str(), destination.c_str());
+  } else {
+    from = Trimmed(source + "\\" + name);
+    to = Trimmed(destination + "\\" + name);
+    Log("Copying '%s' from '%s\\' to '%s\\'", name.c_str(), source.c_str(), destination.c_str());
+  }
+  if (!skipExistenceCheck && iwiFileExists(from) == 0) {
+    Log("Copy bypassed; source file '%s' does not exist", from.c_str());
+    return ERROR_SUCCESS;
+  }
+  if (iwiIsCopyCancelled() != FALSE) {
+    return ERROR_INSTALL_USEREXIT;
+  }
+  RemoveReadOnly(to, false);
+  if (CopyFileExA(from.c_str(), to.c_str(), nullptr, nullptr, &copyCancelled, 0) == FALSE) {
+    const LONG error = static_cast<LONG>(GetLastError());
+    const std::string text = error == ERROR_CANCELLED ? "ERROR_CANCELLED" : ErrorText(error);
+    Log("***Error %s copying '%s'", text.c_str(), name.empty() ? source.c_str() : name.c_str());
+    return ERROR_INSTALL_FAILURE;
+  }
+  RemoveReadOnly(to, true);
+  return ERROR_SUCCESS;
+}
+
+BOOL iwiIsCopyCancelled() {
+  if (copyCancelled == FALSE) {
+    const bool known = GetKeptProperty(Kept::tempFolder) == ERROR_SUCCESS;
+    const std::string &folder = ValueOf(Kept::tempFolder);
+    if (!known || (!folder.empty() && iwiFileExists(folder + "\\" + kCancelMarker) != 0)) {
+      copyCancelled = TRUE;
+    }
+  }
+  return copyCancelled;
+}

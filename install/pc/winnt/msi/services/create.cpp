@@ -1,0 +1,100 @@
+#include "services/create.h"
+
+#include <algorithm>
+
+#include "platform/owner.h"
+#include "runtime/log.h"
+#include "services/error_text.h"
+
+namespace {
+
+/// Where the folders of a tree begin: the index behind "C:", or behind "\\server\share"; npos for any other path.
+std::size_t FirstFolder(const std::string &path) {
+  if (path.size() >= 2 && path[1] == ':') {
+    return 2;
+  }
+  if (!path.starts_with("\\\\")) {
+    return std::string::npos;
+  }
+  const std::size_t share = path.find('\\', 2);
+  return share == std::string::npos ? share : path.find('\\', share + 1);
+}
+
+/// Where the first folder of a copy's target begins: behind "C:\" or "\\server\"; npos where there is no such
+/// beginning; 0 for any other path.
+std::size_t FirstTargetFolder(const std::string &path) {
+  const bool ofServer = path.starts_with("\\\\");
+  if (!ofServer && (path.size() < 2 || path[1] != ':')) {
+    return 0;
+  }
+  const std::size_t root = path.find('\\', ofServer ? 2 : 0);
+  return root == std::string::npos ? root : root + 1;
+}
+
+/// Makes one folder; ERROR_ALREADY_EXISTS, too, for a name without a backslash, which is none to be made.
+LONG CreateFolder(const std::string &folder) {
+  if (folder.find('\\') == std::string::npos) {
+    return ERROR_ALREADY_EXISTS;
+  }
+  if (CreateDirectoryA(folder.c_str(), nullptr) == FALSE) {
+    return static_cast<LONG>(GetLastError());
+  }
+  Log("Created '%s'", folder.c_str());
+  return ERROR_SUCCESS;
+}
+
+}  // namespace
+
+std::string iwiCreateNewFile(const std::string &path) {
+  if (path.empty()) {
+    return {};
+  }
+  OwnedFile file(CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+  const LONG error = static_cast<LONG>(GetLastError());
+  if (file) {
+    file.Reset();
+    Log("Created '%s'", path.c_str());
+    return path;
+  }
+  if (error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS) {
+    Log("'%s' already exists", path.c_str());
+  } else {
+    Log("***Error %d (0x%8.8lx) creating '%s'", static_cast<int>(error), static_cast<unsigned long>(error),
+        path.c_str());
+  }
+  return {};
+}
+
+int iwiCreateFolderTree(const std::string &path) {
+  int nothingMade = 1;
+  const std::size_t first = FirstFolder(path);
+  if (first == std::string::npos) {
+    return nothingMade;
+  }
+  for (std::size_t end = path.find('\\', first + 1); end != std::string::npos; end = path.find('\\', end + 1)) {
+    const std::string folder = path.substr(0, end);
+    const LONG error = CreateFolder(folder);
+    if (error == ERROR_SUCCESS) {
+      nothingMade = 0;
+    } else if (error != ERROR_ALREADY_EXISTS) {
+      Log("Couldn't create '%s' %d", folder.c_str(), static_cast<int>(error));
+    }
+  }
+  return nothingMade;
+}
+
+void CreateTargetFolder(const std::string &path) {
+  std::size_t at = FirstTargetFolder(path);
+  if (at >= path.size()) {
+    return;
+  }
+  while (at <= path.size()) {
+    const std::size_t end = std::min(path.find('\\', at), path.size());
+    const std::string folder = path.substr(0, end);
+    const LONG error = CreateFolder(folder);
+    if (error != ERROR_SUCCESS && error != ERROR_ALREADY_EXISTS) {
+      Log("***Error %s creating '%s'", ErrorText(error).c_str(), folder.c_str());
+    }
+    at = end + 1;
+  }
+}

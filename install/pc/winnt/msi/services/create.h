@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+/// Making files and folders.
+
+/// Makes an empty file where there was none. Returns the path, or an empty text when the file exists already, cannot be
+/// made, or `path` is empty.
+std::string iwiCreateNewFile(const std::string &path);
+
+/// Makes every folder on the path up to its last backslash: for a path of a drive from behind the drive's colon, for
+/// one of a server from behind its share; for any other path nothing. Returns 1 when nothing had to be made and 0 when
+/// a folder was made.
+int iwiCreateFolderTree(const std::string &path);
+
+/// Makes the folder that is copied to, with its parents: of a drive's path every folder, of a server's path from the
+/// share on. Failures are logged and do not stop it.
+void CreateTargetFolder(const std::string &path);

@@ -1,0 +1,134 @@
+#include "services/delete.h"
+
+#include <new>
+
+#include "runtime/log.h"
+#include "runtime/pair_list.h"
+#include "services/path.h"
+#include "services/search.h"
+
+namespace {
+
+/// What a walk does in each folder.
+struct Walk {
+  DeletionRequest request;  ///< of each file and folder; its path is filled in
+  bool deleteFiles;
+  bool removeFolders;
+  bool recurse;
+};
+
+DeletionRequest RequestFor(const Walk &walk, const std::string &path) {
+  DeletionRequest request = walk.request;
+  request.path = path;
+  return request;
+}
+
+/// Puts a path at the front of the list; false, with a line, when there is no memory for it.
+bool PutInFront(iwiPAIRLIST &list, const std::string &folder, const char *name, const std::string &tail) {
+  std::string path;
+  try {
+    path = folder + "\\" + name + tail;
+  } catch (const std::bad_alloc &) {
+    Log("***Can't allocate memory for FilePath");
+    return false;
+  }
+  try {
+    list.push_front({std::move(path), {}});
+  } catch (const std::bad_alloc &) {
+    Log("***Can't allocate memory for iwiPAIRLIST");
+    return false;
+  }
+  return true;
+}
+
+/// Deletes the files of a folder that the path matches. `denied` becomes true when the folder cannot be searched.
+int DeleteFiles(const Walk &walk, const std::string &path, const std::string &folder, bool &denied) {
+  int result = 1;
+  iwiPAIRLIST files;
+  {
+    Search search(path);
+    while (search.Next()) {
+      if (search.IsFile() && !PutInFront(files, folder, search.Name(), "")) {
+        result = 0;
+      }
+    }
+    denied = search.Error() == ERROR_ACCESS_DENIED;
+    if (!denied && search.Failed(6)) {
+      result = 0;
+    }
+  }
+  for (const iwiPAIR &file : files) {
+    result &= DeleteOneFile(RequestFor(walk, file.first));
+  }
+  return result;
+}
+
+int ListSubfolders(const std::string &folder, const std::string &tail, iwiPAIRLIST &subfolders) {
+  int result = 1;
+  Search search(folder + "\\*");
+  while (search.Next()) {
+    if (search.IsSubfolder() && !PutInFront(subfolders, folder, search.Name(), tail)) {
+      result = 0;
+    }
+  }
+  return search.Failed(7) ? 0 : result;
+}
+
+/// The system's limit on the length of a path bounds the depth of this recursion. `named` says that the caller of the
+/// library's operation has named this folder, and no search has found it.
+int DeleteTree(const Walk &walk, std::string path, bool named) {
+  iwiTidyPath(kWithoutBackslash, path);
+  std::string folder = path;
+  std::string pattern;
+  const std::size_t cut = walk.deleteFiles ? path.rfind('\\') : path.size();
+  if (walk.deleteFiles && cut != std::string::npos) {
+    folder.resize(cut);
+    pattern = path.substr(cut + 1);
+  }
+  if (cut == std::string::npos || folder.empty()) {
+    Log("***Invalid file pattern; path '%s', pattern '%s', dirs %d, FilePaths %d", folder.c_str(), pattern.c_str(),
+        walk.removeFolders, walk.deleteFiles);
+    return 0;
+  }
+  int result = 1;
+  if ((named && !walk.removeFolders) || !IsFolderLink(folder)) {
+    bool denied = false;
+    if (walk.deleteFiles) {
+      result &= DeleteFiles(walk, path, folder, denied);
+    }
+    if (walk.recurse && !denied) {
+      iwiPAIRLIST subfolders;
+      result &= ListSubfolders(folder, walk.deleteFiles ? "\\" + pattern : "", subfolders);
+      for (const iwiPAIR &subfolder : subfolders) {
+        result &= DeleteTree(walk, subfolder.first, false);
+      }
+    }
+  }
+  if (walk.removeFolders) {
+    result &= iwiDeleteFolder(RequestFor(walk, folder));
+  }
+  return result;
+}
+
+}  // namespace
+
+int iwiDeleteFile(const DeletionRequest &request) {
+  if (SplitAtLastBackslash(request.path).name.find('*') == std::string_view::npos) {
+    return DeleteOneFile(request);
+  }
+  return iwiDeletePattern(request.countOnly, request.execute, request.ticks, request.path, true, false, false,
+                          request.component, request.installMode);
+}
+
+int iwiDeletePattern(bool countOnly, bool execute, int *ticks, const std::string &path, bool deleteFiles,
+                     bool removeFolders, bool recurse, const std::string &component, int installMode) {
+  const Walk walk{.request = {.countOnly = countOnly,
+                              .execute = execute,
+                              .ticks = ticks,
+                              .component = component,
+                              .installMode = installMode},
+                  .deleteFiles = deleteFiles,
+                  .removeFolders = removeFolders,
+                  .recurse = recurse};
+  return DeleteTree(walk, path, true);
+}

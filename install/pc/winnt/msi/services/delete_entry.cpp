@@ -1,0 +1,222 @@
+#include "services/delete_entry.h"
+
+#include <limits>
+#include <span>
+#include <string_view>
+
+#include "runtime/log.h"
+#include "runtime/progress.h"
+#include "services/existence.h"
+#include "services/remove_file.h"
+#include "services/search.h"
+
+namespace {
+
+constexpr int kFolderAttempts = 20;
+constexpr DWORD kFolderPause = 1000;  // milliseconds
+
+/// What an outcome means to the caller.
+enum Meaning {
+  kDone,     ///< success
+  kDelayed,  ///< success, left to the restart
+  kQuiet,    ///< success, with a line only if reports are wanted
+  kMissing,  ///< success without a line, or a failure with one if reports are wanted
+  kFailed,
+};
+
+/// A line that shows a path, "%s", or a code and a path, "%d" and "%s"; any other format does not compile.
+class Line {
+ public:
+  consteval Line(const char *format) : format_(format) {  // NOLINT(google-explicit-constructor)
+    const std::string_view text(format);
+    const std::size_t code = text.find('%');
+    withCode_ = text.substr(code, 2) == "%d";
+    const std::size_t path = withCode_ ? text.find('%', code + 1) : code;
+    if (text.substr(path, 2) != "%s" || text.find('%', path + 1) != std::string_view::npos) {
+      throw "a path, or a code and a path";
+    }
+  }
+
+  void Write(LONG error, const std::string &path) const {
+    if (withCode_) {
+      Log(format_, static_cast<int>(error), path.c_str());
+    } else {
+      Log(format_, path.c_str());
+    }
+  }
+
+ private:
+  const char *format_;
+  bool withCode_ = false;
+};
+
+constexpr LONG kAnyOther = -1;  ///< the last row of each table
+
+struct Outcome {
+  LONG error;
+  Meaning meaning;
+  Line line;
+};
+
+constexpr Outcome kFileOutcomes[] = {
+    {ERROR_SUCCESS, kDone, "Deleted file: '%s'"},
+    {ERROR_FILE_NOT_FOUND, kQuiet, "Delete file not found: '%s'"},
+    {ERROR_PATH_NOT_FOUND, kQuiet, "Delete file not found: '%s'"},
+    {ERROR_INVALID_NAME, kQuiet, "Invalid name: '%s'"},
+    {ERROR_SHARING_VIOLATION, kDelayed, "***Delete file in use: '%s'"},
+    {ERROR_ACCESS_DENIED, kDelayed, "***Delete file access denied: '%s'"},
+    {kAnyOther, kFailed, "***Delete file error: %d '%s'"},
+};
+
+constexpr Outcome kRestartOutcomes[] = {
+    {ERROR_SUCCESS, kDone, "Stacked file for deletion upon reboot: '%s'"},
+    {ERROR_FILE_NOT_FOUND, kQuiet, "MoveFileEx file not found: '%s'"},
+    {ERROR_PATH_NOT_FOUND, kQuiet, "MoveFileEx file not found: '%s'"},
+    {ERROR_INVALID_NAME, kQuiet, "MoveFileEx invalid name: '%s'"},
+    {kAnyOther, kFailed, "***MoveFileEx error: %d '%s'"},
+};
+
+constexpr Outcome kFolderOutcomes[] = {
+    {ERROR_SUCCESS, kDone, "Deleted path: '%s'"},
+    {ERROR_FILE_NOT_FOUND, kMissing, "***Delete path not found: '%s'"},
+    {ERROR_PATH_NOT_FOUND, kMissing, "***Delete path not found: '%s'"},
+    {ERROR_DIR_NOT_EMPTY, kMissing, "***Delete path not empty: '%s'"},
+    {ERROR_INVALID_NAME, kMissing, "***Delete path not valid: '%s'"},
+    {ERROR_SHARING_VIOLATION, kFailed, "***Delete path in use: '%s'"},
+    {ERROR_ACCESS_DENIED, kFailed, "***Delete path access denied: '%s'"},
+    {kAnyOther, kFailed, "***Delete path error: %d '%s'"},
+};
+
+constexpr Outcome kFolderNowOutcomes[] = {
+    {ERROR_SUCCESS, kDone, "Deleted path: '%s'"},
+    {ERROR_FILE_NOT_FOUND, kDone, "Delete path not found: '%s'"},
+    {ERROR_PATH_NOT_FOUND, kDone, "Delete path not found: '%s'"},
+    {ERROR_DIR_NOT_EMPTY, kDone, "Delete path not empty: '%s'"},
+    {ERROR_INVALID_NAME, kFailed, "***Delete path not valid: '%s'"},
+    {ERROR_SHARING_VIOLATION, kFailed, "***Delete path in use: '%s'"},
+    {ERROR_ACCESS_DENIED, kFailed, "***Delete path access denied: '%s'"},
+    {kAnyOther, kFailed, "***Delete path error: %d '%s'"},
+};
+
+const Outcome &Find(std::span<const Outcome> table, LONG error) {
+  std::size_t row = 0;
+  while (table[row].error != error && table[row].error != kAnyOther) {
+    ++row;
+  }
+  return table[row];
+}
+
+/// Logs the outcome where that is wanted; gives the deletion's result, 1 or 0.
+int Settle(const Outcome &outcome, LONG error, const std::string &path, bool report) {
+  const bool missing = outcome.meaning == kQuiet || outcome.meaning == kMissing;
+  if (!missing || report) {
+    outcome.line.Write(error, path);
+  }
+  return outcome.meaning == kFailed || (outcome.meaning == kMissing && report) ? 0 : 1;
+}
+
+/// Makes a call on a path, and gives its code.
+template <typename Call>
+LONG CodeOf(Call call, const std::string &path) {
+  if (IsTooLong(path)) {
+    return kPathTooLong;
+  }
+  SetLastError(ERROR_SUCCESS);
+  return call(path.c_str()) != FALSE ? ERROR_SUCCESS : static_cast<LONG>(GetLastError());
+}
+
+void Store(LONG error, int *place) {
+  if (place != nullptr) {
+    *place = static_cast<int>(error);
+  }
+}
+
+void Count(int *ticks) {
+  if (ticks != nullptr) {
+    const bool fits = *ticks <= std::numeric_limits<int>::max() - kTicksPerUnit;
+    *ticks = fits ? *ticks + kTicksPerUnit : std::numeric_limits<int>::max();
+  }
+}
+
+/// Removes a folder that is empty, or is a link; logs each outcome but that it is missing.
+LONG RemoveFolder(const std::string &path) {
+  if (!IsFolderLink(path) && iwiIsFolderEmpty(path) == 0) {
+    return ERROR_DIR_NOT_EMPTY;
+  }
+  LONG error = ERROR_SUCCESS;
+  for (int attempt = 0; attempt < kFolderAttempts; ++attempt) {
+    error = CodeOf(RemoveDirectoryA, path);
+    Settle(Find(kFolderOutcomes, error), error, path, false);
+    if (error != ERROR_SHARING_VIOLATION) {
+      break;
+    }
+    Log("Delete path in use; waiting: '%s'", path.c_str());
+    Sleep(kFolderPause);
+  }
+  return error;
+}
+
+int StackFolder(const DeletionRequest &request) {
+  std::string path = request.path;
+  if (!path.empty() && path.back() != '\\') {
+    path += '\\';
+  }
+  return iwiStackFolderForDeletion(path, request.component, request.installMode) == ERROR_SUCCESS ? 1 : 0;
+}
+
+}  // namespace
+
+int DeleteOneFile(const DeletionRequest &request) {
+  const std::string &path = request.path;
+  if (!request.execute) {
+    const bool stacked = iwiFileExists(path) == 0 ||
+                         iwiStackFilesForDeletion(path, request.component, request.installMode) == ERROR_SUCCESS;
+    return stacked ? 1 : 0;
+  }
+  if (request.countOnly) {
+    Count(request.ticks);
+    return 1;
+  }
+  SendActionData(path);
+  const LONG error = CodeOf(DeleteFileA, path);
+  const Outcome &outcome = Find(kFileOutcomes, error);
+  const int result = Settle(outcome, error, path, request.report);
+  if (outcome.meaning == kDelayed || outcome.meaning == kFailed) {
+    iwiDeleteAtReboot(path, request.report, nullptr);
+  }
+  SendProgress(0, kTicksPerUnit);
+  Store(error, request.error);
+  return result;
+}
+
+int iwiDeleteFolder(const DeletionRequest &request) {
+  const std::string &path = request.path;
+  if (!request.execute) {
+    return request.countOnly ? StackFolder(request) : 1;
+  }
+  if (request.countOnly) {
+    Count(request.ticks);
+    return 1;
+  }
+  SendActionData(path);
+  const LONG error = RemoveFolder(path);
+  SendProgress(0, kTicksPerUnit);
+  Store(error, request.error);
+  const Outcome &outcome = Find(kFolderOutcomes, error);
+  if (outcome.meaning == kMissing) {
+    return Settle(outcome, error, path, request.report);
+  }
+  return outcome.meaning == kDone ? 1 : 0;
+}
+
+int iwiDeleteAtReboot(const std::string &path, bool report, int *error) {
+  const auto delay = [](LPCSTR file) { return MoveFileExA(file, nullptr, MOVEFILE_DELAY_UNTIL_REBOOT); };
+  const LONG code = CodeOf(delay, path);
+  Store(code, error);
+  return Settle(Find(kRestartOutcomes, code), code, path, report);
+}
+
+int iwiRemoveFolderNow(const std::string &path) {
+  const LONG error = CodeOf(RemoveDirectoryA, path);
+  return Settle(Find(kFolderNowOutcomes, error), error, path, true);
+}

@@ -1,0 +1,48 @@
+#include "services/features.h"
+
+#include <string>
+
+#include "runtime/log.h"
+#include "runtime/session.h"
+#include "runtime/text.h"
+
+namespace {
+
+struct StateName {
+  INSTALLSTATE state;
+  const char *name;
+};
+constexpr StateName kStateNames[] = {
+    {INSTALLSTATE_UNKNOWN, "INSTALLSTATE_UNKNOWN"}, {INSTALLSTATE_ADVERTISED, "INSTALLSTATE_ADVERTISED"},
+    {INSTALLSTATE_ABSENT, "INSTALLSTATE_ABSENT"},   {INSTALLSTATE_LOCAL, "INSTALLSTATE_LOCAL"},
+    {INSTALLSTATE_SOURCE, "INSTALLSTATE_SOURCE"},
+};
+
+std::string NameOf(INSTALLSTATE state) {
+  for (const StateName &known : kStateNames) {
+    if (known.state == state) {
+      return known.name;
+    }
+  }
+  return Format("%8.8lx", static_cast<unsigned long>(static_cast<UINT>(state)));
+}
+
+}  // namespace
+
+UINT iwiSetFeatureState(const char *feature, INSTALLSTATE state) {
+  const std::string name = NameOf(state);
+  const UINT code = MsiSetFeatureStateA(Session().handle, feature, state);
+  if (code != ERROR_SUCCESS) {
+    Log("***MsiSetFeatureState(%s, %s) rc: 0x%8.8lx", feature, name.c_str(), static_cast<unsigned long>(code));
+    return ERROR_INSTALL_FAILURE;
+  }
+  Log("'%s' feature state set to %s", feature, name.c_str());
+  return ERROR_SUCCESS;
+}
+
+void iwiSetFeatureLocal(const char *feature, bool local, UINT &result) {
+  const UINT set = iwiSetFeatureState(feature, local ? INSTALLSTATE_LOCAL : INSTALLSTATE_ABSENT);
+  if (set != ERROR_SUCCESS) {
+    result = set;
+  }
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// Paths as pure text: nothing here looks at a disk.
+
+/// How iwiTidyPath leaves the end of a path.
+enum PathEnd { kWithoutBackslash = 0, kWithBackslash = 1 };
+
+/// Tidies `path` in place and returns it: leading and trailing blanks go, then one pair of surrounding double quotes;
+/// every run of backslashes becomes one, but for a leading pair; one trailing backslash is appended or removed. So
+/// "C:\" becomes "C:" without its backslash, and an empty path becomes "\" with one.
+std::string &iwiTidyPath(PathEnd end, std::string &path);
+
+/// The same for a property's value: the tidied text, without a trailing backslash.
+std::string Trimmed(std::string value);
+
+/// A path cut at its last backslash. Without a backslash, the folder is empty and the name is the whole path.
+struct SplitPath {
+  std::string_view folder;  ///< up to the last backslash, without it
+  std::string_view name;    ///< what follows it
+};
+SplitPath SplitAtLastBackslash(std::string_view path);

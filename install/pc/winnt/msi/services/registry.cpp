@@ -1,0 +1,192 @@
+#include "services/registry.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/owner.h"
+#include "runtime/log.h"
+#include "runtime/text.h"
+
+namespace {
+
+constexpr DWORD kProbe = 2;
+
+HKEY RootOf(HKEY root) {
+  return root == nullptr ? HKEY_LOCAL_MACHINE : root;
+}
+
+LONG OpenKey(HKEY root, const std::string &path, DWORD access, OwnedKey &key) {
+  return RegOpenKeyExA(RootOf(root), path.c_str(), 0, access, key.Out());
+}
+
+void Fail(UINT *result) {
+  if (result != nullptr) {
+    *result = ERROR_INSTALL_FAILURE;
+  }
+}
+
+/// As OpenKey; true when the key is open. A missing key is quiet, any other error is a logged failure.
+bool OpenOrFail(HKEY root, const std::string &path, DWORD access, OwnedKey &key, UINT *result) {
+  const LONG error = OpenKey(root, path, access, key);
+  if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) {
+    Fail(result);
+    Log("***Can't open key '%s' %d", path.c_str(), static_cast<int>(error));
+  }
+  return error == ERROR_SUCCESS;
+}
+
+/// How many zero bytes end a value of the type.
+std::size_t TerminatorOf(DWORD type) {
+  switch (type) {
+    case REG_SZ:
+    case REG_EXPAND_SZ:
+      return 1;
+    case REG_MULTI_SZ:
+      return 2;
+    default:
+      return 0;
+  }
+}
+
+void Terminate(std::vector<BYTE> &data, DWORD type) {
+  const std::size_t wanted = TerminatorOf(type);
+  std::size_t present = 0;
+  while (present < wanted && present < data.size() && data[data.size() - 1 - present] == 0) {
+    ++present;
+  }
+  data.insert(data.end(), wanted - present, 0);
+}
+
+/// Reads exactly `size` bytes; anything else leaves `data` empty.
+bool ReadData(HKEY key, const std::string &name, DWORD size, std::vector<BYTE> &data) {
+  data.resize(size);
+  DWORD type = 0;
+  DWORD got = size;
+  if (RegQueryValueExA(key, name.c_str(), nullptr, &type, data.data(), &got) != ERROR_SUCCESS) {
+    data.clear();
+    return false;
+  }
+  data.resize(got);
+  Terminate(data, type);
+  return true;
+}
+
+bool ComputeLength(DWORD type, const void *data, int &length) {
+  if (type == REG_DWORD) {
+    length = sizeof(DWORD);
+  } else if (length < 0 && (type == REG_SZ || type == REG_EXPAND_SZ) && data != nullptr) {
+    length = static_cast<int>(std::strlen(static_cast<const char *>(data)) + 1);
+  }
+  return length >= 0;
+}
+
+}  // namespace
+
+int iwiRegReadValue(HKEY root, const std::string &key, const std::string &name, std::vector<BYTE> *data, DWORD *size,
+                    UINT *result) {
+  if (data != nullptr) {
+    data->clear();
+  }
+  if (size != nullptr) {
+    *size = 0;
+  }
+  OwnedKey opened;
+  if (!OpenOrFail(root, key, KEY_QUERY_VALUE, opened, result)) {
+    return 0;
+  }
+  BYTE probe[kProbe];
+  DWORD needed = kProbe;
+  const LONG asked = RegQueryValueExA(opened.Get(), name.c_str(), nullptr, nullptr, probe, &needed);
+  if (asked != ERROR_SUCCESS && asked != ERROR_MORE_DATA) {
+    return 0;
+  }
+  if (size != nullptr) {
+    *size = needed;
+  }
+  return data == nullptr || ReadData(opened.Get(), name, needed, *data) ? 1 : 0;
+}
+
+int ReadRegistryText(HKEY root, const std::string &key, const std::string &name, std::string &text, UINT *result) {
+  std::vector<BYTE> data;
+  const int read = iwiRegReadValue(root, key, name, &data, nullptr, result);
+  text.assign(data.begin(), std::find(data.begin(), data.end(), BYTE{0}));
+  return read;
+}
+
+int iwiRegWriteValue(HKEY root, const std::string &key, const std::string &name, DWORD type, const void *data,
+                     DWORD size, UINT *result) {
+  OwnedKey opened;
+  if (!OpenOrFail(root, key, KEY_SET_VALUE, opened, result)) {
+    return 0;
+  }
+  const LONG error = RegSetValueExA(opened.Get(), name.c_str(), 0, type, static_cast<const BYTE *>(data), size);
+  if (error != ERROR_SUCCESS) {
+    Fail(result);
+    Log("***Can't set value '%s' key '%s' %d", name.c_str(), key.c_str(), static_cast<int>(error));
+    return 0;
+  }
+  return 1;
+}
+
+int iwiRegSetValue(HKEY root, const std::string &key, const std::string &name, DWORD type, const void *data,
+                   int length) {
+  if (!ComputeLength(type, data, length)) {
+    return 0;
+  }
+  OwnedKey opened;
+  LONG error = OpenKey(root, key, KEY_SET_VALUE, opened);
+  if (error != ERROR_SUCCESS) {
+    Log("Error %d opening key '%s'", static_cast<int>(error), key.c_str());
+    return 0;
+  }
+  error =
+      RegSetValueExA(opened.Get(), name.c_str(), 0, type, static_cast<const BYTE *>(data), static_cast<DWORD>(length));
+  if (error != ERROR_SUCCESS) {
+    Log("Error %d setting key '%s' value '%s'", static_cast<int>(error), key.c_str(), name.c_str());
+    return 0;
+  }
+  return 1;
+}
+
+int iwiRegDeleteValue(HKEY root, const std::string &key, const std::string &name, bool report) {
+  if (name.empty()) {
+    return 1;
+  }
+  const std::string shown = Format(RootOf(root) == HKEY_LOCAL_MACHINE ? "HKLM\\%s" : "\\%s", key.c_str());
+  OwnedKey opened;
+  LONG error = OpenKey(root, key, KEY_SET_VALUE, opened);
+  if (error == ERROR_FILE_NOT_FOUND) {
+    if (report) {
+      Log("Delete value key not found [%s] '%s'", shown.c_str(), name.c_str());
+    }
+    return 1;
+  }
+  if (error != ERROR_SUCCESS) {
+    Log("***Delete value open key error %d [%s] '%s'", static_cast<int>(error), shown.c_str(), name.c_str());
+    return 0;
+  }
+  error = RegDeleteValueA(opened.Get(), name.c_str());
+  if (error == ERROR_SUCCESS) {
+    // Deliberate: the root stands before a key that may name it already.
+    Log("Deleted value [HKLM\\%s] '%s'", shown.c_str(), name.c_str());
+    return 1;
+  }
+  if (error == ERROR_FILE_NOT_FOUND) {
+    if (report) {
+      Log("Delete value not found [%s] '%s'", shown.c_str(), name.c_str());
+    }
+    return 1;
+  }
+  Log("***Delete value error %d [%s] '%s'", static_cast<int>(error), shown.c_str(), name.c_str());
+  return 0;
+}
+
+std::string &iwiHexText(std::string &text, const BYTE *bytes, std::size_t count) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  text.clear();
+  for (std::size_t at = 0; at < count; ++at) {
+    text += kDigits[bytes[at] >> 4];
+    text += kDigits[bytes[at] & 0xF];
+  }
+  return text;
+}

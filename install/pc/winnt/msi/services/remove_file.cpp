@@ -1,0 +1,59 @@
+#include "services/remove_file.h"
+
+#include "runtime/log.h"
+#include "runtime/path_property.h"
+#include "runtime/text.h"
+#include "services/path.h"
+#include "services/record_counter.h"
+#include "services/table_row.h"
+
+namespace {
+
+constexpr UINT kInstallModeIsInteger = 1U << 4;
+
+/// Adds the row and advances the counter. No name stands for the folder itself.
+UINT AddRow(int counter, const std::string &component, const std::string &folder, const char *name, int installMode) {
+  std::string property;
+  if (GetPathProperty(folder, property) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  const std::string key = Format("ZQV_Record_%d", counter);
+  const RowValue values[] = {key.c_str(), component.c_str(), name, property.c_str(), installMode};
+  const UINT added = iwiAddTableRow({"RemoveFile", kInstallModeIsInteger, values});
+  const UINT counted = AdvanceRecordCounter(counter);
+  return counted != ERROR_SUCCESS ? counted : added;
+}
+
+}  // namespace
+
+UINT iwiStackFilesForDeletion(const std::string &path, const std::string &component, int installMode) {
+  Log("Stacking file(s) for deletion: '%s'", path.c_str());
+  int counter = 0;
+  if (ReadRecordCounter(counter) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  std::string folder;
+  std::string name;
+  if (path.find('\\') == std::string::npos || path.ends_with('\\')) {
+    // Deliberate: the row is added all the same, and its result is what the caller gets.
+    Log("***Invalid file path: '%s'", path.c_str());
+  } else {
+    const SplitPath split = SplitAtLastBackslash(path);
+    folder = std::string(split.folder) + "\\";
+    name = split.name;
+  }
+  return AddRow(counter, component, folder, name.c_str(), installMode);
+}
+
+UINT iwiStackFolderForDeletion(const std::string &path, const std::string &component, int installMode) {
+  Log("Stacking folder for deletion: '%s'", path.c_str());
+  int counter = 0;
+  if (ReadRecordCounter(counter) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  if (!path.ends_with('\\')) {
+    Log("***Invalid path: '%s'", path.c_str());
+    return ERROR_INSTALL_FAILURE;
+  }
+  return AddRow(counter, component, path, nullptr, installMode);
+}

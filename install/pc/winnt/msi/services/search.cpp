@@ -1,0 +1,63 @@
+#include "services/search.h"
+
+#include <string_view>
+
+#include "runtime/log.h"
+#include "services/path.h"
+
+bool Search::Next() {
+  if (IsTooLong(path_)) {
+    error_ = kPathTooLong;
+    return false;
+  }
+  const bool begun = static_cast<bool>(search_);
+  if (!begun) {
+    search_.Reset(FindFirstFileA(path_.c_str(), &entry_));
+  }
+  const bool found = begun ? FindNextFileA(search_.Get(), &entry_) != FALSE : static_cast<bool>(search_);
+  if (!found) {
+    const LONG error = static_cast<LONG>(GetLastError());
+    error_ = begun && error == ERROR_NO_MORE_FILES ? ERROR_SUCCESS : error;
+  }
+  return found;
+}
+
+bool Search::IsDots() const {
+  const std::string_view name = Name();
+  return name == "." || name == "..";
+}
+
+/// The system's translation to the ANSI code page can put separators and wildcards into a name, and a path loses the
+/// blanks and dots at its end: such a name, placed in a path, leads elsewhere, even out of the folder. In some code
+/// pages, though, a backslash is the second half of a character, so a name with one is looked up again.
+bool Search::IsTrueName() const {
+  const std::string_view name = Name();
+  if (name.empty() || name.back() == '.' || name.back() == ' ') {
+    return false;
+  }
+  if (name.find_first_of("\\/:*?\"<>|") == std::string_view::npos) {
+    return true;
+  }
+  WIN32_FIND_DATAA again;
+  const std::string path = std::string(SplitAtLastBackslash(path_).folder) + "\\" + Name();
+  const OwnedSearch search(FindFirstFileA(path.c_str(), &again));
+  return search && name == again.cFileName;
+}
+
+bool Search::Failed(int number) const {
+  if (error_ == ERROR_SUCCESS || IsNotFound(error_)) {
+    return false;
+  }
+  Log("***FindFirstFile(%d) error %d, path '%s'", number, static_cast<int>(error_), path_.c_str());
+  return true;
+}
+
+bool IsNotFound(LONG error) {
+  return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_INVALID_NAME;
+}
+
+bool IsFolderLink(const std::string &path) {
+  constexpr DWORD kBoth = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+  const DWORD attributes = GetFileAttributesA(path.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & kBoth) == kBoth;
+}

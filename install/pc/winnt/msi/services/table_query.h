@@ -1,0 +1,16 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "platform/msi.h"
+
+/// Reading the tables of the running installation.
+
+/// Reads a text field. A text of more than 515 characters is an error (ERROR_MORE_DATA). Returns the installer's code,
+/// with `text` empty unless it is ERROR_SUCCESS; logs nothing.
+UINT ReadRecordText(MSIHANDLE record, UINT field, std::string &text);
+
+/// Hands each row that the query finds to `visit`, until that gives false. A failing installer call is logged, stored
+/// in `result` and ends the walk. Returns true when the walk came to the last row.
+bool VisitRows(const char *query, UINT &result, const std::function<bool(MSIHANDLE row)> &visit);
