@@ -1,0 +1,75 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <msi.h>
+#include <msiquery.h>
+
+#include <fstream>
+#include <sstream>
+#include <string>
+
+using EntryPoint = UINT(__stdcall *)(MSIHANDLE);
+
+/// The library loaded into this process.
+class LoadedLibrary {
+ public:
+  LoadedLibrary() : module_(LoadLibraryA("zqviwicn.dll")) {}
+  ~LoadedLibrary() { FreeLibrary(module_); }
+  LoadedLibrary(const LoadedLibrary &) = delete;
+  LoadedLibrary &operator=(const LoadedLibrary &) = delete;
+
+  UINT Call(const char *action, MSIHANDLE session) {
+    const auto entry = reinterpret_cast<EntryPoint>(reinterpret_cast<void *>(GetProcAddress(module_, action)));
+    return entry == nullptr ? ~0u : entry(session);
+  }
+
+ private:
+  HMODULE module_;
+};
+
+/// The reference package opened in this process, silent, with a temporary folder of its own. When the test ends, no
+/// installer handle but the package's may be open.
+class SessionTest : public testing::Test {
+ protected:
+  SessionTest() {
+    MsiSetInternalUI(INSTALLUILEVEL_NONE, nullptr);
+    char temp[MAX_PATH];
+    GetTempPathA(MAX_PATH, temp);
+    folder = std::string(temp) + "engine" + std::to_string(GetTickCount()) + "_" + std::to_string(++count_);
+    CreateDirectoryA(folder.c_str(), nullptr);
+    EXPECT_EQ(MsiOpenPackageExA("vantrelqv.msi", MSIOPENPACKAGEFLAGS_IGNOREMACHINESTATE, &session), 0u);
+    Set("ZQVTEMP", folder);
+  }
+  ~SessionTest() override {
+    MsiCloseHandle(session);
+    EXPECT_EQ(MsiCloseAllHandles(), 0u);
+  }
+
+  void Set(const char *name, const std::string &value) { MsiSetPropertyA(session, name, value.c_str()); }
+
+  std::string Get(const char *name) {
+    char value[1024] = "";
+    DWORD length = sizeof value;
+    MsiGetPropertyA(session, name, value, &length);
+    return value;
+  }
+
+  static std::string ReadFile(const std::string &path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+  }
+
+  static bool Contains(const std::string &text, const std::string &part) {
+    return text.find(part) != std::string::npos;
+  }
+
+  MSIHANDLE session = 0;
+  std::string folder;
+
+ private:
+  static inline int count_ = 0;
+};

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <algorithm>
+#include <cstring>
+#include <type_traits>
+
+#include "fake/world.h"
+
+/// How the stand-in's calls are written: a body that may end early with the error that the caller shall see.
+
+inline constexpr DWORD kGarbageError = 0xDEAD;
+inline constexpr int kJunk = 0xDB;
+
+struct Failure {
+  DWORD code;
+};
+
+inline void Require(bool condition, DWORD code) {
+  if (!condition) {
+    throw Failure{code};
+  }
+}
+
+/// A call that answers `failed` and sets the last error when it fails; a body without an answer stands for TRUE.
+template <typename T, typename Body>
+T Call(const char *name, T failed, Body body) {
+  World &world = TheWorld();
+  try {
+    const DWORD code = world.Count(name);
+    Require(code == 0, code);
+    if constexpr (std::is_void_v<decltype(body(world))>) {
+      body(world);
+      return TRUE;
+    } else {
+      return static_cast<T>(body(world));
+    }
+  } catch (const Failure &failure) {
+    world.lastError = failure.code;
+    return failed;
+  }
+}
+
+/// A call that returns its error code, and leaves garbage as the last error whatever happens.
+template <typename Body>
+DWORD CodedCall(const char *name, Body body) {
+  World &world = TheWorld();
+  try {
+    const DWORD code = world.Count(name);
+    Require(code == 0, code);
+    body(world);
+    return 0;
+  } catch (const Failure &failure) {
+    return failure.code;
+  }
+}
+
+/// Copies what fits of `text`, terminates it, and spoils the rest of the buffer.
+inline void Fill(char *buffer, std::size_t capacity, std::string_view text) {
+  if (capacity > 0) {
+    std::memset(buffer, kJunk, capacity);
+    buffer[text.copy(buffer, capacity - 1)] = '\0';
+  }
+}
+
+inline std::string OrEmpty(const char *text) {
+  return text == nullptr ? std::string() : std::string(text);
+}
+
+template <typename Handle>
+std::uintptr_t Id(Handle handle) {
+  return reinterpret_cast<std::uintptr_t>(handle);
+}

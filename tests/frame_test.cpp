@@ -1,0 +1,174 @@
+#include <stdexcept>
+
+#include "runtime/frame.h"
+#include "support.h"
+
+namespace {
+
+class FrameTest : public LibraryTest {
+ protected:
+  /// The message library under the name that the installation's number gives it.
+  void PlaceMessageLibrary() {
+    world.properties["ZQVTEMPFILENUM"] = "0007";
+    world.modules["C:\\temp\\zqvl0007.dll"].strings = {{2027, "Caption"}, {2041, "It failed."}};
+  }
+};
+
+TEST_F(FrameTest, LogOfATopLevelActionFromBannerToResult) {
+  world.properties["ProductName"] = "Vantrel QV";
+  world.modes = {MSIRUNMODE_ADMIN, MSIRUNMODE_LOGENABLED};
+  EXPECT_EQ(iwiUserExit(kSession), 1602u);
+  EXPECT_EQ(LogText(),
+            "(CaProlog): zqviwicn.dll Built on Aug  1 2007 at 23:17:22\n"
+            "(CaProlog): Property 'ProductName' value 'Vantrel QV' from property table\n"
+            "(CaProlog): Property 'ZQVEXTCA60000' not defined in property table\n"
+            "(CaProlog): User name is 'tester'\n"
+            "(CaProlog): MSIRUNMODE_LOGENABLED\n"
+            "(CaProlog): MSIRUNMODE_ADMIN\n"
+            "iwiUserExit: Returning with rc 1602\n");
+}
+
+TEST_F(FrameTest, LaterActionsOfOneLoadAreTakenForNested) {
+  iwiUserExit(kSession);
+  TakeLog("iwiUserExit");
+  EXPECT_EQ(iwiPrintSummary(kSession + 1), 0u);  // the first action's session stays in use
+  EXPECT_EQ(LogText(),
+            "iwiUserExit: Invalid depth count entering 'iwiPrintSummary' from 'iwiUserExit': 0\n"
+            "iwiPrintSummary: Property 'ZQVTEMP' value 'C:\\temp' from property table\n"
+            "iwiPrintSummary: Returning with rc 0\n");
+  world.installerLog.clear();
+  EXPECT_EQ(iwiUserExit(kSession), 1602u);
+  EXPECT_EQ(LogText(), "iwiUserExit: Returning with rc 1602\n");
+}
+
+TEST_F(FrameTest, AnUnreadableProductNameSkipsTheNestingStep) {
+  world.properties["ProductName"] = std::string(259, 'p');
+  iwiUserExit(kSession);
+  EXPECT_EQ(LogText().find("***"), std::string::npos);
+  for (const std::size_t length : {260u, 5000u}) {
+    Reload();
+    world.installerLog.clear();
+    world.properties["ProductName"] = std::string(length, 'p');
+    EXPECT_EQ(iwiUserExit(kSession), 1602u);
+    EXPECT_EQ(LogText(),
+              "(CaProlog): zqviwicn.dll Built on Aug  1 2007 at 23:17:22\n"
+              "(CaProlog): ***msiGetProperty('ProductName') failed (234)\n"
+              "(CaProlog): Returning with rc 1602\n");
+  }
+  world.properties["ProductName"] = "x";
+  iwiUserExit(kSession);
+  EXPECT_NE(LogText().find("(CaProlog): Invalid depth count entering 'iwiUserExit': -1\n"), std::string::npos);
+}
+
+TEST_F(FrameTest, GuardTestsItsModesInOrderAndTakesItsForm) {
+  constexpr RunModeGuard::ForbiddenMode scheduled{MSIRUNMODE_SCHEDULED, "MSIRUNMODE_SCHEDULED"};
+  constexpr RunModeGuard::ForbiddenMode commit{MSIRUNMODE_COMMIT, "MSIRUNMODE_COMMIT"};
+  const auto body = [] { return 99u; };
+  world.modes = {MSIRUNMODE_SCHEDULED, MSIRUNMODE_COMMIT};
+  EXPECT_EQ(RunAction({"a", 7, {RunModeGuard::bypass, {{commit, scheduled}}}, body}, kSession), 7u);
+  Reload();
+  EXPECT_EQ(RunAction({"b", 7, {RunModeGuard::error, {{scheduled, commit}}}, body}, kSession), 1603u);
+  Reload();
+  world.modes = {MSIRUNMODE_ROLLBACK};
+  EXPECT_EQ(RunAction({"c", 7, {RunModeGuard::error, {{scheduled, commit}}}, body}, kSession), 99u);
+  const std::string log = LogText();
+  EXPECT_NE(log.find("CA bypassed; run mode must not be 'MSIRUNMODE_COMMIT'.\n"), std::string::npos);
+  EXPECT_NE(log.find("***CA execute error; run mode must not be 'MSIRUNMODE_SCHEDULED'.\n"), std::string::npos);
+}
+
+TEST_F(FrameTest, AFailureWithoutAMessageOfItsOwnShowsTheGeneralOne) {
+  PlaceMessageLibrary();
+  EXPECT_EQ(test(kSession), 1603u);  // silent: logged, no box
+  EXPECT_NE(LogText().find("Test CA: QVCA Test CA MB error: It failed.\n"), std::string::npos);
+  EXPECT_NE(LogText().find("Test CA: Freeing NLS library\n"), std::string::npos);
+  EXPECT_TRUE(world.boxes.empty());
+
+  world.properties["UILevel"] = "5";
+  for (const auto &[code, language] : {std::pair{"French", 1036}, {"z", 2052}, {"q", 1024}, {"", 1024}}) {
+    Reload();
+    world.properties["ZQVLANGUAGECODE"] = code;
+    EXPECT_EQ(test(kSession), 1603u);
+    EXPECT_EQ(world.boxes.back().language, language) << code;
+  }
+  EXPECT_EQ(world.boxes.size(), 4u);
+  EXPECT_EQ(world.boxes[0].text, "It failed.");
+  EXPECT_EQ(world.boxes[0].caption, "Caption");
+  EXPECT_EQ(world.boxes[0].type, 16u);
+
+  Reload();
+  world.modules.clear();  // no text: no box
+  world.installerLog.clear();
+  EXPECT_EQ(test(kSession), 1603u);
+  EXPECT_EQ(world.boxes.size(), 4u);
+  EXPECT_NE(
+      LogText().find("***iwiLoadNlsString LoadLibrary(C:\\temp\\zqvl0007.dll) failed 126 (ID '2041'). (ZQV4700)\n"),
+      std::string::npos);
+}
+
+TEST_F(FrameTest, CancelledCopyingTurnsSuccessIntoUserExit) {
+  copyCancelled = TRUE;
+  EXPECT_EQ(iwiPrintSummary(kSession), 1602u);
+  Reload();
+  EXPECT_EQ(test(kSession), 1603u);
+}
+
+TEST_F(FrameTest, NothingThrownLeavesAnAction) {
+  const auto body = []() -> UINT { throw std::runtime_error("no such luck"); };
+  EXPECT_EQ(RunAction({"thrower", 0, kAnyMode, body}, kSession), 1603u);
+  EXPECT_NE(LogText().find("thrower: ***Action 'thrower' ended by an exception: no such luck\n"), std::string::npos);
+}
+
+TEST_F(FrameTest, PauseWaitsInABox) {
+  EXPECT_EQ(iwiPause(kSession), 0u);
+  ASSERT_EQ(world.boxes.size(), 1u);
+  EXPECT_EQ(world.boxes[0].text + world.boxes[0].caption, "PauseDebug");
+}
+
+UINT __stdcall FailExternally(MSIHANDLE session) {
+  return session == kSession ? 1603 : 1;
+}
+
+class ExternalCopyTest : public FrameTest {
+ protected:
+  /// Runs an action with ZQVEXTCA60000 set; the lines between the property reads and the action's own, user name left
+  /// out.
+  std::string RunWith(const std::string &folder, UINT expected) {
+    Reload();
+    world.installerLog.clear();
+    world.properties["ZQVEXTCA60000"] = folder;
+    EXPECT_EQ(iwiUserExit(kSession), expected);
+    std::string lines = TakeLog("(CaProlog)");
+    lines.erase(0, lines.find("from property table\n") + sizeof "from property table");
+    return lines;
+  }
+};
+
+TEST_F(ExternalCopyTest, CarriesTheActionOut) {
+  world.modules["C:\\copy\\zqviwicn.dll"].procs["iwiUserExit"] =
+      reinterpret_cast<FARPROC>(reinterpret_cast<void *>(FailExternally));
+  for (const char *folder : {"C:\\copy", "C:\\copy\\"}) {
+    PlaceMessageLibrary();
+    world.properties["UILevel"] = "5";
+    EXPECT_EQ(RunWith(folder, 1603),
+              "User name is 'tester'\nExecuting 'C:\\copy\\zqviwicn.dll(iwiUserExit)'\nReturning with rc 1603\n");
+    EXPECT_TRUE(world.boxes.empty());
+  }
+}
+
+TEST_F(ExternalCopyTest, WhatHindersItIsLoggedAndTheActionRunsHere) {
+  EXPECT_EQ(RunWith("C:\\none", 1602), "User name is 'tester'\nCan't find 'C:\\none\\zqviwicn.dll'\n");
+  world.modules["C:\\old\\zqviwicn.dll"];
+  EXPECT_EQ(RunWith("C:\\old", 1602), "User name is 'tester'\nCan't find proc 'C:\\old\\zqviwicn.dll(iwiUserExit)'\n");
+  world.failCall = {"GetProcAddress", 0, 5};
+  EXPECT_EQ(RunWith("C:\\old", 1602),
+            "User name is 'tester'\n***Unable to get proc 'C:\\old\\zqviwicn.dll(iwiUserExit)'; code 5.\n");
+  world.failCall = {"LoadLibraryExA", 0, 193};
+  EXPECT_EQ(RunWith("C:\\old", 1602), "User name is 'tester'\nLoadLibraryEx(C:\\old\\zqviwicn.dll) failed 193.\n");
+  world.failCall = {"CreateMutexA", 0, 5};
+  EXPECT_EQ(RunWith("C:\\old", 1602), "Can't create mutex 5\n");
+  world.failCall = {};
+  world.mutexes.insert("ZQV_QVSeriesInstallation");
+  EXPECT_EQ(RunWith("C:\\old", 1602), "External invocation of 'zqviwicn.dll'\n");
+}
+
+}  // namespace

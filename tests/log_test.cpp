@@ -1,0 +1,171 @@
+#include "runtime/log.h"
+
+#include "runtime/log_actions.h"
+#include "runtime/temp_name.h"
+#include "support.h"
+
+namespace {
+
+class LogTest : public LibraryTest {
+ protected:
+  std::string FileText(const std::string &path) { return world.ReadFile(path).value_or("(no file)"); }
+};
+
+TEST_F(LogTest, ALineGoesToEachLogThatCanBeOpened) {
+  world.properties["ZQVUSERTRACEPATH"] = " \"C:\\temp\\trace.log\" ";
+  world.properties["ZQVUSERLOGPATH"] = "C:\\temp";  // a folder
+  world.properties["ZQVTEMPLOGPATH"] = "Q:\\third.txt";
+  LogLine("%s %n 100%");
+  world.held.insert("C:\\temp\\trace.log");
+  LogLine("lost");
+  world.held.clear();
+  LogLine("***trouble");
+  LogRaw("\n>>raw");
+  EXPECT_EQ(FileText("C:\\temp\\trace.log"),
+            "10:25:15 QVCA info (CaProlog): %s %n 100%\r\n"
+            "10:25:15 QVCA info (CaProlog): ***trouble\r\n"
+            "\r\n>>raw\r\n");
+  EXPECT_EQ(world.installerLog.size(), 4u);
+}
+
+TEST_F(LogTest, TheThirdLogCanMoveToTheDataFolderAndRetire) {
+  world.properties["ZQVTEMPLOGPATH"] = "C:\\temp\\third.txt";
+  world.properties["ZQVDATFOLDER"] = "C:\\data\\";
+  world.MakeFolder("C:\\data");
+  LogRaw("one");
+  UseDataFolderLog();
+  LogRaw("two");
+  EXPECT_EQ(FileText("C:\\temp\\third.txt"), "one\r\n");
+  EXPECT_EQ(FileText("C:\\data\\zqvmjpse.txt"), "two\r\n");
+  Reload();
+  RetireTempLog();
+  LogRaw("three");
+  EXPECT_EQ(FileText("C:\\temp\\third.txt"), "one\r\n");
+}
+
+TEST_F(LogTest, AnUnreadablePathKeepsTheLineFromAllFiles) {
+  world.properties["ZQVUSERTRACEPATH"] = "C:\\temp\\trace.log";
+  world.properties["ZQVTEMPLOGPATH"] = std::string(260, 'x');
+  EXPECT_EQ(LogLine("line"), 1603u);
+  EXPECT_EQ(FileText("C:\\temp\\trace.log"), "(no file)");
+  EXPECT_EQ(world.installerLog.size(), 1u);
+}
+
+TEST_F(LogTest, ALineCostsFourInstallerCallsAndAReadForEachUnknownPath) {
+  world.properties["ZQVUSERTRACEPATH"] = "C:\\temp\\trace.log";
+  LogLine("first");  // finds the trace log, and the run mode by three questions
+  EXPECT_EQ(world.callCount["MsiGetMode"], 3);
+  EXPECT_EQ(world.callCount["MsiGetPropertyA"], 3);
+  world.callCount.clear();
+  LogLine("second");
+  const std::map<std::string, int> expected = {{"MsiCreateRecord", 1},
+                                               {"MsiRecordSetStringA", 1},
+                                               {"MsiProcessMessage", 1},
+                                               {"MsiCloseHandle", 1},
+                                               {"MsiGetPropertyA", 2}};
+  for (const auto &[call, count] : world.callCount) {
+    if (call.starts_with("Msi")) {
+      EXPECT_EQ(count, expected.count(call) ? expected.at(call) : 0) << call;
+    }
+  }
+}
+
+TEST_F(LogTest, TempNamesTakeTheFirstFreeNumber) {
+  world.WriteFile("C:\\temp\\zqvt0001.log", "");
+  EXPECT_EQ(TempName(false, "zqvt", ".log"), "C:\\temp\\zqvt0002.log");
+  EXPECT_TRUE(world.Exists("C:\\temp\\zqvt0002.log"));
+  EXPECT_EQ(world.properties.count("ZQVTEMPFILENUM"), 0u);
+  EXPECT_EQ(TempName(true, "zqvt", ".log"), "C:\\temp\\zqvt0003.log");
+  EXPECT_EQ(world.properties["ZQVTEMPFILENUM"], "0003");
+  EXPECT_EQ(TempName(true, "zqvg", ".txt"), "C:\\temp\\zqvg0003.txt");
+  EXPECT_FALSE(world.Exists("C:\\temp\\zqvg0003.txt"));
+  EXPECT_NE(LogText().find("'C:\\temp\\zqvt0001.log' already exists\n"), std::string::npos);
+}
+
+TEST_F(LogTest, TempNamesComeFromTheSystemsFolderWhereTheInstallationHasNone) {
+  world.properties.erase("ZQVTEMP");
+  EXPECT_EQ(TempName(false, "zqvt", ".log"), "C:\\temp\\zqvt0001.log");
+  EXPECT_EQ(world.properties["ZQVTEMP"], "C:\\temp");
+  Reload();
+  world.properties = {{"ZQVTEMPFILENUM", "00aa"}};
+  EXPECT_EQ(TempName(false, "zqvt", ".log"), "");
+  EXPECT_EQ(TempName(true, "zqvg", ".txt"), "\\zqvg00aa.txt");
+  world.properties["ZQVTEMPFILENUM"] = std::string(32, '1');
+  EXPECT_EQ(TempName(true, "zqvg", ".txt"), "");
+}
+
+TEST_F(LogTest, StartLogsFollowsItsSwitch) {
+  struct Case {
+    const char *trace;
+    const char *log;
+    std::string published;
+  };
+  for (const Case &c : {Case{"", "", "C:\\temp\\zqvt0001.log"},
+                        {"NONE", "none", ""},
+                        {" \"C:\\new\\logs\\trace.log\" ", "C:\\temp\\user.log", "C:\\new\\logs\\trace.log"}}) {
+    Reload();
+    world.properties["INSTALLTRACE"] = c.trace;
+    world.properties["INSTALLLOG"] = c.log;
+    world.properties["ZQVUSERTRACEPATH"] = "";
+    EXPECT_EQ(iwiStartLogs(kSession), 0u);
+    EXPECT_EQ(world.properties["ZQVUSERTRACEPATH"], c.published);
+    EXPECT_EQ(world.properties["ZQVUSERLOGPATH"], "");
+  }
+  // The user log lives as long as the action that named it; the trace log begins after the old one is gone.
+  EXPECT_EQ(FileText("C:\\temp\\user.log"),
+            "10:25:15 QVCA info iwiStartLogs: Property 'ZQVUSERLOGPATH' value set to ''\r\n"
+            "10:25:15 QVCA info iwiStartLogs: Returning with rc 0\r\n");
+  EXPECT_TRUE(FileText("C:\\new\\logs\\trace.log")
+                  .ends_with("Property 'ZQVUSERTRACEPATH' value set to 'C:\\new\\logs\\trace.log'\r\n"
+                             "10:25:15 QVCA info iwiStartLogs: Property 'INSTALLLOG' value 'C:\\temp\\user.log' from "
+                             "property table\r\n"
+                             "10:25:15 QVCA info iwiStartLogs: Property 'ZQVUSERLOGPATH' value set to ''\r\n"
+                             "10:25:15 QVCA info iwiStartLogs: Returning with rc 0\r\n"));
+  Reload();
+  world.properties["INSTALLTRACE"] = std::string(300, 'x');  // longer than any path
+  EXPECT_EQ(iwiStartLogs(kSession), 1603u);
+}
+
+TEST_F(LogTest, TheTemporaryLogIsMergedAndDeletedUnlessKept) {
+  for (const bool keep : {false, true}) {
+    Reload();
+    world.properties["ZQVKEEPTEMPLOG"] = keep ? "1" : "";
+    EXPECT_EQ(iwiSetTempLogPath(kSession), 0u);
+    Reload();
+    const std::string path = world.properties["ZQVTEMPLOGPATH"];
+    world.WriteFile(path, "10:00:00 QVCA info x: early\r\n" + std::string(520, 'l') + "\n\nlast\r");
+    world.properties["ZQVUSERTRACEPATH"] = path;  // folding a log into itself must end
+    world.installerLog.clear();
+    EXPECT_EQ(iwiUnSetTempLogPath(kSession), 0u);
+    EXPECT_NE(LogText().find("Messages from temporary log file '" + path + "':\n>>10:00:00 QVCA info x: early\n>>" +
+                             std::string(515, 'l') + "\n>>lllll\n>>\n>>last\n"),
+              std::string::npos)
+        << LogText();
+    EXPECT_EQ(LogText().find("Deleted file: '" + path + "'\n") == std::string::npos, keep);
+    world.properties["ZQVUSERTRACEPATH"] = "";
+  }
+}
+
+TEST_F(LogTest, MergingWithoutAFileSaysSo) {
+  MergeTempLog(true, "");
+  world.properties["ZQVDATFOLDER"] = "C:\\data";
+  MergeTempLog(true, "");
+  EXPECT_EQ(TakeLog("(CaProlog)"),
+            "Property 'ZQVDATFOLDER' not defined in property table\n"
+            "No log file available\n"
+            "Property 'ZQVDATFOLDER' value 'C:\\data' from property table\n"
+            "Can't find 'C:\\data\\zqvilogn.txt'\n"
+            "Delete file not found: 'C:\\data\\zqvilogn.txt'\n");
+}
+
+TEST_F(LogTest, LogActionsRefuseTheDeferredModes) {
+  for (const auto action : {iwiStartLogs, iwiSetTempLogPath, iwiPrintSummary}) {
+    for (const auto mode : {MSIRUNMODE_SCHEDULED, MSIRUNMODE_ROLLBACK, MSIRUNMODE_COMMIT}) {
+      Reload();
+      world.modes = {mode};
+      EXPECT_EQ(action(kSession), 1603u);
+    }
+  }
+}
+
+}  // namespace

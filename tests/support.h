@@ -1,0 +1,66 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "fake/world.h"
+#include "runtime/copy_cancel.h"
+#include "runtime/session.h"
+#include "zqviwicn/entry_points.h"
+#include "zqviwicn/load.h"
+
+/// A fresh world with the library loaded into it, as the engine's first action finds both. When the test ends the
+/// library is unloaded and must have left no handle open.
+class LibraryTest : public testing::Test {
+ protected:
+  LibraryTest() : world(ResetWorld()) {
+    copyCancelled = FALSE;
+    world.properties = {{"TempFolder", "C:\\temp\\"}, {"ZQVTEMP", "C:\\temp"}, {"UILevel", "2"}};
+    world.MakeFolder("C:\\temp");
+    LoadInSession();
+  }
+  ~LibraryTest() override {
+    Unload();
+    EXPECT_EQ(world.OpenHandles(), 0);
+    EXPECT_TRUE(world.badCloses.empty());
+  }
+
+  /// Unloads the library and loads it again, as the engine does between two actions.
+  void Reload() {
+    Unload();
+    LoadInSession();
+  }
+
+  /// Loads the library and lets its operations be called without an action around them.
+  static void LoadInSession() {
+    Load();
+    Session().handle = kSession;
+  }
+
+  /// All lines so far, stamps removed: each is "ACTION: text".
+  std::string LogText() {
+    std::string text;
+    for (std::string line : world.installerLog) {
+      constexpr std::string_view stamp = "10:25:15 QVCA info ";
+      text += line.starts_with(stamp) ? line.substr(stamp.size()) : line;
+      text += '\n';
+    }
+    return text;
+  }
+
+  /// The same of one action, without its name; forgets all lines.
+  std::string TakeLog(const std::string &action) {
+    std::string text;
+    for (const std::string &line : world.installerLog) {
+      const std::size_t at = line.find(action + ": ");
+      text += at == std::string::npos ? "" : line.substr(at + action.size() + 2) + '\n';
+    }
+    world.installerLog.clear();
+    return text;
+  }
+
+  World &world;
+};

@@ -1,0 +1,216 @@
+#include "services/environment.h"
+#include "services/process.h"
+#include "services/registry.h"
+#include "services/version.h"
+#include "support.h"
+
+namespace {
+
+class SystemTest : public LibraryTest {
+ protected:
+  SystemTest() {
+    world.registry["hklm\\Key"]["Value"] = world.registry["hkcu\\Key"]["Value"] = RegistryValue::Text("long enough");
+  }
+
+  std::string Lines() { return TakeLog("(CaProlog)"); }
+};
+
+TEST_F(SystemTest, AProgramIsLaunchedWaitedForAndItsEndReported) {
+  world.WriteFile("C:\\bin\\run.exe", "");
+  Program &program = world.programs["C:\\bin\\run.exe"];
+  using Case = std::tuple<const char *, DWORD, DWORD, UINT, std::string>;
+  for (const auto &[failing, code, timeout, result, line] :
+       {Case("", 0x80000007, INFINITE, 0, "Process 'C:\\bin\\run.exe' ended; exit code 0x80000007\n"),
+        Case("", 7, 4999, 1604, "Process 'C:\\bin\\run.exe' timed out.\n"),
+        Case("", STILL_ACTIVE, 5000, 0, "Process 'C:\\bin\\run.exe' still active\n"),
+        Case("ShellExecuteExA", 7, 0, 1603, "***Unable to launch process 'C:\\bin\\run.exe'; code 5.\n"),
+        Case("WaitForSingleObject", 7, 0, 0, "***Process 'C:\\bin\\run.exe' wait error.\n"),
+        Case("GetExitCodeProcess", 7, INFINITE, 0, "***Error 5 getting process 'C:\\bin\\run.exe' exit code.\n")}) {
+    world.failCall = {failing, 0, 5};
+    program.runtimeMs = 5000;
+    program.exitCode = code;
+    DWORD exitCode = 1;
+    EXPECT_EQ(iwiLaunchAndWait("C:\\bin\\run.exe", "-a \"b\"", "", 0, &exitCode, timeout), result);
+    EXPECT_EQ(exitCode, code == 0x80000007 ? code : kNoExitCode);
+    EXPECT_EQ(Lines(), "Launching process 'C:\\bin\\run.exe' '-a \"b\"'; dir 'C:\\bin'.\n" + line);
+    EXPECT_EQ(world.openHandles["process"], 0);
+  }
+  world.failCall = {};
+  program.hasProcess = false;
+  EXPECT_EQ(iwiLaunchAndWait("C:\\bin\\run.exe", "", "D:\\", 1, nullptr, INFINITE), 0u);
+  EXPECT_EQ(Lines(),
+            "Launching process 'C:\\bin\\run.exe' ''; dir 'D:\\'.\n***Process 'C:\\bin\\run.exe' wait error.\n");
+  EXPECT_EQ(world.launched.back().verb, "Open");
+  EXPECT_EQ(world.launched.back().mask, 0x440u);
+  EXPECT_EQ(world.launched.back().show, 1);
+}
+
+TEST_F(SystemTest, OnlyPathsAreLookedForAndTheCommandProcessorNever) {
+  world.programs["cmd"] = world.programs["tool"] = {};
+  using Case = std::tuple<std::string, std::string, std::string>;
+  for (const auto &[program, launched, folder] :
+       {Case("cmd.exe", "cmd", ""), Case("C:\\none\\CMD", "cmd", "C:\\none"), Case("C:\\Cmd.com", "cmd", "C:"),
+        Case("tool", "tool", ""), Case("C:\\none\\cmdx", "", ""), Case("\\", "", "")}) {
+    EXPECT_EQ(iwiLaunchAndWait(program, "", "", 5, nullptr, INFINITE), launched.empty() ? 1603u : 0u) << program;
+    const std::string line = launched.empty() ? "***Unable to find and run '" + program + "'\n"
+                                              : "Launching process '" + launched + "' ''; dir '" + folder + "'.\n";
+    EXPECT_TRUE(Lines().starts_with(line)) << program;
+  }
+  EXPECT_EQ(world.launched.size(), 4u);
+  EXPECT_EQ(world.launched[1].folder, "C:\\none");
+}
+
+TEST_F(SystemTest, ALaunchWithoutWaitHandsTheProcessToItsCaller) {
+  world.programs["tool"] = {};
+  OwnedKernelHandle process;
+  EXPECT_EQ(iwiLaunch("tool", "-x", "C:\\w", 1, &process), 0u);
+  EXPECT_EQ(iwiLaunch("tool", "", "", 1, nullptr), 0u);
+  EXPECT_EQ(world.openHandles["process"], 1);
+  EXPECT_EQ(world.launched[0].mask, 0x40u);
+  EXPECT_EQ(iwiLaunch("lost", "", "", 1, &process), 1603u);
+  EXPECT_FALSE(process);
+  EXPECT_EQ(iwiLaunch("C:\\none\\cmd.exe", "", "", 1, nullptr), 1603u);
+  EXPECT_EQ(Lines(),
+            "Launching process 'tool' '-x'; dir 'C:\\w'.\nLaunched OK\n"
+            "Launching process 'tool' ''; dir ''.\nLaunched OK\n"
+            "Launching process 'lost' ''; dir ''.\n***Unable to launch process; code 2.\n"
+            "***Unable to find and run 'C:\\none\\cmd.exe'\n");
+}
+
+TEST_F(SystemTest, RegistryValuesOfEveryTypeAndSizeAreReadAndTerminated) {
+  using namespace std::string_literals;
+  using Case = std::tuple<DWORD, std::string, std::string>;
+  for (const auto &[type, bytes, read] :
+       {Case(REG_SZ, "", "\0"s), Case(REG_SZ, "a", "a\0"s), Case(REG_SZ, "ab\0"s, "ab\0"s),
+        Case(REG_EXPAND_SZ, std::string(100000, 'x'), std::string(100000, 'x') + '\0'),
+        Case(REG_MULTI_SZ, "a\0b\0"s, "a\0b\0\0"s), Case(REG_DWORD, "123", "123"), Case(REG_BINARY, "", ""),
+        Case(REG_BINARY, "\0\1\0"s, "\0\1\0"s)}) {
+    world.registry["hklm\\Key"]["Value"] = {type, bytes};
+    std::vector<BYTE> data;
+    DWORD size = 99;
+    EXPECT_EQ(iwiRegReadValue(nullptr, "Key", "Value", &data, &size, nullptr), 1);
+    EXPECT_EQ(std::string(data.begin(), data.end()), read);
+    EXPECT_EQ(size, bytes.size());
+    std::string text = "?";
+    EXPECT_EQ(ReadRegistryText(HKEY_LOCAL_MACHINE, "Key", "Value", text), 1);
+    EXPECT_EQ(text, bytes.c_str());
+  }
+  EXPECT_EQ(world.openedKeys.front(), std::make_pair(std::string("hklm\\Key"), KEY_QUERY_VALUE));
+}
+
+TEST_F(SystemTest, OnlyAKeyThatCannotBeOpenedFailsARead) {
+  std::vector<BYTE> data(3);
+  DWORD size = 9;
+  UINT result = 0;
+  const auto read = [&](const char *key, const char *name, std::vector<BYTE> *into) {
+    return iwiRegReadValue(HKEY_CURRENT_USER, key, name, into, &size, &result);
+  };
+  EXPECT_EQ(read("Key", "Value", nullptr), 1);
+  EXPECT_EQ(size, 12u);
+  EXPECT_EQ(read("Key", "Lost", &data), 0);
+  EXPECT_EQ(read("Lost", "Value", &data), 0);
+  world.failCall = {"RegQueryValueExA", world.callCount["RegQueryValueExA"] + 2, 5};
+  EXPECT_EQ(read("Key", "Value", &data), 0);
+  EXPECT_TRUE(data.empty());
+  EXPECT_EQ(result, 0u);
+  world.deniedKeys = {"hkcu\\Key"};
+  EXPECT_EQ(read("Key", "Value", &data), 0);
+  EXPECT_EQ(result, 1603u);
+  EXPECT_EQ(Lines(), "***Can't open key 'Key' 5\n");
+}
+
+TEST_F(SystemTest, ValuesAreWrittenIntoExistingKeysOnly) {
+  NameMap<RegistryValue> &key = world.registry["hklm\\Key"];
+  UINT result = 0;
+  EXPECT_EQ(iwiRegWriteValue(nullptr, "Key", "Raw", REG_BINARY, "a\0b", 3, &result), 1);
+  EXPECT_EQ(key["Raw"].bytes, std::string("a\0b", 3));
+  EXPECT_EQ(iwiRegWriteValue(nullptr, "Lost", "Raw", REG_BINARY, "a", 1, &result), 0);
+  EXPECT_EQ(result, 0u);
+  using Case = std::tuple<DWORD, const char *, int, int>;  // type, data, length, bytes written; below zero: none is
+  for (const auto &[type, data, length, written] :
+       {Case(REG_SZ, "text", -1, 5), Case(REG_EXPAND_SZ, "text", -1, 5), Case(REG_SZ, "text", 2, 2),
+        Case(REG_DWORD, "text", -1, 4), Case(REG_DWORD, "text", 1, 4), Case(REG_BINARY, "text", 0, 0),
+        Case(REG_BINARY, "text", -1, -1), Case(REG_MULTI_SZ, "text", -1, -1), Case(REG_SZ, nullptr, -1, -1)}) {
+    key.erase("Set");
+    EXPECT_EQ(iwiRegSetValue(nullptr, "Key", "Set", type, data, length), written < 0 ? 0 : 1);
+    EXPECT_EQ(key.count("Set") == 0 ? -1 : static_cast<int>(key["Set"].bytes.size()), written);
+  }
+  EXPECT_EQ(iwiRegSetValue(nullptr, "Lost", "Set", REG_SZ, "", -1), 0);
+  world.failCall = {"RegSetValueExA", 0, 5};
+  EXPECT_EQ(iwiRegSetValue(nullptr, "Key", "Set", REG_SZ, "", -1), 0);
+  EXPECT_EQ(iwiRegWriteValue(nullptr, "Key", "Raw", REG_SZ, "", 1, &result), 0);
+  EXPECT_EQ(result, 1603u);
+  EXPECT_EQ(Lines(),
+            "Error 2 opening key 'Lost'\nError 5 setting key 'Key' value 'Set'\n"
+            "***Can't set value 'Raw' key 'Key' 5\n");
+}
+
+TEST_F(SystemTest, DeletedValuesAreLoggedWithTheirRoot) {
+  EXPECT_EQ(iwiRegDeleteValue(nullptr, "Key", "Value", false), 1);
+  EXPECT_TRUE(world.registry["hklm\\Key"].empty());
+  EXPECT_EQ(iwiRegDeleteValue(HKEY_CURRENT_USER, "Key", "Value", false), 1);
+  for (const bool report : {false, true}) {
+    EXPECT_EQ(iwiRegDeleteValue(HKEY_LOCAL_MACHINE, "Lost", "Value", report), 1);
+    EXPECT_EQ(iwiRegDeleteValue(HKEY_CURRENT_USER, "Key", "Lost", report), 1);
+  }
+  EXPECT_EQ(iwiRegDeleteValue(nullptr, "Key", "", true), 1);
+  world.failCall = {"RegDeleteValueA", 0, 5};
+  EXPECT_EQ(iwiRegDeleteValue(nullptr, "Key", "Value", false), 0);
+  world.deniedKeys = {"hklm\\Key"};
+  EXPECT_EQ(iwiRegDeleteValue(nullptr, "Key", "Value", false), 0);
+  EXPECT_EQ(Lines(),
+            "Deleted value [HKLM\\HKLM\\Key] 'Value'\nDeleted value [HKLM\\\\Key] 'Value'\n"
+            "Delete value key not found [HKLM\\Lost] 'Value'\nDelete value not found [\\Key] 'Lost'\n"
+            "***Delete value error 5 [HKLM\\Key] 'Value'\n***Delete value open key error 5 [HKLM\\Key] 'Value'\n");
+}
+
+TEST_F(SystemTest, BytesBecomeHexadecimalTextAndVersionsAreCompared) {
+  std::string text = "old";
+  EXPECT_EQ(iwiHexText(text, reinterpret_cast<const BYTE *>("\x00\x9f\xFA"), 3), "009FFA");
+  EXPECT_EQ(iwiHexText(text, nullptr, 0), "");
+  using Case = std::tuple<const char *, const char *, int>;
+  for (const auto &[a, b, order] :
+       {Case("6.0.1", "6.0.1.0", 0), Case("6.0.10", "6.0.9", 1), Case("6.0.0.0.1", "6.0.0.0.2", 0),
+        Case("5.9", "6", -1), Case("", "0.0", 0), Case("..1", "0.0.1", 0), Case("1.x.2", "1.0.2", 0),
+        Case("99999999999", "1", 1), Case("1.0.0.1", "1", 1), Case("1.-1", "1", -1)}) {
+    EXPECT_EQ(iwiCompareVersions(a, b), order) << a << " " << b;
+    EXPECT_EQ(iwiCompareVersions(b, a), -order) << a << " " << b;
+  }
+}
+
+TEST_F(SystemTest, EnvironmentReferencesAreExpandedWhateverTheirSize) {
+  const std::string big(100000, 'x'), edge(134, 'y');
+  world.environment = {{"A", "1"}, {"Big", big}, {"Edge", edge}};
+  using Case = std::pair<std::string, std::string>;
+  for (const auto &[before, after] : {Case("%", "%"), Case("100% sure", "100% sure"), Case("%A%%", "1%"),
+                                      Case("%none%", "%none%"), Case("%Big%|%a%", big + "|1"), Case("%Edge%", edge)}) {
+    std::string text = before;
+    EXPECT_EQ(iwiExpandEnvironment(text), 1);
+    EXPECT_EQ(text, after);
+    EXPECT_EQ(Lines(), "Expanded:\n" + before + "\n- to:\n" + after + "\n");
+  }
+  std::string text = "plain";
+  EXPECT_EQ(iwiExpandEnvironment(text), 1);
+  world.failCall = {"ExpandEnvironmentStringsA", 0, 87};
+  text = "%A%456789012345678901234567890";
+  EXPECT_EQ(iwiExpandEnvironment(text), 0);
+  EXPECT_EQ(text, "%A%456789012345678901234567890");
+  EXPECT_EQ(Lines(), "***Unable to expand environment strings (code 87) for '%A%45678901234567890'\n");
+}
+
+TEST_F(SystemTest, AMachineWideVariableReachesTheProcess) {
+  world.environment["Root"] = "C:\\Windows";
+  const char key[] = "hklm\\SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment";
+  world.registry[key]["Path"] = {REG_EXPAND_SZ, "%Root%;D:\\"};
+  EXPECT_EQ(iwiRefreshEnvironmentVariable("Path"), 1);
+  EXPECT_EQ(world.environment["Path"], "C:\\Windows;D:\\");
+  EXPECT_EQ(iwiRefreshEnvironmentVariable("Lost"), 0);
+  EXPECT_EQ(Lines(),
+            "Environment variable 'Path' value is:\n%Root%;D:\\\nExpanded:\n%Root%;D:\\\n- to:\nC:\\Windows;D:\\\n"
+            "Set environment variable 'Path'\nCan't find and set environment variable 'Lost'\n");
+  world.failCall = {"SetEnvironmentVariableA", 0, 5};
+  EXPECT_EQ(iwiRefreshEnvironmentVariable("Path"), 0);
+  EXPECT_TRUE(Lines().ends_with("***Can't set environment variable 'Path'\n"));
+}
+
+}  // namespace
