@@ -4,6 +4,7 @@
 
 #include "platform/msi.h"
 #include "platform/owner.h"
+#include "runtime/installer_result.h"
 #include "runtime/load_state.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
@@ -85,7 +86,8 @@ void SendToInstallerLog(const std::string &text) {
     Log("***iiiDisplayMsgBox: unable to create record");
     return;
   }
-  MsiRecordSetStringA(record.Get(), 1, text.c_str());
+  UINT ignored = ERROR_SUCCESS;
+  iwiCheckMsiResult("MsiRecordSetString", "1", MsiRecordSetStringA(record.Get(), 1, text.c_str()), ignored);
   MsiProcessMessage(Session().handle, INSTALLMESSAGE_INFO, record.Get());
 }
 

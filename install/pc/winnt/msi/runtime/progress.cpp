@@ -1,6 +1,7 @@
 #include "runtime/progress.h"
 
 #include "platform/owner.h"
+#include "runtime/installer_result.h"
 #include "runtime/log.h"
 #include "runtime/session.h"
 
@@ -24,9 +25,10 @@ UINT SendProgress(MSIHANDLE record, int ticks) {
       return ERROR_SUCCESS;
     }
     record = own.Get();
-    MsiRecordSetInteger(record, 1, kProgressIncrement);
-    MsiRecordSetInteger(record, 2, ticks);
-    MsiRecordSetInteger(record, 3, 0);
+    UINT ignored = ERROR_SUCCESS;
+    iwiCheckMsiResult("MsiRecordSetInteger", "1", MsiRecordSetInteger(record, 1, kProgressIncrement), ignored);
+    iwiCheckMsiResult("MsiRecordSetInteger", "2", MsiRecordSetInteger(record, 2, ticks), ignored);
+    iwiCheckMsiResult("MsiRecordSetInteger", "3", MsiRecordSetInteger(record, 3, 0), ignored);
   }
   MsiProcessMessage(Session().handle, INSTALLMESSAGE_PROGRESS, record);
   return ERROR_SUCCESS;
@@ -41,7 +43,8 @@ UINT SendActionData(const std::string &text) {
     Log("***Unable to create record");
     return ERROR_SUCCESS;
   }
-  MsiRecordSetStringA(record.Get(), 1, text.c_str());
+  UINT ignored = ERROR_SUCCESS;
+  iwiCheckMsiResult("MsiRecordSetString", "1", MsiRecordSetStringA(record.Get(), 1, text.c_str()), ignored);
   MsiProcessMessage(Session().handle, INSTALLMESSAGE_ACTIONDATA, record.Get());
   return ERROR_SUCCESS;
 }

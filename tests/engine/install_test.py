@@ -1,0 +1,207 @@
+#!/usr/bin/env python3
+"""Whole silent installations and removals of the reference package, with the real library in Wine's installer engine.
+
+usage: install_test.py BUILD_WINDOWS_DIR [unittest arguments]
+
+The Wine prefix is the folder wine beside the build folder; each test removes what it installed.
+"""
+
+import re
+import shutil
+import sys
+import unittest
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
+from installation import CANCELLED, FAILED, Machine, Package, read_text, trace_problems
+
+FOLDER = "install_test"
+TEMP = rf"C:\{FOLDER}"
+NUMBER = "00a7"
+UNKNOWN_PRODUCT = 1605 & 0xFF
+GENERIC_FAILURE = "2041"
+
+
+def message(number):
+    """An English text as its table gives it."""
+    table = Path(__file__).resolve().parents[2] / "catalogue/en_us/messages.txt"
+    return re.search(rf"^{number}\s+(.*)$", table.read_text(encoding="utf-8"), re.MULTILINE)[1]
+
+
+def texts(lines):
+    """Action and text of each line, without merged lines and time stamps."""
+    return [line.split(" QVCA info ", 1)[1] for line in lines if not line.startswith(">>")]
+
+
+class Installation(unittest.TestCase):
+    """Each test installs with an empty temporary folder of its own, in which all names carry one number."""
+
+    def setUp(self):
+        # A test that was cut short may have left the product.
+        if machine.product_files():
+            self.remove()
+        self.folder = machine.fresh_folder(FOLDER)
+        self.assertEqual(machine.product_files(), {})
+
+    def tearDown(self):
+        if machine.product_files():
+            self.remove()
+        shutil.rmtree(self.folder)
+
+    def install(self, *options):
+        return machine.msiexec("/i", package.path, FOLDER, f"ZQVTEMP={TEMP}", f"ZQVTEMPFILENUM={NUMBER}", *options)
+
+    def remove(self, *options):
+        (machine.drive / FOLDER).mkdir(exist_ok=True)
+        return machine.msiexec("/x", package.path, FOLDER, f"ZQVTEMP={TEMP}", f"ZQVTEMPFILENUM={NUMBER}", *options)
+
+    def read(self, name):
+        return read_text(self.folder / name).splitlines()
+
+    def place_messages(self):
+        shutil.copy(build / "catalogue/zqvircan.dll", self.folder / f"zqvl{NUMBER}.dll")
+
+    def expect_actions(self, run, *more):
+        """Every unconditional action, and those of `more`, ran once and in order, and gave 0."""
+        ran = [(outcome.action, outcome.value, outcome.results) for outcome in run.outcomes() if outcome.results]
+        self.assertCountEqual(ran, [(action, 1, [0]) for action in (*package.actions(), *more)])
+
+    def expect_rolled_back(self, run, status):
+        self.assertEqual(run.status, status)
+        self.assertEqual(machine.product_files(), {})
+        self.assertEqual(machine.wine("wine", "msiexec", "/x", package.properties["ProductCode"], "/qn"), UNKNOWN_PRODUCT)
+
+
+class Success(Installation):
+    def test_installation_and_removal(self):
+        for step, files in ((self.install, package.files()), (self.remove, {})):
+            run = step(rf"INSTALLTRACE=C:\{FOLDER}\new\{step.__name__}.log")
+            self.assertEqual(run.status, 0)
+            self.expect_actions(run)
+            self.assertEqual(machine.product_files(), files)
+            lines = self.read(f"new/{step.__name__}.log")
+            self.assertEqual(trace_problems(lines), [])
+            # What deferred actions log, they know from the value list alone.
+            deferred = "; from CustomActionData"
+            for mode in ("MSIRUNMODE_SCHEDULED", "MSIRUNMODE_COMMIT"):
+                self.assertIn(f"(CaProlog): {mode}", texts(lines))
+            self.assertEqual(texts(lines).count(f"(CaProlog): Property 'ProductName' value 'Vantrel QV'{deferred}"), 2)
+            path = rf"iwiUnSetTempLogPath: Property 'ZQVTEMPLOGPATH' value '{TEMP}\zqvg{NUMBER}.txt'"
+            self.assertEqual(texts(lines).count(path + deferred), 2)
+        for folder in ("Program Files", "ProgramData"):
+            self.assertFalse((machine.drive / folder / "Korvex/Vantrel QV").exists())
+
+    def test_temporary_log_is_merged_and_gone(self):
+        self.install()
+        lines = self.read("zqvt0001.log")
+        begin = next(n for n, line in enumerate(lines) if line.startswith(">>"))
+        end = next(n for n, line in enumerate(lines) if n > begin and not line.startswith(">>"))
+        self.assertIn(rf"Messages from temporary log file '{TEMP}\zqvg{NUMBER}.txt':", lines[begin - 1])
+        self.assertIn("End of messages from temporary log file.", lines[end])
+        # Whatever was logged while the temporary log was named, and nothing else, is there a second time.
+        merged = [line.removeprefix(">>") for line in lines[begin:end]]
+        own = lines[: begin - 1]
+        self.assertIn(merged[0], own)
+        start = own.index(merged[0])
+        self.assertEqual(merged, own[start : start + len(merged)])
+        self.assertIn("Property 'ZQVTEMPLOGPATH' value set to ''", merged[-2])
+        self.assertFalse((self.folder / f"zqvg{NUMBER}.txt").exists())
+
+    def test_temporary_log_is_kept_on_request(self):
+        self.install("ZQVKEEPTEMPLOG=1")
+        self.assertEqual(self.read("zqvt0001.log").count(">>" + self.read(f"zqvg{NUMBER}.txt")[0]), 1)
+
+    def test_value_list(self):
+        self.install("ZQVPREVVERSION=5.3=a b", "ZQVPROPERTYNAMELIST3=ZQVRECORDCOUNTER;;NoSuchProperty;ZQVPREVVERSION")
+        names = [name for n in "12" for name in package.properties[f"ZQVPROPERTYNAMELIST{n}"].split(";")]
+        names += ["ZQVRECORDCOUNTER", "NoSuchProperty", "ZQVPREVVERSION"]
+        values = {
+            "ZQVTEMP": TEMP,
+            "ZQVTEMPFILENUM": NUMBER,
+            "ZQVUSERTRACEPATH": rf"{TEMP}\zqvt0001.log",
+            "ZQVTEMPLOGPATH": rf"{TEMP}\zqvg{NUMBER}.txt",
+            "ProductName": "Vantrel QV",
+            "UILevel": "2",
+            "ZQVPGMFOLDER": "C:\\Program Files\\Korvex\\Vantrel QV\\",
+            "ZQVDATFOLDER": "C:\\ProgramData\\Korvex\\Vantrel QV\\",
+            "ZQVPREVVERSION": "5.3=a b",
+        }
+        expected = "".join(f"{name}={values.get(name, '')};" for name in names)
+        self.assertEqual(read_text(self.folder / f"zqvp{NUMBER}.txt").rstrip("\n"), expected)
+        path = rf"value set to '{TEMP}\zqvp{NUMBER}.txt'"
+        told = [line for line in texts(self.read("zqvt0001.log")) if line.endswith(path)]
+        deferred = [row["Action"] for row in package.table("CustomAction") if int(row["Type"]) & 0x401 == 0x401]
+        self.assertCountEqual(told, [f"iwiSetCustomActionData: Property '{name}' {path}" for name in deferred])
+
+    def test_no_trace(self):
+        run = self.install("INSTALLTRACE=NONE")
+        self.assertEqual(run.status, 0)
+        self.expect_actions(run)
+        self.assertCountEqual([path.name for path in self.folder.iterdir()], ["msiexec.log", f"zqvp{NUMBER}.txt"])
+
+    def test_pause(self):
+        run = self.install("QVPAUSE=1")
+        self.assertEqual(run.status, 0)
+        self.expect_actions(run, "iwiPause")
+
+
+class Failure(Installation):
+    def test_failure_tells_the_user_once(self):
+        self.place_messages()
+        self.expect_rolled_back(self.install("QVFAIL=1"), FAILED)
+        lines = texts(self.read("zqvt0001.log"))
+        said = f"Test CA: QVCA Test CA MB error: {message(GENERIC_FAILURE)}"
+        self.assertEqual([line for line in lines if " MB " in line], [said])
+        at = lines.index(said)
+        self.assertEqual(lines[at - 1], "Test CA: Splash bitmap not running")
+        self.assertEqual(
+            lines[at + 1 : at + 4],
+            [
+                "Test CA: Property 'UILevel' value '2' from property table",
+                "Test CA: Freeing NLS library",
+                "Test CA: Returning with rc 1603",
+            ],
+        )
+        self.assertEqual(lines[-1], "iwiUnSetTempLogPath: Returning with rc 0")
+        self.assertNotIn(f"zqvg{NUMBER}.txt", [path.name for path in self.folder.iterdir()])
+
+    def test_failure_without_messages(self):
+        self.expect_rolled_back(self.install("QVFAIL=1"), FAILED)
+        lines = texts(self.read("zqvt0001.log"))
+        path = rf"{TEMP}\zqvl{NUMBER}.dll"
+        missing = rf"Test CA: ***iwiLoadNlsString LoadLibrary({path}) failed 2 (ID '{GENERIC_FAILURE}'). (ZQV4700)"
+        self.assertEqual([line for line in lines if "***" in line], [missing])
+        self.assertEqual(lines[lines.index(missing) + 1], "Test CA: Returning with rc 1603")
+
+    def test_cancel(self):
+        self.expect_rolled_back(self.install("QVUSEREXIT=1"), CANCELLED)
+        lines = texts(self.read("zqvt0001.log"))
+        self.assertIn("iwiUserExit: Returning with rc 1602", lines)
+        self.assertEqual(lines[-1], "iwiUnSetTempLogPath: Returning with rc 0")
+        self.assertFalse([line for line in lines if " MB " in line or "***" in line])
+
+    def test_rollback(self):
+        self.place_messages()
+        run = self.install("QVFAILDEFERRED=1")
+        self.assertEqual(run.log.count("Action start"), run.log.count("Action ended"))
+        self.expect_rolled_back(run, FAILED)
+        said = texts(self.read("zqvt0001.log"))
+        self.assertIn(f"Test CA: QVCA Test CA MB error: {message(GENERIC_FAILURE)}", said)
+        self.assertIn("Test CA: Property 'UILevel' value '2'; from CustomActionData", said)
+        # The rollback action follows the failure and still finds its log and its values.
+        failed = said.index("Test CA: Returning with rc 1603")
+        rolled_back = said.index("(CaProlog): MSIRUNMODE_ROLLBACK")
+        self.assertGreater(rolled_back, failed)
+        prolog = max(n for n in range(rolled_back) if said[n].startswith("(CaProlog): zqviwicn.dll Built on "))
+        self.assertEqual(said[prolog + 1], "(CaProlog): Property 'ProductName' value 'Vantrel QV'; from CustomActionData")
+        self.assertNotIn("(CaProlog): MSIRUNMODE_COMMIT", said)
+
+
+if __name__ == "__main__":
+    if len(sys.argv) < 2 or not (Path(sys.argv[1]) / "vantrelqv.msi").exists():
+        sys.exit(__doc__)
+    build = Path(sys.argv.pop(1)).resolve()
+    package = Package(build / "vantrelqv.msi")
+    machine = Machine(build.parent / "wine")
+    unittest.main()

@@ -1,0 +1,60 @@
+#!/usr/bin/env python3
+"""Looks at the built library as a file: size, exports, imports, sections, version.
+
+usage: library_file_test.py LIBRARY OBJDUMP
+"""
+
+import re
+import subprocess
+import sys
+import unittest
+from pathlib import Path
+
+SOURCES = Path(__file__).resolve().parents[2] / "install/pc/winnt/msi"
+SYSTEM_LIBRARIES = {"advapi32.dll", "kernel32.dll", "msi.dll", "msvcrt.dll", "shell32.dll", "user32.dll"}
+SIZE_LIMIT = 320 * 1024
+
+
+class LibraryFile(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.headers = subprocess.run([objdump, "-x", library], check=True, capture_output=True, text=True).stdout
+
+    def test_size(self):
+        size = library.stat().st_size
+        print(f"{library.name}: {size} bytes", file=sys.stderr)
+        self.assertLessEqual(size, SIZE_LIMIT)
+
+    def test_exports_are_the_table_of_actions(self):
+        table = set(re.findall(r"^ACTION\((\w+),", (SOURCES / "zqviwicn/actions.inc").read_text(), re.MULTILINE))
+        definition = (SOURCES / "zqviwicn/zqviwicn.def").read_text()
+        exported = re.search(r"\[Ordinal/Name Pointer\] Table.*?\n(.*?)\n\n", self.headers, re.DOTALL)[1]
+        self.assertEqual(set(re.findall(r"\[ *\d+\] (?:\+base\[ *\d+\]\s+\w+ )?(\S+)$", exported, re.MULTILINE)), table)
+        self.assertEqual(set(re.findall(r"^    (\w+) = \1@4$", definition, re.MULTILINE)), table)
+
+    def test_only_system_libraries_are_imported_and_the_installers_by_ordinal(self):
+        imports = re.split(r"DLL Name: ", self.headers)[1:]
+        names = {part.split("\n", 1)[0].lower() for part in imports}
+        self.assertLessEqual(names, SYSTEM_LIBRARIES)
+        installer = next(part for part in imports if part.lower().startswith("msi.dll")).split("\n\n")[0]
+        ordinals = set(map(int, re.findall(r"^\s+[0-9a-f]+\s+(\d+)\s+<none>", installer, re.MULTILINE)))
+        known = set(map(int, re.findall(r"@(\d+) NONAME", (SOURCES / "platform/msi.def").read_text())))
+        self.assertTrue(ordinals and ordinals <= known, ordinals)
+        self.assertNotIn("Msi", installer.split("\n", 1)[1])
+
+    def test_the_cancel_flag_lies_in_a_shared_writable_section(self):
+        section = re.search(r"\.shared\s+([0-9a-f]+) .*\n\s+(.*)", self.headers)
+        self.assertEqual(int(section[1], 16), 4)
+        self.assertIn("SHARED", section[2])
+        self.assertNotIn("READONLY", section[2])
+
+    def test_version_information(self):
+        content = library.read_bytes()
+        for text in ("zqviwicn.dll", "Vantrel QV", "Korvex", "6.0.2.0"):
+            self.assertIn(text.encode("utf-16-le"), content)
+
+
+if __name__ == "__main__":
+    objdump = sys.argv.pop()
+    library = Path(sys.argv.pop())
+    unittest.main()

@@ -1,0 +1,166 @@
+"""Whole installations of the reference package in Wine's installer engine, for the demo and the engine tests."""
+
+import os
+import re
+import shutil
+import subprocess
+from dataclasses import dataclass
+from pathlib import Path
+
+TOOLS = Path(__file__).resolve().parent
+STAMPED = re.compile(r"\d\d:\d\d:\d\d QVCA info (\(CaProlog\)|[^:]+): (.*)")
+FAILED = 1603 & 0xFF  # what is left of the installer's result in an exit status
+CANCELLED = 1602 & 0xFF
+
+# Custom action types, as the engine's documentation numbers them.
+FROM_LIBRARY, ROLLBACK, COMMIT, DEFERRED = 0x1, 0x100, 0x200, 0x400
+SOURCE_MASK = 0x3F
+
+
+class Package:
+    """What the tables of a package say will be installed and run."""
+
+    def __init__(self, path):
+        self.path = Path(path).resolve()
+        self.properties = {row["Property"]: row["Value"] for row in self.table("Property")}
+
+    def table(self, name):
+        """The rows of a table, each a dictionary of texts."""
+        lines = subprocess.run(
+            ["msiinfo", "export", self.path, name], check=True, capture_output=True, text=True
+        ).stdout.splitlines()
+        columns = lines[0].split("\t")
+        return [dict(zip(columns, line.split("\t"))) for line in lines[3:]]
+
+    def files(self):
+        """Paths below drive C of the files that an installation without further options brings, with their sizes."""
+        folders = {row["Directory"]: row for row in self.table("Directory")}
+        known = {"TARGETDIR": ".", "ProgramFilesFolder": "Program Files", "CommonAppDataFolder": "ProgramData"}
+
+        def resolve(folder):
+            if folder in known:
+                return Path(known[folder])
+            return resolve(folders[folder]["Directory_Parent"]) / folders[folder]["DefaultDir"].split("|")[-1]
+
+        limit = int(self.properties["INSTALLLEVEL"])
+        features = {row["Feature"] for row in self.table("Feature") if int(row["Level"]) <= limit}
+        wanted = {row["Component_"] for row in self.table("FeatureComponents") if row["Feature_"] in features}
+        homes = {row["Component"]: resolve(row["Directory_"]) for row in self.table("Component")}
+        return {
+            homes[row["Component_"]] / row["FileName"].split("|")[-1]: int(row["FileSize"])
+            for row in self.table("File")
+            if row["Component_"] in wanted
+        }
+
+    def actions(self):
+        """The phase of each action of the library that runs unconditionally in a successful installation."""
+        types = {row["Action"]: int(row["Type"]) for row in self.table("CustomAction")}
+        rows = sorted(self.table("InstallExecuteSequence"), key=lambda row: int(row["Sequence"]))
+        phases = {}
+        for row in rows:
+            kind = types.get(row["Action"], 0)
+            if kind & SOURCE_MASK != FROM_LIBRARY or int(row["Sequence"]) < 0 or row["Condition"]:
+                continue
+            if not kind & DEFERRED:
+                phases[row["Action"]] = "immediate"
+            elif not kind & ROLLBACK:
+                phases[row["Action"]] = "commit" if kind & COMMIT else "deferred"
+        return phases
+
+
+@dataclass
+class Outcome:
+    """One run of an action: the engine's return value (1 is success) and the results that the library logged."""
+
+    action: str
+    value: int
+    results: list
+
+
+@dataclass
+class Run:
+    """What one call of msiexec left behind."""
+
+    status: int
+    log: str
+
+    def outcomes(self):
+        """The actions in the order in which they ended. A deferred one ends twice: first when it is scheduled."""
+        ended, results = [], []
+        for line in self.log.splitlines():
+            if line.startswith("Action start "):
+                results = []
+            elif end := re.fullmatch(r"Action ended [\d:]+: (\w+)\. Return value (-?\d+)\.\s*", line):
+                ended.append(Outcome(end[1], int(end[2]), results))
+                results = []
+            elif result := re.search(r"(?<!>>)\b\d\d:\d\d:\d\d QVCA info [^:]+: Returning with rc (\d+)", line):
+                results.append(int(result[1]))
+        return ended
+
+
+class Machine:
+    """A 32-bit Wine prefix, made where there is none. Windows paths below are on its drive C."""
+
+    def __init__(self, prefix):
+        self.prefix = Path(prefix).resolve()
+        self.drive = self.prefix / "drive_c"
+        if self.wine() != 0:
+            raise RuntimeError(f"no Wine prefix in {self.prefix}")
+
+    def wine(self, *command):
+        """Runs a command without a display, where message boxes answer themselves; gives its exit status. A command that
+        takes minutes hangs: it is ended with all else in the prefix."""
+        environment = {name: value for name, value in os.environ.items() if name != "DISPLAY"}
+        call = [TOOLS / "wine-env", self.prefix]
+        quiet = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL}
+        try:
+            return subprocess.run([*call, *command], env=environment, timeout=120, **quiet).returncode
+        except subprocess.TimeoutExpired as error:
+            subprocess.run([*call, "wineserver", "--kill"], timeout=60, **quiet)
+            raise RuntimeError(f"no end of {command}") from error
+
+    def msiexec(self, verb, package, folder, *options):
+        """A silent installation (verb /i) or removal (/x) that writes its log to `folder`."""
+        log = self.drive / folder / "msiexec.log"
+        log.unlink(missing_ok=True)
+        status = self.wine("wine", "msiexec", verb, package, "/qn", "/l*v", rf"C:\{folder}\msiexec.log", *options)
+        return Run(status, read_text(log))
+
+    def fresh_folder(self, name):
+        """An empty folder C:\\name, as a path of the host."""
+        folder = self.drive / name
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir(parents=True)
+        return folder
+
+    def product_files(self):
+        """Paths below drive C of all files in the maker's folders, with their sizes."""
+        found = {}
+        for home in ("Program Files/Korvex", "ProgramData/Korvex"):
+            for path in (self.drive / home).rglob("*"):
+                if path.is_file():
+                    found[path.relative_to(self.drive)] = path.stat().st_size
+        return found
+
+
+def read_text(path):
+    """The text of a log, without its carriage returns; empty when there is no such file."""
+    path = Path(path)
+    return path.read_bytes().decode("cp1252", "replace").replace("\r\n", "\n") if path.exists() else ""
+
+
+def trace_problems(lines):
+    """What is wrong with the lines of a trace log of an installation or removal that went well."""
+    problems = [f"odd line in the trace log: {line}" for line in lines if not STAMPED.fullmatch(line.removeprefix(">>"))]
+    own = [match for match in map(STAMPED.fullmatch, lines) if match]
+    problems += [f"failure in the trace log: {match[0]}" for match in own if match[2].startswith("***")]
+    problems += [
+        f"result in the trace log: {match[0]}" for match in own if re.fullmatch("Returning with rc [1-9].*", match[2])
+    ]
+    # What making the log's folder has left in the log is deleted before the log is named.
+    first = own[1:] if own and own[0][2].startswith("Deleted file: ") else own
+    if not first or not re.match(r"\S+ QVCA info iwiStartLogs: Property 'ZQVUSERTRACEPATH' value set to '", first[0][0]):
+        problems.append("the trace log does not begin with iwiStartLogs naming it")
+    if not own or own[-1].groups() != ("iwiUnSetTempLogPath", "Returning with rc 0"):
+        problems.append("the trace log does not end with iwiUnSetTempLogPath returning 0")
+    return problems
