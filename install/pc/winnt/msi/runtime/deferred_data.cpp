@@ -11,7 +11,7 @@
 #include "runtime/log.h"
 #include "runtime/property.h"
 #include "runtime/response_property.h"
-#include "runtime/session.h"
+#include "runtime/table_query.h"
 #include "runtime/temp_name.h"
 #include "runtime/text.h"
 
@@ -87,62 +87,24 @@ UINT WriteEntries(const std::string &path, const std::string &entries) {
   return ERROR_SUCCESS;
 }
 
-/// The first failing call's code is the action's result.
-class FirstFailure {
- public:
-  /// True when the call succeeded.
-  bool Check(const char *call, const char *argument, UINT answer) {
-    UINT ignored = ERROR_SUCCESS;
-    iwiCheckMsiResult(call, argument, answer, ignored);
-    return Keep(answer);
-  }
-  bool Keep(UINT answer) {
-    if (result_ == ERROR_SUCCESS) {
-      result_ = answer;
-    }
-    return answer == ERROR_SUCCESS;
-  }
-  UINT Result() const { return result_; }
-
- private:
-  UINT result_ = ERROR_SUCCESS;
-};
-
-void CloseChecked(OwnedInstallerHandle &handle, FirstFailure &failure) {
-  if (handle) {
-    failure.Check("MsiCloseHandle", "", handle.Close());
-  }
-}
-
 /// One row of the CustomAction table; false when its property could not be set, which ends the action.
-bool SetDataOfRow(MSIHANDLE row, const std::string &listPath, FirstFailure &failure) {
-  char name[kLongLength];
-  DWORD length = kLongLength;
-  if (!failure.Check("MsiRecordGetString", "1", MsiRecordGetStringA(row, 1, name, &length))) {
+bool SetDataOfRow(MSIHANDLE row, const std::string &listPath, UINT &result) {
+  std::string name;
+  if (CheckFirstFailure("MsiRecordGetString", "1", ReadRecordText(row, 1, name), result) != ERROR_SUCCESS) {
     return true;
   }
   const unsigned type = static_cast<unsigned>(MsiRecordGetInteger(row, 2));
   const UINT typeResult = type == static_cast<unsigned>(MSI_NULL_INTEGER) ? ERROR_INVALID_PARAMETER : ERROR_SUCCESS;
-  if (!failure.Check("MsiRecordGetInteger", "2", typeResult)) {
+  if (CheckFirstFailure("MsiRecordGetInteger", "2", typeResult, result) != ERROR_SUCCESS) {
     return true;
   }
-  Log("CA Name:'%s' type 0x%8.8lx", name, static_cast<unsigned long>(type));
+  Log("CA Name:'%s' type 0x%8.8lx", name.c_str(), static_cast<unsigned long>(type));
   if ((type & kInLibrary) == 0 || (type & kInScript) == 0) {
     return true;
   }
-  return failure.Keep(SetProperty(name, listPath));
-}
-
-void SetDataOfRows(MSIHANDLE view, const std::string &listPath, FirstFailure &failure) {
-  for (bool goOn = true; goOn;) {
-    OwnedInstallerHandle row;
-    const UINT fetched = MsiViewFetch(view, row.Out());
-    if (fetched == ERROR_NO_MORE_ITEMS || !failure.Check("MsiViewFetch", kActionQuery, fetched)) {
-      return;
-    }
-    goOn = SetDataOfRow(row.Get(), listPath, failure);
-    CloseChecked(row, failure);
-  }
+  const UINT set = SetProperty(name.c_str(), listPath);
+  result = result == ERROR_SUCCESS ? set : result;
+  return set == ERROR_SUCCESS;
 }
 
 }  // namespace
@@ -165,21 +127,7 @@ UINT SetCustomActionData() {
     return ERROR_INSTALL_FAILURE;
   }
   const std::string listPath = ValueListName();
-  OwnedInstallerHandle database(MsiGetActiveDatabase(Session().handle));
-  if (!database) {
-    LogLine("***MsiGetActiveDatabase() failed");
-    return ERROR_INSTALL_FAILURE;
-  }
-  FirstFailure failure;
-  OwnedInstallerHandle view;
-  if (failure.Check("MsiDatabaseOpenView", kActionQuery,
-                    MsiDatabaseOpenViewA(database.Get(), kActionQuery, view.Out()))) {
-    if (failure.Check("MsiViewExecute", kActionQuery, MsiViewExecute(view.Get(), 0))) {
-      SetDataOfRows(view.Get(), listPath, failure);
-    }
-    failure.Check("MsiViewClose", "", MsiViewClose(view.Get()));
-    CloseChecked(view, failure);
-  }
-  CloseChecked(database, failure);
-  return failure.Result();
+  UINT result = ERROR_SUCCESS;
+  VisitRows(kActionQuery, result, [&](MSIHANDLE row) { return SetDataOfRow(row, listPath, result); });
+  return result;
 }

@@ -9,3 +9,8 @@ UINT iwiCheckMsiResult(const char *call, const char *argument, UINT answer, UINT
   }
   return answer;
 }
+
+UINT CheckFirstFailure(const char *call, const char *argument, UINT answer, UINT &result) {
+  UINT later = ERROR_SUCCESS;
+  return iwiCheckMsiResult(call, argument, answer, result == ERROR_SUCCESS ? result : later);
+}

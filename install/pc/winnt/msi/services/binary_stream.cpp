@@ -5,7 +5,7 @@
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
 #include "runtime/text.h"
-#include "services/table_query.h"
+#include "runtime/table_query.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include "runtime/load_state.h"
 #include "runtime/log.h"
 #include "runtime/session.h"
-#include "services/table_query.h"
+#include "runtime/table_query.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include "runtime/session.h"
 #include "runtime/text.h"
 #include "services/existence.h"
-#include "services/table_query.h"
+#include "runtime/table_query.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "services/table_query.h"
+#include "runtime/table_query.h"
 
 #include "platform/owner.h"
 #include "runtime/installer_result.h"
@@ -8,6 +8,12 @@
 
 namespace {
 
+void Close(OwnedInstallerHandle &handle, UINT &result) {
+  if (handle) {
+    CheckFirstFailure("MsiCloseHandle", "", handle.Close(), result);
+  }
+}
+
 bool VisitExecuted(MSIHANDLE view, const char *query, UINT &result, const std::function<bool(MSIHANDLE)> &visit) {
   for (;;) {
     OwnedInstallerHandle row;
@@ -15,7 +21,12 @@ bool VisitExecuted(MSIHANDLE view, const char *query, UINT &result, const std::f
     if (fetched == ERROR_NO_MORE_ITEMS) {
       return true;
     }
-    if (iwiCheckMsiResult("MsiViewFetch", query, fetched, result) != ERROR_SUCCESS || !visit(row.Get())) {
+    if (CheckFirstFailure("MsiViewFetch", query, fetched, result) != ERROR_SUCCESS) {
+      return false;
+    }
+    const bool goOn = visit(row.Get());
+    Close(row, result);
+    if (!goOn) {
       return false;
     }
   }
@@ -35,20 +46,22 @@ UINT ReadRecordText(MSIHANDLE record, UINT field, std::string &text) {
 }
 
 bool VisitRows(const char *query, UINT &result, const std::function<bool(MSIHANDLE row)> &visit) {
-  const OwnedInstallerHandle database(MsiGetActiveDatabase(Session().handle));
+  OwnedInstallerHandle database(MsiGetActiveDatabase(Session().handle));
   if (!database) {
-    result = ERROR_INSTALL_FAILURE;
     Log("***MsiGetActiveDatabase() failed");
+    result = ERROR_INSTALL_FAILURE;
     return false;
   }
+  bool complete = false;
   OwnedInstallerHandle view;
-  if (iwiCheckMsiResult("MsiDatabaseOpenView", query, MsiDatabaseOpenViewA(database.Get(), query, view.Out()),
-                        result) != ERROR_SUCCESS) {
-    return false;
+  const UINT opened = MsiDatabaseOpenViewA(database.Get(), query, view.Out());
+  if (CheckFirstFailure("MsiDatabaseOpenView", query, opened, result) == ERROR_SUCCESS) {
+    const UINT executed = MsiViewExecute(view.Get(), 0);
+    complete = CheckFirstFailure("MsiViewExecute", query, executed, result) == ERROR_SUCCESS &&
+               VisitExecuted(view.Get(), query, result, visit);
+    CheckFirstFailure("MsiViewClose", "", MsiViewClose(view.Get()), result);
+    Close(view, result);
   }
-  const bool complete =
-      iwiCheckMsiResult("MsiViewExecute", query, MsiViewExecute(view.Get(), 0), result) == ERROR_SUCCESS &&
-      VisitExecuted(view.Get(), query, result, visit);
-  iwiCheckMsiResult("MsiViewClose", "", MsiViewClose(view.Get()), result);
+  Close(database, result);
   return complete;
 }

@@ -11,6 +11,7 @@
 /// with `text` empty unless it is ERROR_SUCCESS; logs nothing.
 UINT ReadRecordText(MSIHANDLE record, UINT field, std::string &text);
 
-/// Hands each row that the query finds to `visit`, until that gives false. A failing installer call is logged, stored
-/// in `result` and ends the walk. Returns true when the walk came to the last row.
+/// Hands each row that the query finds to `visit`, until that gives false. A failing installer call is logged and ends
+/// the walk; `result` gets the code of the first one, unless it holds a failure already. Returns true when the walk
+/// came to the last row.
 bool VisitRows(const char *query, UINT &result, const std::function<bool(MSIHANDLE row)> &visit);
