@@ -4,9 +4,9 @@
 usage: message_table.py LANGUAGE TABLE OUTPUT
 
 LANGUAGE is the Windows language identifier (decimal) of the texts, TABLE a UTF-8 file with a message a line: its
-number, blanks or tabs, its text. Blank lines and lines that begin with ';' or '#' are skipped. In a text, \\n stands for
-a line break and \\\\ for a backslash. Every line that is wrong is reported with its number; then nothing is written and
-the exit status is 1.
+number, blanks or tabs, its text. Blank lines and lines that begin with ';' or '#' are skipped. In a text, \\n stands
+for a line break and \\\\ for a backslash. Every line that is wrong is reported with its number; then nothing is written
+and the exit status is 1.
 """
 
 import re

@@ -108,8 +108,8 @@ class Machine:
             raise RuntimeError(f"no Wine prefix in {self.prefix}")
 
     def wine(self, *command):
-        """Runs a command without a display, where message boxes answer themselves; gives its exit status. A command that
-        takes minutes hangs: it is ended with all else in the prefix."""
+        """Runs a command without a display, where message boxes answer themselves; gives its exit status. A command
+        that takes minutes hangs: it is ended with all else in the prefix."""
         environment = {name: value for name, value in os.environ.items() if name != "DISPLAY"}
         call = [TOOLS / "wine-env", self.prefix]
         quiet = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL}
@@ -149,17 +149,23 @@ def read_text(path):
     return path.read_bytes().decode("cp1252", "replace").replace("\r\n", "\n") if path.exists() else ""
 
 
-def trace_problems(lines):
-    """What is wrong with the lines of a trace log of an installation or removal that went well."""
-    problems = [f"odd line in the trace log: {line}" for line in lines if not STAMPED.fullmatch(line.removeprefix(">>"))]
+def trace_problems(lines, actions):
+    """What is wrong with the lines of a trace log of an installation or removal that went well and ran so many actions.
+    A deferred action that knows no values does not know its log either, and is missing there."""
+    odd = [line for line in lines if not STAMPED.fullmatch(line.removeprefix(">>"))]
+    problems = [f"odd line in the trace log: {line}" for line in odd]
     own = [match for match in map(STAMPED.fullmatch, lines) if match]
     problems += [f"failure in the trace log: {match[0]}" for match in own if match[2].startswith("***")]
     problems += [
         f"result in the trace log: {match[0]}" for match in own if re.fullmatch("Returning with rc [1-9].*", match[2])
     ]
+    returned = sum(match[2].startswith("Returning with rc ") for match in own)
+    if returned != actions:
+        problems.append(f"the trace log shows the results of {returned} actions; {actions} ran")
     # What making the log's folder has left in the log is deleted before the log is named.
     first = own[1:] if own and own[0][2].startswith("Deleted file: ") else own
-    if not first or not re.match(r"\S+ QVCA info iwiStartLogs: Property 'ZQVUSERTRACEPATH' value set to '", first[0][0]):
+    named = ("iwiStartLogs", "Property 'ZQVUSERTRACEPATH' value set to '")
+    if not first or first[0][1] != named[0] or not first[0][2].startswith(named[1]):
         problems.append("the trace log does not begin with iwiStartLogs naming it")
     if not own or own[-1].groups() != ("iwiUnSetTempLogPath", "Returning with rc 0"):
         problems.append("the trace log does not end with iwiUnSetTempLogPath returning 0")

@@ -35,7 +35,7 @@ def texts(lines):
 
 
 class Installation(unittest.TestCase):
-    """Each test installs with an empty temporary folder of its own, in which all names carry one number."""
+    """Each test installs `package` with an empty temporary folder of its own, in which all names carry one number."""
 
     def setUp(self):
         # A test that was cut short may have left the product.
@@ -50,11 +50,15 @@ class Installation(unittest.TestCase):
         shutil.rmtree(self.folder)
 
     def install(self, *options):
-        return machine.msiexec("/i", package.path, FOLDER, f"ZQVTEMP={TEMP}", f"ZQVTEMPFILENUM={NUMBER}", *options)
+        return self.msiexec("/i", *options)
 
     def remove(self, *options):
         (machine.drive / FOLDER).mkdir(exist_ok=True)
-        return machine.msiexec("/x", package.path, FOLDER, f"ZQVTEMP={TEMP}", f"ZQVTEMPFILENUM={NUMBER}", *options)
+        return self.msiexec("/x", *options)
+
+    def msiexec(self, verb, *options):
+        own = (f"ZQVTEMP={TEMP}", f"ZQVTEMPFILENUM={NUMBER}")
+        return machine.msiexec(verb, self.package.path, FOLDER, *own, *options)
 
     def read(self, name):
         return read_text(self.folder / name).splitlines()
@@ -65,23 +69,24 @@ class Installation(unittest.TestCase):
     def expect_actions(self, run, *more):
         """Every unconditional action, and those of `more`, ran once and in order, and gave 0."""
         ran = [(outcome.action, outcome.value, outcome.results) for outcome in run.outcomes() if outcome.results]
-        self.assertCountEqual(ran, [(action, 1, [0]) for action in (*package.actions(), *more)])
+        self.assertCountEqual(ran, [(action, 1, [0]) for action in (*self.package.actions(), *more)])
 
     def expect_rolled_back(self, run, status):
         self.assertEqual(run.status, status)
         self.assertEqual(machine.product_files(), {})
-        self.assertEqual(machine.wine("wine", "msiexec", "/x", package.properties["ProductCode"], "/qn"), UNKNOWN_PRODUCT)
+        status = machine.wine("wine", "msiexec", "/x", self.package.properties["ProductCode"], "/qn")
+        self.assertEqual(status, UNKNOWN_PRODUCT)
 
 
 class Success(Installation):
     def test_installation_and_removal(self):
-        for step, files in ((self.install, package.files()), (self.remove, {})):
+        for step, files in ((self.install, self.package.files()), (self.remove, {})):
             run = step(rf"INSTALLTRACE=C:\{FOLDER}\new\{step.__name__}.log")
             self.assertEqual(run.status, 0)
             self.expect_actions(run)
             self.assertEqual(machine.product_files(), files)
             lines = self.read(f"new/{step.__name__}.log")
-            self.assertEqual(trace_problems(lines), [])
+            self.assertEqual(trace_problems(lines, len(self.package.actions())), [])
             # What deferred actions log, they know from the value list alone.
             deferred = "; from CustomActionData"
             for mode in ("MSIRUNMODE_SCHEDULED", "MSIRUNMODE_COMMIT"):
@@ -114,7 +119,7 @@ class Success(Installation):
 
     def test_value_list(self):
         self.install("ZQVPREVVERSION=5.3=a b", "ZQVPROPERTYNAMELIST3=ZQVRECORDCOUNTER;;NoSuchProperty;ZQVPREVVERSION")
-        names = [name for n in "12" for name in package.properties[f"ZQVPROPERTYNAMELIST{n}"].split(";")]
+        names = [name for n in "12" for name in self.package.properties[f"ZQVPROPERTYNAMELIST{n}"].split(";")]
         names += ["ZQVRECORDCOUNTER", "NoSuchProperty", "ZQVPREVVERSION"]
         values = {
             "ZQVTEMP": TEMP,
@@ -131,13 +136,14 @@ class Success(Installation):
         self.assertEqual(read_text(self.folder / f"zqvp{NUMBER}.txt").rstrip("\n"), expected)
         path = rf"value set to '{TEMP}\zqvp{NUMBER}.txt'"
         told = [line for line in texts(self.read("zqvt0001.log")) if line.endswith(path)]
-        deferred = [row["Action"] for row in package.table("CustomAction") if int(row["Type"]) & 0x401 == 0x401]
+        deferred = [row["Action"] for row in self.package.table("CustomAction") if int(row["Type"]) & 0x401 == 0x401]
         self.assertCountEqual(told, [f"iwiSetCustomActionData: Property '{name}' {path}" for name in deferred])
 
     def test_no_trace(self):
         run = self.install("INSTALLTRACE=NONE")
         self.assertEqual(run.status, 0)
         self.expect_actions(run)
+        self.assertIn("iwiStartLogs: Property 'ZQVUSERTRACEPATH' value set to ''", run.log)
         self.assertCountEqual([path.name for path in self.folder.iterdir()], ["msiexec.log", f"zqvp{NUMBER}.txt"])
 
     def test_pause(self):
@@ -194,14 +200,75 @@ class Failure(Installation):
         rolled_back = said.index("(CaProlog): MSIRUNMODE_ROLLBACK")
         self.assertGreater(rolled_back, failed)
         prolog = max(n for n in range(rolled_back) if said[n].startswith("(CaProlog): zqviwicn.dll Built on "))
-        self.assertEqual(said[prolog + 1], "(CaProlog): Property 'ProductName' value 'Vantrel QV'; from CustomActionData")
+        name = "(CaProlog): Property 'ProductName' value 'Vantrel QV'; from CustomActionData"
+        self.assertEqual(said[prolog + 1], name)
         self.assertNotIn("(CaProlog): MSIRUNMODE_COMMIT", said)
+
+
+class Services(Installation):
+    """The package of the engine tests, whose own actions leave work to the engine and delete a tree."""
+
+    key = r"HKLM\Software\ZqvEngineTest"
+
+    def registry(self, verb, *arguments):
+        """Exit status of a registry command on the test's key."""
+        return machine.wine("wine", "reg", verb, self.key, *arguments, "/reg:32")
+
+    def place(self, *names):
+        for name in names:
+            path = self.folder / name
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.touch()
+
+    def left(self, folder):
+        return sorted(path.name for path in (self.folder / folder).iterdir())
+
+    def expect_good(self, run):
+        """What the actions of a run that went well have logged."""
+        self.assertEqual(run.status, 0)
+        self.expect_actions(run)
+        lines = self.read("zqvt0001.log")
+        self.assertEqual(trace_problems(lines, len(self.package.actions())), [])
+        (self.folder / "zqvt0001.log").unlink()
+        return texts(lines)
+
+    def test_the_engine_removes_what_was_stacked(self):
+        self.place("stacked/1.txt", "stacked/2.txt", "stacked/3.txt", "stacked/other.txt")
+        (self.folder / "stacked/empty").mkdir()
+        for name in ("Doomed", "Kept"):
+            self.assertEqual(self.registry("add", "/v", name, "/d", "text", "/f"), 0)
+        self.addCleanup(self.registry, "delete", "/f")
+        lines = self.expect_good(self.install())
+        self.assertEqual(self.left("stacked"), ["2.txt", "other.txt"])
+        self.assertNotEqual(self.registry("query", "/v", "Doomed"), 0)
+        self.assertEqual(self.registry("query", "/v", "Kept"), 0)
+        self.assertIn("StackRemovals:  - Not installed", lines)
+
+        # On removal, only the files that were stacked for it go, and no row of the registry.
+        self.place("stacked/1.txt", "stacked/3.txt")
+        self.assertEqual(self.registry("add", "/v", "Doomed", "/d", "text", "/f"), 0)
+        lines = self.expect_good(self.remove())
+        self.assertEqual(self.left("stacked"), ["1.txt", "other.txt"])
+        self.assertEqual(self.registry("query", "/v", "Doomed"), 0)
+        self.assertIn(f"StackRemovals: Found product '{self.package.properties['ProductCode']}'", lines)
+        self.assertIn("StackRemovals:  - 'Vantrel QV' is installed", lines)
+
+    def test_a_deferred_action_deletes_a_tree(self):
+        self.place("tree/a.txt", "tree/sub/b.txt", "tree/sub/deep/c.txt")
+        lines = self.expect_good(self.install())
+        self.assertFalse((self.folder / "tree").exists())
+        tree = rf"{TEMP}\tree"
+        deleted = [line.split(": Deleted ")[1] for line in lines if line.startswith("DeleteTree: Deleted ")]
+        files = [rf"file: '{tree}\a.txt'", rf"file: '{tree}\sub\b.txt'", rf"file: '{tree}\sub\deep\c.txt'"]
+        folders = [rf"path: '{tree}\sub\deep'", rf"path: '{tree}\sub'", rf"path: '{tree}'"]
+        self.assertEqual(deleted, files + folders)
 
 
 if __name__ == "__main__":
     if len(sys.argv) < 2 or not (Path(sys.argv[1]) / "vantrelqv.msi").exists():
         sys.exit(__doc__)
     build = Path(sys.argv.pop(1)).resolve()
-    package = Package(build / "vantrelqv.msi")
+    Installation.package = Package(build / "vantrelqv.msi")
+    Services.package = Package(build / "engine_package/engine.msi")
     machine = Machine(build.parent / "wine")
     unittest.main()

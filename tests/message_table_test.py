@@ -1,0 +1,61 @@
+#!/usr/bin/env python3
+"""The converter of message tables: what it writes, as the resource compiler understands it, and what it refuses."""
+
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+CONVERTER = Path(__file__).resolve().parents[1] / "catalogue/message_table.py"
+
+
+def strings(resources):
+    """The texts by number in a file of compiled resources that holds string tables only."""
+    found, at = {}, 0
+    while at < len(resources):
+        size, header = struct.unpack_from("<II", resources, at)
+        kind, name = struct.unpack_from("<xxHxxH", resources, at + 8)
+        data = resources[at + header : at + header + size]
+        at += (header + size + 3) & ~3
+        for number in range((name - 1) * 16, name * 16) if kind == 6 else ():
+            length = 2 * struct.unpack_from("<H", data)[0]
+            if length:
+                found[number] = data[2 : 2 + length].decode("utf-16-le")
+            data = data[2 + length :]
+    return found
+
+
+class MessageTable(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.table, self.script, self.resources = (Path(folder.name) / name for name in ("table", "a.rc", "a.res"))
+
+    def convert(self, language, table):
+        self.table.write_bytes(table)
+        command = [sys.executable, CONVERTER, str(language), self.table, self.script]
+        return subprocess.run(command, capture_output=True, text=True)
+
+    def test_texts_survive(self):
+        table = "\ufeff; comment\r\n\n15\tlast \"quoted\" %1\r\n16  日本1f\\n\\\\n \n65535 [1] ;x".encode()
+        self.assertEqual(self.convert(1041, table).stderr, "")
+        windres = ["i686-w64-mingw32-windres", "-O", "res", self.script, self.resources]
+        subprocess.run(windres, check=True)
+        expected = {15: 'last "quoted" %1', 16: "日本1f\n\\n", 65535: "[1] ;x"}
+        self.assertEqual(strings(self.resources.read_bytes()), expected)
+
+    def test_wrong_lines_are_named(self):
+        long = b"x" * 516
+        table = b"1 a\n1 b\nxyz\n4 \n5 \\q\n70000 a\n0 a\n6 \xff\n7 \xe6\x97\xa5\n8 a\tb\n9 " + long + b"\n10 " + long[1:]
+        run = self.convert(1033, table)
+        self.assertEqual(run.returncode, 1)
+        self.assertFalse(self.script.exists())
+        self.assertEqual([line.split(":")[1] for line in run.stderr.splitlines()], [str(n) for n in range(2, 12)])
+        self.assertNotEqual(self.convert(1033, b"; nothing\n").returncode, 0)
+        self.assertNotEqual(self.convert(7, b"1 a\n").returncode, 0)
+
+
+if __name__ == "__main__":
+    unittest.main()
