@@ -1,6 +1,6 @@
 # Thin words over the CMake presets; each sets the machine up first.
 
-.PHONY: demo test dll host windows format lint setup clean
+.PHONY: demo test dll bench host windows format lint setup clean
 
 dll: windows
 
@@ -10,6 +10,9 @@ demo: windows
 test: host windows
 	ctest --preset host
 	ctest --preset windows
+
+bench: windows
+	cmake --build --preset windows --target bench
 
 host windows: setup
 	cmake --preset $@

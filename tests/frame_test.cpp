@@ -61,16 +61,14 @@ TEST_F(FrameTest, AnUnreadableProductNameSkipsTheNestingStep) {
 }
 
 TEST_F(FrameTest, GuardTestsItsModesInOrderAndTakesItsForm) {
-  constexpr RunModeGuard::ForbiddenMode scheduled{MSIRUNMODE_SCHEDULED, "MSIRUNMODE_SCHEDULED"};
-  constexpr RunModeGuard::ForbiddenMode commit{MSIRUNMODE_COMMIT, "MSIRUNMODE_COMMIT"};
   const auto body = [] { return 99u; };
   world.modes = {MSIRUNMODE_SCHEDULED, MSIRUNMODE_COMMIT};
-  EXPECT_EQ(RunAction({"a", 7, {RunModeGuard::bypass, {{commit, scheduled}}}, body}, kSession), 7u);
+  EXPECT_EQ(RunAction({"a", 7, {RunModeGuard::bypass, {{kCommit, kScheduled}}}, body}, kSession), 7u);
   Reload();
-  EXPECT_EQ(RunAction({"b", 7, {RunModeGuard::error, {{scheduled, commit}}}, body}, kSession), 1603u);
+  EXPECT_EQ(RunAction({"b", 7, {RunModeGuard::error, {{kScheduled, kCommit}}}, body}, kSession), 1603u);
   Reload();
   world.modes = {MSIRUNMODE_ROLLBACK};
-  EXPECT_EQ(RunAction({"c", 7, {RunModeGuard::error, {{scheduled, commit}}}, body}, kSession), 99u);
+  EXPECT_EQ(RunAction({"c", 7, {RunModeGuard::error, {{kScheduled, kCommit}}}, body}, kSession), 99u);
   const std::string log = LogText();
   EXPECT_NE(log.find("CA bypassed; run mode must not be 'MSIRUNMODE_COMMIT'.\n"), std::string::npos);
   EXPECT_NE(log.find("***CA execute error; run mode must not be 'MSIRUNMODE_SCHEDULED'.\n"), std::string::npos);

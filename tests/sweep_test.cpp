@@ -62,6 +62,13 @@ const Scenario kScenarios[] = {
        TheWorld().properties["ZQVEXTCA60000"] = "C:\\copy";
        return iwiUserExit(kSession);
      }},
+    {"iwiIsQvRunning", [] { return iwiIsQvRunning(kSession); }},
+    {"iwiStartStopping", [] { return iwiStartStopping(kSession); }},
+    {"iwiStopIfOnlyIni", [] { return iwiStopIfOnlyIni(kSession); }},
+    {"iwiStopAllQv", [] { return iwiStopAllQv(kSession); }},
+    {"iwiStopAllQv deferred", [] { return iwiStopAllQv(kSession); }, MSIRUNMODE_SCHEDULED},
+    {"iwiRenameQvService", [] { return iwiRenameQvService(kSession); }, MSIRUNMODE_SCHEDULED},
+    {"iwiSetZqvBoot", [] { return iwiSetZqvBoot(kSession); }},
     {"iwiPause", [] { return iwiPause(kSession); }},
     {"test", [] { return test(kSession); }},
     {"iwiStackFilesForDeletion",
@@ -185,6 +192,8 @@ class FaultSweep : public testing::TestWithParam<Scenario> {
                         {"ZQVTEMP", "C:\\temp"},
                         {"UILevel", "5"},
                         {"ProductName", "QV"},
+                        {"ZQVPGMFOLDER", "C:\\qv"},
+                        {"ZQVDATFOLDER", "C:\\data"},
                         {"ProductVersion", "6.0"},
                         {"ZQVUSERTRACEPATH", "C:\\temp\\t.log"},
                         {"ZQVPROPERTYNAMELIST1", "ProductName;PGMFOLDER"},
@@ -192,12 +201,21 @@ class FaultSweep : public testing::TestWithParam<Scenario> {
                         {"UpgradeCode", "{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}"}};
     world.MakeFolder("C:\\temp");
     world.WriteFile("C:\\temp\\r.ini", "[Response]\nPGMFOLDER=%X%\n");
-    world.WriteFile("C:\\temp\\zqvp0001.txt", "ZQVTEMP=C:\\temp;UILevel=2;");
+    world.WriteFile("C:\\temp\\zqvp0001.txt",
+                    "ZQVTEMP=C:\\temp;UILevel=2;ZQVTEMPFILENUM=0001;ZQVPGMFOLDER=C:\\qv;"
+                    "ZQVDATFOLDER=C:\\data;");
+    world.WriteFile("C:\\qv\\bin\\zqvmtbrn.exe", "MZ");
+    world.WriteFile("C:\\qv\\bin\\endqvlsr.exe", "MZ");
+    world.WriteFile("C:\\data\\zqvqmgrs.txt", "one\n");
+    world.held.insert("C:\\qv\\bin\\zqvmtbrn.exe");
+    world.processes = {{8, "C:\\qv\\bin\\zqvmtbrn.exe"}};
+    world.MakePsapi("C:\\temp\\psapi.dll");
+    world.services["KorvexQVSeries"].stopsAt = world.clockMs + 600;
     world.WriteFile("C:\\tree\\a.txt", "a");
     world.WriteFile("C:\\tree\\sub\\b.txt", "b");
     world.attributes["C:\\tree\\sub\\b.txt"] = FILE_ATTRIBUTE_READONLY;
     world.environment["X"] = "C:\\p";
-    world.modules["C:\\temp\\zqvl0001.dll"].strings = {{2027, "Caption"}, {2034, "%1"}, {2041, "Failed"}};
+    world.modules["C:\\temp\\zqvl0001.dll"].strings = {{1121, "%1"}, {2027, "Caption"}, {2034, "%1"}, {2041, "Failed"}};
     world.modules["C:\\copy\\zqviwicn.dll"];
     world.tables["CustomAction"] = {{"Action", "Type"}, {{"One", 1}, {"Two", 0x401}}};
     world.tables["RemoveFile"] = {{"FileKey", "Component_", "FileName", "DirProperty", "InstallMode"}, {}};

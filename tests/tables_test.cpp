@@ -29,7 +29,7 @@ class TablesTest : public LibraryTest {
   }
 
   UINT AddDemoRow() {
-    const RowValue values[] = {"key", -2, ""};
+    const FieldValue values[] = {"key", -2, ""};
     return iwiAddTableRow({"Demo", 2, values});
   }
 };

@@ -85,6 +85,10 @@ int main(int argc, char **argv) {
   if (argc == 4 && std::string(argv[1]) == "--busy") {
     RunBusily(argv[2], argv[3]);
   }
+  if (argc == 2 && std::string(argv[1]) == "--wait") {
+    Sleep(500);
+    return 7;
+  }
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
 }

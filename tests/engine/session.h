@@ -29,17 +29,17 @@ class LoadedLibrary {
   HMODULE module_;
 };
 
-/// The reference package opened in this process, silent, with a temporary folder of its own. When the test ends, no
-/// installer handle but the package's may be open.
+/// A package, the reference package if no other, opened in this process, silent, with a temporary folder of its own.
+/// When the test ends, no installer handle but the package's may be open.
 class SessionTest : public testing::Test {
  protected:
-  SessionTest() {
+  explicit SessionTest(const char *package = "vantrelqv.msi") {
     MsiSetInternalUI(INSTALLUILEVEL_NONE, nullptr);
     char temp[MAX_PATH];
     GetTempPathA(MAX_PATH, temp);
     folder = std::string(temp) + "engine" + std::to_string(GetTickCount()) + "_" + std::to_string(++count_);
     CreateDirectoryA(folder.c_str(), nullptr);
-    EXPECT_EQ(MsiOpenPackageExA("vantrelqv.msi", MSIOPENPACKAGEFLAGS_IGNOREMACHINESTATE, &session), 0u);
+    EXPECT_EQ(MsiOpenPackageExA(package, MSIOPENPACKAGEFLAGS_IGNOREMACHINESTATE, &session), 0u);
     Set("ZQVTEMP", folder);
   }
   ~SessionTest() override {

@@ -123,6 +123,14 @@ UINT MsiSetFeatureStateA(MSIHANDLE session, LPCSTR feature, INSTALLSTATE state) 
   });
 }
 
+UINT MsiSetInstallLevel(MSIHANDLE session, int level) {
+  return CodedCall("MsiSetInstallLevel", [&](World &world) {
+    RequireImmediate(world, session);
+    Require(level > 0, ERROR_INVALID_PARAMETER);
+    world.installLevels.push_back(level);
+  });
+}
+
 UINT MsiGetFeatureStateA(MSIHANDLE session, LPCSTR feature, INSTALLSTATE *installed, INSTALLSTATE *action) {
   return GetState("MsiGetFeatureStateA", &World::features, 1606, session, feature, installed, action);
 }

@@ -61,6 +61,13 @@ struct Program {
   bool hasProcess = true;  // false: the launch succeeds without a process handle, as a document's may
 };
 
+struct Service {
+  DWORD state = 4;  // running
+  std::uint64_t stopMs = 0;  // how long it takes to stop once it is asked to
+  std::uint64_t stopsAt = ~std::uint64_t{0};
+  std::string displayName;
+};
+
 struct Launch {
   std::string file, parameters, folder, verb;
   int show;
@@ -124,6 +131,7 @@ struct World {
   std::map<std::string, Table> tables;
   std::map<std::string, std::vector<Row>> temporaryRows;  // what was inserted, by table; `tables` has them too
   std::map<std::string, InstallState> features, components;
+  std::vector<int> installLevels;  // each that was set
   std::map<std::string, std::string> sourcePaths;
   NameMap<std::vector<std::string>> relatedProducts;        // product codes by upgrade code
   NameMap<std::map<std::string, std::string>> productInfo;  // attributes by product code
@@ -163,6 +171,9 @@ struct World {
 
   NameMap<Program> programs;  // by the file as it is launched; any other is not found
   std::vector<Launch> launched;
+  NameMap<Service> services;
+  std::map<DWORD, std::string> processes;     // image paths by identifier; one that is terminated lets go of its image
+  void MakePsapi(const std::string &path);  // a process-status library
 
   // Handles.
   std::map<std::string, int> openHandles;  // by kind; "module" counts loads

@@ -1,6 +1,11 @@
 #include "features/response_file.h"
 
-#include <map>
+#include <algorithm>
+#include <array>
+#include <forward_list>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
 
 #include "platform/c_file.h"
 #include "platform/owner.h"
@@ -15,19 +20,23 @@ namespace {
 /// A line's longest piece, terminator included; longer lines are read in pieces.
 constexpr int kLineLength = 516;
 
-/// The keywords of a stanza. Those that differ in case only stand together, newest first, as keyword and value.
-using Stanza = std::map<std::string, iwiPAIRLIST, LessNoCase>;
+struct Stanza {
+  std::string name;
+  iwiPAIRLIST keywords;  ///< each is a keyword and its value
+};
+
+/// The values that a look-up may find, by their stanza's key and their own.
+using Index = std::unordered_map<std::string, const std::string *>;
 
 struct State {
-  /// By name. A name that occurs again hides its earlier stanza completely, so only the newest is kept.
-  std::map<std::string, Stanza, LessNoCase> stanzas;
-  Stanza *newest = nullptr;
+  std::forward_list<Stanza> stanzas;  ///< newest first
+  /// Without and with regard to the keywords' case. Each is made at its first look-up.
+  std::array<Index, 2> indexes;
 };
 LoadState<State> state;
 
 bool AddStanza(std::string_view name) {
-  state->newest = &state->stanzas[std::string(name)];
-  state->newest->clear();
+  state->stanzas.push_front({std::string(name), {}});
   if (name.empty()) {
     Log("No stanza name");
   }
@@ -91,11 +100,11 @@ bool AddKeyword(std::string_view line) {
   if (!Expand(value)) {
     return false;
   }
-  if (state->newest == nullptr) {
+  if (state->stanzas.empty()) {
     Log("No stanza");
     return false;
   }
-  (*state->newest)[keyword].push_front({keyword, value});
+  state->stanzas.front().keywords.push_front({std::move(keyword), std::move(value)});
   return true;
 }
 
@@ -110,6 +119,31 @@ bool LoadLine(std::string_view line) {
     return AddStanza(name.substr(0, name.find(']')));
   }
   return AddKeyword(line);
+}
+
+/// What the stanza's keys begin with. No name and no keyword holds a line feed, so it parts the two.
+std::string KeyOfStanza(const std::string &name) {
+  return LowerCase(name) + '\n';
+}
+
+std::string KeyOfKeyword(bool exactCase, const std::string &keyword) {
+  return exactCase ? keyword : LowerCase(keyword);
+}
+
+/// Of stanzas and of keywords with the same key the newest counts, which is met first.
+Index MakeIndex(bool exactCase) {
+  Index index;
+  for (const Stanza &stanza : state->stanzas) {
+    const std::string key = KeyOfStanza(stanza.name);
+    // A keyword is never empty, so the bare key tells that the stanza has been met.
+    if (!index.emplace(key, nullptr).second) {
+      continue;
+    }
+    for (const iwiPAIR &line : stanza.keywords) {
+      index.emplace(key + KeyOfKeyword(exactCase, line.first), &line.second);
+    }
+  }
+  return index;
 }
 
 }  // namespace
@@ -145,19 +179,14 @@ int iwiReadResponseFile(const std::string &path) {
 
 int iwiGetResponseValue(bool exactCase, const std::string &stanza, const std::string &keyword, std::string &value) {
   value.clear();
-  const auto foundStanza = state->stanzas.find(stanza);
-  if (foundStanza == state->stanzas.end()) {
+  Index &index = state->indexes[exactCase ? 1 : 0];
+  if (index.empty()) {
+    index = MakeIndex(exactCase);
+  }
+  const auto found = index.find(KeyOfStanza(stanza) + KeyOfKeyword(exactCase, keyword));
+  if (found == index.end() || found->second == nullptr) {
     return 0;
   }
-  const auto found = foundStanza->second.find(keyword);
-  if (found == foundStanza->second.end()) {
-    return 0;
-  }
-  for (const iwiPAIR &line : found->second) {
-    if (!exactCase || line.first == keyword) {
-      value = line.second;
-      return 1;
-    }
-  }
-  return 0;
+  value = *found->second;
+  return 1;
 }

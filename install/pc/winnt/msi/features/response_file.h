@@ -11,13 +11,14 @@
 ///
 /// A keyword ends at the first "="; its value is stripped of blanks and of enclosing double quotes, and %NAME% in it is
 /// expanded from the environment. A switch such as /q or -q gives the keyword "-q" and the rest of the line as its
-/// value.
+/// value. A line has 515 characters at the most; a longer one counts as several.
 
 void BeginResponseFile();
 void EndResponseFile();
 
-/// Loads a response file, once a load: when stanzas are loaded already nothing is done. Returns 1 when every line was
-/// good. Otherwise 0: each bad line is logged and dropped, and the good ones are loaded.
+/// Loads a response file, once a load: when stanzas are loaded already nothing is done, and the answer is 1. Returns 1
+/// when every line was good. Otherwise 0: each bad line is logged and dropped, and the good ones are loaded; a file that
+/// cannot be opened is logged and leaves nothing loaded.
 int iwiReadResponseFile(const std::string &path);
 
 /// Looks a keyword up in the last stanza of the given name, which is compared without regard to case; the last line of

@@ -36,6 +36,7 @@ enum MSIRUNMODE {
 };
 
 enum INSTALLSTATE {
+  INSTALLSTATE_SOURCEABSENT = -4,
   INSTALLSTATE_UNKNOWN = -1,
   INSTALLSTATE_ADVERTISED = 1,
   INSTALLSTATE_ABSENT = 2,
@@ -59,6 +60,7 @@ UINT MsiSetPropertyA(MSIHANDLE session, LPCSTR name, LPCSTR value);
 BOOL MsiGetMode(MSIHANDLE session, MSIRUNMODE mode);
 int MsiProcessMessage(MSIHANDLE session, INSTALLMESSAGE type, MSIHANDLE record);
 UINT MsiSetFeatureStateA(MSIHANDLE session, LPCSTR feature, INSTALLSTATE state);
+UINT MsiSetInstallLevel(MSIHANDLE session, int level);
 UINT MsiGetFeatureStateA(MSIHANDLE session, LPCSTR feature, INSTALLSTATE *installed, INSTALLSTATE *action);
 UINT MsiGetComponentStateA(MSIHANDLE session, LPCSTR component, INSTALLSTATE *installed, INSTALLSTATE *action);
 UINT MsiGetSourcePathA(MSIHANDLE session, LPCSTR folder, LPSTR buffer, DWORD *length);

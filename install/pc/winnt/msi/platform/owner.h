@@ -88,6 +88,12 @@ struct Key {
   static LONG Close(Handle handle) { return RegCloseKey(handle); }
 };
 
+struct Service {
+  using Handle = SC_HANDLE;
+  static Handle None() { return nullptr; }
+  static BOOL Close(Handle handle) { return CloseServiceHandle(handle); }
+};
+
 struct Module {
   using Handle = HMODULE;
   static Handle None() { return nullptr; }
@@ -107,5 +113,6 @@ using OwnedKernelHandle = Owner<handle_kind::Kernel>;
 using OwnedFile = Owner<handle_kind::File>;
 using OwnedSearch = Owner<handle_kind::Search>;
 using OwnedKey = Owner<handle_kind::Key>;
+using OwnedService = Owner<handle_kind::Service>;
 using OwnedModule = Owner<handle_kind::Module>;
 using OwnedStream = Owner<handle_kind::Stream>;

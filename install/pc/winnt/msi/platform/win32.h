@@ -183,6 +183,49 @@ BOOL ShellExecuteExA(SHELLEXECUTEINFOA *info);
 DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
 BOOL GetExitCodeProcess(HANDLE process, DWORD *code);
 
+constexpr DWORD PROCESS_TERMINATE = 0x1;
+constexpr DWORD PROCESS_VM_READ = 0x10;
+constexpr DWORD PROCESS_QUERY_INFORMATION = 0x400;
+
+HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD id);
+BOOL TerminateProcess(HANDLE process, UINT exitCode);
+
+// Services.
+
+using SC_HANDLE = struct ServiceTag *;
+
+constexpr LONG ERROR_SERVICE_DOES_NOT_EXIST = 1060;
+constexpr LONG ERROR_SERVICE_CANNOT_ACCEPT_CTRL = 1061;
+constexpr LONG ERROR_SERVICE_NOT_ACTIVE = 1062;
+constexpr LONG ERROR_EXCEPTION_IN_SERVICE = 1064;
+constexpr DWORD SC_MANAGER_ALL_ACCESS = 0xF003F;
+constexpr DWORD SERVICE_ALL_ACCESS = 0xF01FF;
+constexpr DWORD SERVICE_QUERY_STATUS = 0x4;
+constexpr DWORD SERVICE_STOP = 0x20;
+constexpr DWORD SERVICE_NO_CHANGE = 0xFFFFFFFF;
+constexpr DWORD SERVICE_CONTROL_STOP = 1;
+constexpr DWORD SERVICE_STOPPED = 1;
+constexpr DWORD SERVICE_START_PENDING = 2;
+constexpr DWORD SERVICE_PAUSED = 7;
+
+struct SERVICE_STATUS {
+  DWORD dwServiceType;
+  DWORD dwCurrentState;
+  DWORD dwControlsAccepted;
+  DWORD dwWin32ExitCode;
+  DWORD dwServiceSpecificExitCode;
+  DWORD dwCheckPoint;
+  DWORD dwWaitHint;
+};
+
+SC_HANDLE OpenSCManagerA(LPCSTR machine, LPCSTR database, DWORD access);
+SC_HANDLE OpenServiceA(SC_HANDLE manager, LPCSTR name, DWORD access);
+BOOL CloseServiceHandle(SC_HANDLE handle);
+BOOL QueryServiceStatus(SC_HANDLE service, SERVICE_STATUS *status);
+BOOL ControlService(SC_HANDLE service, DWORD control, SERVICE_STATUS *status);
+BOOL ChangeServiceConfigA(SC_HANDLE service, DWORD type, DWORD startType, DWORD errorControl, LPCSTR path, LPCSTR group,
+                          DWORD *tag, LPCSTR dependencies, LPCSTR account, LPCSTR password, LPCSTR displayName);
+
 // The registry.
 
 inline const HKEY HKEY_CLASSES_ROOT = reinterpret_cast<HKEY>(std::uintptr_t{0x80000000});

@@ -23,13 +23,15 @@ struct RunModeGuard {
   std::array<ForbiddenMode, 3> forbidden = {};
 };
 
-inline constexpr RunModeGuard kAnyMode{};
+inline constexpr RunModeGuard::ForbiddenMode kScheduled{MSIRUNMODE_SCHEDULED, "MSIRUNMODE_SCHEDULED"};
+inline constexpr RunModeGuard::ForbiddenMode kRollback{MSIRUNMODE_ROLLBACK, "MSIRUNMODE_ROLLBACK"};
+inline constexpr RunModeGuard::ForbiddenMode kCommit{MSIRUNMODE_COMMIT, "MSIRUNMODE_COMMIT"};
 
-/// Refuses scheduled, rollback and commit, in this order.
-inline constexpr RunModeGuard kImmediateOnly{RunModeGuard::error,
-                                             {{{MSIRUNMODE_SCHEDULED, "MSIRUNMODE_SCHEDULED"},
-                                               {MSIRUNMODE_ROLLBACK, "MSIRUNMODE_ROLLBACK"},
-                                               {MSIRUNMODE_COMMIT, "MSIRUNMODE_COMMIT"}}}};
+inline constexpr RunModeGuard kAnyMode{};
+inline constexpr RunModeGuard kImmediateOnly{RunModeGuard::error, {kScheduled, kRollback, kCommit}};
+inline constexpr RunModeGuard kNotInCommit{RunModeGuard::error, {kCommit}};
+inline constexpr RunModeGuard kNotInRollbackOrCommit{RunModeGuard::error, {kRollback, kCommit}};
+inline constexpr RunModeGuard kBypassedInRollback{RunModeGuard::bypass, {kRollback}};
 
 /// One exported action.
 struct Action {

@@ -48,8 +48,7 @@ std::string TimeOfDay() {
 
 /// The name of the running action and a colon.
 std::string ActionField() {
-  const SessionState &session = Session();
-  const std::string &name = !session.nestedAction.empty() ? session.nestedAction : session.topLevelAction;
+  const std::string &name = RunningAction();
   return (name.empty() ? "(CaProlog)" : name) + ":";
 }
 

@@ -10,6 +10,13 @@
 namespace message {
 
 // String-table identifiers.
+constexpr UINT kServiceWait = 1016;  ///< templates of action data: what is waited for
+constexpr UINT kQueueManagerWait = 1017;
+constexpr UINT kShortPause = 1018;
+constexpr UINT kListenerWait = 1019;
+constexpr UINT kFilesWait = 1020;
+constexpr UINT kStopDescription = 1114;
+constexpr UINT kStoppingService = 1121;  ///< one insert: the service's name
 constexpr UINT kCaption = 2027;
 constexpr UINT kResponseFileUnreadable = 2034;  ///< one insert: the file's path
 constexpr UINT kActionFailed = 2041;

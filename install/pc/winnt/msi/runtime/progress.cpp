@@ -1,17 +1,21 @@
 #include "runtime/progress.h"
 
+#include <algorithm>
+#include <limits>
+
 #include "platform/owner.h"
-#include "runtime/installer_result.h"
-#include "runtime/log.h"
+#include "runtime/record.h"
 #include "runtime/session.h"
 
-namespace {
+int AddTicks(int total, int ticks) {
+  constexpr int kMost = std::numeric_limits<int>::max();
+  return total > kMost - ticks ? kMost : total + ticks;
+}
 
-// The fields of a progress record, as the platform's documentation of MsiProcessMessage has them.
-constexpr UINT kProgressFields = 3;
-constexpr int kProgressIncrement = 2;
-
-}  // namespace
+int AddUnits(int total, int units) {
+  constexpr int kMost = std::numeric_limits<int>::max() / kTicksPerUnit;
+  return AddTicks(total, std::min(units, kMost) * kTicksPerUnit);
+}
 
 UINT SendProgress(MSIHANDLE record, int ticks) {
   if (!InRunMode(MSIRUNMODE_SCHEDULED)) {
@@ -19,16 +23,11 @@ UINT SendProgress(MSIHANDLE record, int ticks) {
   }
   OwnedInstallerHandle own;
   if (record == 0) {
-    own.Reset(MsiCreateRecord(kProgressFields));
+    own = MakeRecord({kProgressIncrement, ticks, 0});
     if (!own) {
-      Log("***Unable to create record");
       return ERROR_SUCCESS;
     }
     record = own.Get();
-    UINT ignored = ERROR_SUCCESS;
-    iwiCheckMsiResult("MsiRecordSetInteger", "1", MsiRecordSetInteger(record, 1, kProgressIncrement), ignored);
-    iwiCheckMsiResult("MsiRecordSetInteger", "2", MsiRecordSetInteger(record, 2, ticks), ignored);
-    iwiCheckMsiResult("MsiRecordSetInteger", "3", MsiRecordSetInteger(record, 3, 0), ignored);
   }
   MsiProcessMessage(Session().handle, INSTALLMESSAGE_PROGRESS, record);
   return ERROR_SUCCESS;
@@ -38,13 +37,9 @@ UINT SendActionData(const std::string &text) {
   if (!InRunMode(MSIRUNMODE_SCHEDULED)) {
     return ERROR_SUCCESS;
   }
-  const OwnedInstallerHandle record(MsiCreateRecord(1));
-  if (!record) {
-    Log("***Unable to create record");
-    return ERROR_SUCCESS;
+  const OwnedInstallerHandle record = MakeRecord({text.c_str()});
+  if (record) {
+    MsiProcessMessage(Session().handle, INSTALLMESSAGE_ACTIONDATA, record.Get());
   }
-  UINT ignored = ERROR_SUCCESS;
-  iwiCheckMsiResult("MsiRecordSetString", "1", MsiRecordSetStringA(record.Get(), 1, text.c_str()), ignored);
-  MsiProcessMessage(Session().handle, INSTALLMESSAGE_ACTIONDATA, record.Get());
   return ERROR_SUCCESS;
 }

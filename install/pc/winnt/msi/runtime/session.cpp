@@ -27,6 +27,11 @@ SessionState &Session() {
   return state->session;
 }
 
+const std::string &RunningAction() {
+  const SessionState &session = state->session;
+  return session.nestedAction.empty() ? session.topLevelAction : session.nestedAction;
+}
+
 bool InRunMode(MSIRUNMODE mode) {
   std::optional<bool> &known = state->runModes[mode];
   if (!known) {

@@ -82,7 +82,8 @@ std::string_view StripBlanks(std::string_view text) {
 }
 
 std::string_view CutAtLineBreak(std::string_view text) {
-  return text.substr(0, text.find_first_of("\r\n"));
+  text = text.substr(0, text.find('\n'));
+  return text.substr(0, text.find('\r'));
 }
 
 int NextCounter(int counter) {

@@ -1,6 +1,5 @@
 #include "services/delete_entry.h"
 
-#include <limits>
 #include <span>
 #include <string_view>
 
@@ -133,8 +132,7 @@ void Store(LONG error, int *place) {
 
 void Count(int *ticks) {
   if (ticks != nullptr) {
-    const bool fits = *ticks <= std::numeric_limits<int>::max() - kTicksPerUnit;
-    *ticks = fits ? *ticks + kTicksPerUnit : std::numeric_limits<int>::max();
+    *ticks = AddTicks(*ticks, kTicksPerUnit);
   }
 }
 

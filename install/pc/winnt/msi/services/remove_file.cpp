@@ -18,7 +18,7 @@ UINT AddRow(int counter, const std::string &component, const std::string &folder
     return ERROR_INSTALL_FAILURE;
   }
   const std::string key = Format("ZQV_Record_%d", counter);
-  const RowValue values[] = {key.c_str(), component.c_str(), name, property.c_str(), installMode};
+  const FieldValue values[] = {key.c_str(), component.c_str(), name, property.c_str(), installMode};
   const UINT added = iwiAddTableRow({"RemoveFile", kInstallModeIsInteger, values});
   const UINT counted = AdvanceRecordCounter(counter);
   return counted != ERROR_SUCCESS ? counted : added;

@@ -2,6 +2,10 @@
 
 #include <type_traits>
 
+#include "features/presets.h"
+#include "features/response_writer.h"
+#include "running/actions.h"
+#include "running/stop_all.h"
 #include "runtime/deferred_data.h"
 #include "runtime/frame.h"
 #include "runtime/log_actions.h"

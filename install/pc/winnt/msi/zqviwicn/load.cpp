@@ -2,6 +2,7 @@
 
 #include <iterator>
 
+#include "features/install_level.h"
 #include "features/response_file.h"
 #include "runtime/frame.h"
 #include "runtime/log.h"
@@ -31,6 +32,7 @@ constexpr Module kModules[] = {
     {BeginResponseProperties, EndResponseProperties},
     {BeginComponents, EndComponents},
     {BeginProducts, EndProducts},
+    {BeginInstallLevel, EndInstallLevel},
     {BeginFrame, EndFrame},
 };
 

@@ -1,0 +1,59 @@
+#include "features/client_only.h"
+
+#include <string>
+
+#include "runtime/log.h"
+#include "runtime/property.h"
+#include "runtime/text.h"
+#include "runtime/yes_no.h"
+#include "services/registry.h"
+
+namespace {
+
+constexpr char kCurrentVersionKey[] = "Software\\Korvex\\QVSeries\\CurrentVersion";
+
+bool InstalledProductIsClient() {
+  std::string type;
+  return ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, "ProductType", type) != 0 &&
+         EqualNoCase(type, "client");
+}
+
+UINT Decide(bool &clientOnly) {
+  std::string value;
+  if (GetTrimmedProperty("ZQVCLIENT", value) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  if (!value.empty()) {
+    clientOnly = IsYes(value);
+    return ERROR_SUCCESS;
+  }
+  if (GetTrimmedProperty("ZQVPRODUCT", value, kCounterLength) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  clientOnly = EqualNoCase(value, "client");
+  if (clientOnly) {
+    return ERROR_SUCCESS;
+  }
+  if (GetTrimmedProperty("VersionNT", value) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  clientOnly = value.empty();
+  if (clientOnly) {
+    return ERROR_SUCCESS;
+  }
+  if (GetTrimmedProperty("Installed", value) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  clientOnly = !value.empty() && InstalledProductIsClient();
+  return ERROR_SUCCESS;
+}
+
+}  // namespace
+
+UINT IsClientOnly(bool &clientOnly) {
+  if (Decide(clientOnly) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  Log("Client-only installation: %s", clientOnly ? "yes" : "no");
+  return ERROR_SUCCESS;
+}

@@ -1,0 +1,77 @@
+#include "running/actions.h"
+
+#include <string>
+
+#include "running/product_files.h"
+#include "running/service.h"
+#include "runtime/log.h"
+#include "runtime/property.h"
+#include "runtime/session.h"
+#include "runtime/text.h"
+
+namespace {
+
+constexpr int kFullUserInterface = 5;
+constexpr DWORD kReplacedFilesLength = 64;
+
+/// Publishes a yes as "1" and a no as the empty value, which removes the property.
+UINT SetFlag(const char *name, bool value) {
+  return SetProperty(name, value ? "1" : "");
+}
+
+}  // namespace
+
+UINT IsQvRunning() {
+  const UINT result = SetFlag("ZQVQVISRUNNING", IsProductRunning());
+  return result != ERROR_SUCCESS ? result : SetFlag("ZQVPERFMONISRUNNING", IsPerformanceMonitorRunning());
+}
+
+UINT StartStopping() {
+  for (const char *service : {kFirstService, kSecondService}) {
+    if (iwiIsServiceActive(service)) {
+      iwiStopService(false, false, nullptr, service);
+    }
+  }
+  return ERROR_SUCCESS;
+}
+
+UINT StopIfOnlyIni() {
+  std::string level;
+  if (GetProperty("UILevel", level) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  if (DecimalValue(level) == kFullUserInterface) {
+    return ERROR_SUCCESS;
+  }
+  std::string onlyIni;
+  if (GetProperty("ONLYINI", onlyIni) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  return onlyIni.empty() ? ERROR_SUCCESS : ERROR_INSTALL_USEREXIT;
+}
+
+UINT RenameQvService() {
+  if (InRunMode(MSIRUNMODE_ROLLBACK)) {
+    LogLine("Executing in rollback");
+    RenameService(kFirstService, "Korvex QVSeries");
+  } else if (InRunMode(MSIRUNMODE_SCHEDULED)) {
+    LogLine("Deferred execution");
+    RenameService(kFirstService, "Korvex QVSeries Deleted");
+  } else {
+    LogLine("Executing in script generation");
+  }
+  return ERROR_SUCCESS;
+}
+
+UINT SetZqvBoot() {
+  LogLine(InRunMode(MSIRUNMODE_SCHEDULED) ? "Deferred execution" : "Executing in script generation");
+  std::string replaced;
+  if (GetProperty("ReplacedInUseFiles", replaced, kReplacedFilesLength) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  const bool scheduled = InRunMode(MSIRUNMODE_REBOOTATEND);
+  if (scheduled) {
+    LogLine("Reboot is scheduled");
+  }
+  return SetFlag("ZQVBOOT", scheduled || !replaced.empty());
+}

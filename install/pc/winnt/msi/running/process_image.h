@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+/// Ending processes by their executable's file.
+
+/// Finds the process-status library: in "uninst" of the previous program folder, else in the temporary folder, into
+/// which it is unpacked from the package if need be. `path`, if given, gets its path, or is empty when there is none.
+void iwiLocatePsapi(std::string *path);
+
+/// Ends every process whose first module has the file name `name`, without regard to case. Nothing is done unless
+/// "`folder`\`name`" is held open.
+void iwiTerminateProcessByImage(const std::string &folder, const char *name);

@@ -1,0 +1,47 @@
+#include "running/queue_managers.h"
+
+#include "platform/c_file.h"
+#include "platform/owner.h"
+#include "runtime/log.h"
+#include "runtime/text.h"
+
+namespace {
+
+constexpr char kListName[] = "zqvqmgrs.txt";
+
+/// Reads a line of any length; false at the end of the file.
+bool ReadLine(std::FILE *file, std::string &line) {
+  line.clear();
+  char piece[256];
+  while (std::fgets(piece, sizeof piece, file) != nullptr) {
+    line += piece;
+    if (line.ends_with('\n')) {
+      return true;
+    }
+  }
+  return !line.empty();
+}
+
+}  // namespace
+
+std::vector<std::string> ListQueueManagers(const std::string &dataFolder) {
+  const std::string path = Format("%s\\%s", dataFolder.c_str(), kListName);
+  std::vector<std::string> names;
+  const OwnedStream file(OpenCFile(path.c_str(), "rt"));
+  if (!file) {
+    Log("No queue manager list '%s'", path.c_str());
+    return names;
+  }
+  std::string line;
+  while (ReadLine(file.Get(), line)) {
+    const std::string_view name = StripBlanks(CutAtLineBreak(line));
+    if (!name.empty() && name.front() != ';' && name.front() != '#') {
+      names.emplace_back(name);
+      Log("Queue manager '%s'", names.back().c_str());
+    }
+  }
+  if (std::ferror(file.Get()) != 0) {
+    Log("***Can't read '%s'", path.c_str());
+  }
+  return names;
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "platform/owner.h"
+
+/// Waiting in a deferred action, in steps of half a second, with a progress bar and a countdown in seconds. The bar
+/// always moves by one unit for each planned step, however soon the wait is over.
+class WaitBar {
+ public:
+  /// Tells the installer that action data does not move the bar, and makes the two records of the waits.
+  WaitBar();
+
+  /// Waits until `running` is false, `steps` steps at the most. `text` is the template that the installer fills with
+  /// the countdown, or, where a `subject` is given, with that and the countdown.
+  void WaitWhile(int steps, UINT text, const std::string &subject, const std::function<bool()> &running);
+
+  /// Always waits the full time.
+  void iwiTimedPause(int steps);
+
+ private:
+  void Begin(UINT text);
+  void ShowCountdown(int remaining, const std::string &subject);
+  void Step();
+
+  OwnedInstallerHandle progress_;
+  OwnedInstallerHandle actionData_;
+  int shown_ = 0;  ///< the countdown that is shown; below zero: none yet
+};

@@ -1,0 +1,30 @@
+#include "runtime/record.h"
+
+#include <string>
+
+#include "runtime/installer_result.h"
+#include "runtime/log.h"
+
+void SetFields(MSIHANDLE record, std::initializer_list<FieldValue> fields) {
+  UINT ignored = ERROR_SUCCESS;
+  UINT number = 0;
+  for (const FieldValue &field : fields) {
+    const std::string shown = std::to_string(++number);
+    if (field.isText) {
+      iwiCheckMsiResult("MsiRecordSetString", shown.c_str(), MsiRecordSetStringA(record, number, field.text), ignored);
+    } else {
+      iwiCheckMsiResult("MsiRecordSetInteger", shown.c_str(), MsiRecordSetInteger(record, number, field.integer),
+                        ignored);
+    }
+  }
+}
+
+OwnedInstallerHandle MakeRecord(std::initializer_list<FieldValue> fields) {
+  OwnedInstallerHandle record(MsiCreateRecord(static_cast<UINT>(fields.size())));
+  if (record) {
+    SetFields(record.Get(), fields);
+  } else {
+    LogLine("***Unable to create record");
+  }
+  return record;
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <initializer_list>
+
+#include "platform/owner.h"
+
+/// The installer's records: numbered fields, from 1, of an integer or a text each.
+
+struct FieldValue {
+  FieldValue(int number) : integer(number) {}                     // NOLINT(google-explicit-constructor)
+  FieldValue(const char *string) : text(string), isText(true) {}  // NOLINT(google-explicit-constructor)
+
+  int integer = 0;
+  const char *text = nullptr;  ///< null and empty both give a null field
+  bool isText = false;
+};
+
+/// Sets the fields from 1 on; a failing call is logged and does not stop it.
+void SetFields(MSIHANDLE record, std::initializer_list<FieldValue> fields);
+
+/// Makes a record of these fields. Without one to be had, which is logged, no handle.
+OwnedInstallerHandle MakeRecord(std::initializer_list<FieldValue> fields);

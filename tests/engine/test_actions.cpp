@@ -1,0 +1,43 @@
+#include "runtime/frame.h"
+#include "runtime/property.h"
+#include "services/components.h"
+#include "services/delete.h"
+#include "services/products.h"
+#include "services/remove_file.h"
+#include "services/table_row.h"
+
+/// Actions that the engine runs in installations of the test package, on what the test has put into ZQVTEMP.
+namespace {
+
+constexpr char kComponent[] = "cReadme";  // what the rows belong to where nothing is being installed
+
+UINT Stack() {
+  std::string folder;
+  std::string product;
+  UINT result = GetTrimmedProperty("ZQVTEMP", folder);
+  result |= iwiFindRelatedProduct("{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}", product);
+  const std::string component = iwiFindLocalComponent(kComponent);
+  for (const int mode : {1, 2, 3}) {
+    result |= iwiStackFilesForDeletion(folder + "\\stacked\\" + std::to_string(mode) + ".txt", component, mode);
+  }
+  result |= iwiStackFolderForDeletion(folder + "\\stacked\\empty\\", component, 1);
+  const FieldValue values[] = {"TestRow", 2, "Software\\ZqvEngineTest", "Doomed", component.c_str()};
+  return result | iwiAddTableRow({"RemoveRegistry", 1 << 1, values});
+}
+
+UINT Delete() {
+  std::string folder;
+  const UINT read = GetTrimmedProperty("ZQVTEMP", folder);
+  const bool deleted = iwiDeletePattern(false, true, nullptr, folder + "\\tree\\*", true, true, true, "", 0) != 0;
+  return read == ERROR_SUCCESS && deleted ? ERROR_SUCCESS : ERROR_INSTALL_FAILURE;
+}
+
+}  // namespace
+
+extern "C" __declspec(dllexport) UINT __stdcall StackRemovals(MSIHANDLE session) {
+  return RunAction({"StackRemovals", ERROR_SUCCESS, kImmediateOnly, Stack}, session);
+}
+
+extern "C" __declspec(dllexport) UINT __stdcall DeleteTree(MSIHANDLE session) {
+  return RunAction({"DeleteTree", ERROR_SUCCESS, kAnyMode, Delete}, session);
+}

@@ -1,0 +1,255 @@
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "features/client_only.h"
+#include "features/feature_table.h"
+#include "features/response_file.h"
+#include "runtime/response_property.h"
+#include "runtime/yes_no.h"
+#include "support.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
+
+namespace {
+
+using std::literals::operator""s;
+
+constexpr char kIni[] = "C:\\temp\\r.ini";
+const std::string kNeither = "No parameter definition in line\nNo keyword in line\n";
+
+class FeaturesTest : public LibraryTest {
+ protected:
+  FeaturesTest() {
+    for (const char *name : kFeatureNames) {
+      world.features[name] = {};
+    }
+  }
+
+  int Read(const std::string &bytes) {
+    Reload();
+    world.installerLog.clear();
+    world.WriteFile(kIni, bytes);
+    return iwiReadResponseFile(kIni);
+  }
+  /// The keywords' values, each in angle brackets; "-" for one that is not found.
+  std::string Values(std::initializer_list<const char *> keywords, bool exactCase = false,
+                     const char *stanza = "Response") {
+    std::string values, value;
+    for (const char *keyword : keywords) {
+      values += iwiGetResponseValue(exactCase, stanza, keyword, value) != 0 ? "<" + value + ">" : "-" + value;
+    }
+    return values;
+  }
+  std::string Lines() { return TakeLog("(CaProlog)"); }
+
+  void ExpectInLog(std::initializer_list<const char *> lines) {
+    for (const char *line : lines) {
+      EXPECT_NE(LogText().find(line), std::string::npos) << line << "in\n" << LogText();
+    }
+  }
+};
+
+TEST_F(FeaturesTest, LinesOfAResponseFile) {
+  const std::string longest = "k=" + std::string(513, 'v'), value = "<" + longest.substr(2) + ">";
+  world.environment = {{"P", "C:\\p"}, {"SELF", "%SELF%"}, {"LONG", longest}};
+  EXPECT_EQ(Read("[Response]x\r\na=v\r\n \tb =  \" v w \" \"\t\nc=\"\"v\"\nd=v\"\ne=\"\nf=a=b;c\ng=a\rb\nh=a\0b\n"s +
+                 " /q= x \n-Quiet\n/ y\n ;i=v\n;j=v\n#k=v\n \t\n\r\nl=%P%\\a%NONE%\nm=%SELF%\nn=%LONG%\n" + longest),
+            1);
+  EXPECT_EQ(Values({"A", "b", "c", "d", "e", "f", "g", "h"}), "<v>< v w><\"v><v><><a=b;c><a><a>");
+  EXPECT_EQ(Values({"-q", "-", ";i", "j", "L", "m", "n", "k"}),
+            "<uiet><y><v>-<C:\\p\\a%NONE%><%SELF%><" + longest + ">" + value);
+  for (const auto &[text, values] : {std::pair{longest + "l=x", value + "<x>"},
+                                     {"k=v\nK=a\nk=", "<>-"},
+                                     {"k=v\n[other\nl=w", "<v>-"},
+                                     {"k=v\n[RESPONSE] \nl=w", "-<w>"},  // the newer stanza hides the older
+                                     {"k=v\n[ Response]\nk=w", "<v>-"}}) {
+    EXPECT_EQ(Read("[Response]\n" + text), 1) << text;
+    EXPECT_EQ(Values({"k", "l"}), values) << text;
+  }
+  EXPECT_EQ(Lines(), "");
+  for (const auto &[text, told] : {std::pair{longest + "\nbad", kNeither},
+                                   {" = v", "No keyword in line\n"},
+                                   {"[]\nk=w", "No stanza name\n"},
+                                   {"\xEF\xBB\xBF[Response]", kNeither}}) {
+    EXPECT_EQ(Read("[Response]\nk=v\n" + text), 0) << text;
+    EXPECT_EQ(Values({"k"}).substr(0, 2), "<v") << text;
+    EXPECT_EQ(Lines(), told) << text;
+  }
+  EXPECT_EQ(Read("[a]\nKey=1\nkey=2\nKEY=3\n[b]\nkey=4\n"), 1);
+  EXPECT_EQ(Values({"key", "Key", "kEy"}, true, "A") + Values({"kEy"}, false, "a"), "<2><1>-<3>");
+  // A missing keyword is told rather than a failed expansion, and that rather than a missing stanza.
+  world.failCall = {"ExpandEnvironmentStringsA", 0, 8};
+  EXPECT_EQ(Read("=%P%\nk=%P%\nk=v\n[Response]\nk=%P%\nl=w"), 0);
+  const std::string failed = "***Unable to expand environment strings (code 8) for '%P%'\n";
+  EXPECT_EQ(Lines(), "No keyword in line\n" + failed + "No stanza\n" + failed);
+  EXPECT_EQ(Values({"k", "l"}), "-<w>");
+}
+
+TEST_F(FeaturesTest, AResponseFileIsReadOnce) {
+  EXPECT_EQ(iwiReadResponseFile("C:\\temp"), 0);
+  world.WriteFile(kIni, "[Response]\nk=v\nbad");
+  world.held.insert(kIni);
+  EXPECT_EQ(iwiReadResponseFile(kIni), 0);
+  EXPECT_EQ(Values({"k"}), "-");
+  world.held.clear();
+  EXPECT_EQ(iwiReadResponseFile(kIni), 0);
+  world.WriteFile(kIni, "[Response]\nk=w");
+  EXPECT_EQ(iwiReadResponseFile(kIni), 1);
+  EXPECT_EQ(Values({"k"}), "<v>");
+  EXPECT_EQ(Lines(), "***Can't open 'C:\\temp'\n***Can't open 'C:\\temp\\r.ini'\n" + kNeither);
+}
+
+TEST_F(FeaturesTest, LargeResponseFilesAreSurvived) {
+  std::string stanzas = "[Response]\nk=v\n", lines = "[Response]\n";
+  for (int i = 0; i < 65536; ++i) {
+    const std::string number = std::to_string(i);
+    stanzas += "[s" + number + "]\nk=" + number + "\n";
+    lines += "k" + number + "=" + number + "\n";
+  }
+  EXPECT_EQ(Read(stanzas), 1);
+  EXPECT_EQ(Values({"k"}) + Values({"K"}, true, "s7") + Values({"k"}, false, "S65535"), "<v>-<65535>");
+  EXPECT_EQ(Read(lines + std::string(200000, 'x')), 0);
+  EXPECT_EQ(Values({"k0", "K65535", "k65536"}), "<0><65535>-");
+}
+
+TEST(ResponseFileFuzz, CorpusIsSurvived) {
+  int files = 0;
+  for (const auto &entry : std::filesystem::directory_iterator(ZQV_CORPUS)) {
+    std::ifstream file(entry.path(), std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t *>(bytes.data()), bytes.size());
+    ++files;
+  }
+  EXPECT_GT(files, 10);
+}
+
+TEST_F(FeaturesTest, AWrittenResponseFileGivesTheSameAnswers) {
+  world.properties = {{"SAVEINI", " \"C:\\temp\\r.ini\" "},
+                      {"ZQVPGMFOLDER", "C:\\p q\\"},
+                      {"ZQVDATFOLDER", "C:\\d"},
+                      {"KEEPQMDATA", "delete"},
+                      {"WIZPARMFILE", " w "},
+                      {"HIGHCONTRAST", "1"}};
+  const std::tuple<const char *, int, int> states[] = {
+      {"Base", 2, 3},        {"Server", 3, -1}, {"Explorer", 3, 2}, {"Client", -1, 4},
+      {"FTA_Client", 3, -4}, {"JavaMsg", 3, 1}, {"Toolkit", 1, 0},  {"docs_de_de_eclipse", 0, -1}};
+  for (const auto &[name, installed, action] : states) {
+    world.features[name] = {static_cast<INSTALLSTATE>(installed), static_cast<INSTALLSTATE>(action)};
+  }
+  world.features.erase("docs_zh_tw_eclipse");
+  EXPECT_EQ(iwiWriteResponseFile(kSession), 0u);
+  std::string written = world.ReadFile(kIni).value_or("");
+  std::replace(written.begin(), written.end(), '\r', '|');
+  std::replace(written.begin(), written.end(), '"', '\'');
+  EXPECT_EQ(written,
+            "[Response]|\nPGMFOLDER='C:\\p q'|\nDATFOLDER='C:\\d'|\nLOGFOLDER=''|\nADDLOCAL='Base,Server'|\n"
+            "REMOVE='FTA_Server,Explorer,docs_en_us_eclipse,docs_es_es_eclipse,docs_fr_fr_eclipse,docs_it_it_eclipse,"
+            "docs_ja_jp_eclipse,docs_ko_kr_eclipse,docs_pt_br_eclipse,docs_zh_cn_eclipse'|\n"
+            "ADDSOURCE='Client,FTA_Client'|\nADVERTISE='JavaMsg,Toolkit'|\n;AGREETOLICENSE='yes'|\n"
+            ";REMOVEFEATURES='yes'|\nKEEPQMDATA='delete'|\nKEEPWEBDATA=''|\nUSERCHOICE=''|\nLAUNCHWIZ=''|\n"
+            ";WIZPARMFILE=' w '|\nSTARTSERVICE=''|\nSTARTTASKBAR=''|\nHIGHCONTRAST='1'|\n");
+  ExpectInLog({"Writing response file 'C:\\temp\\r.ini'\n", "'FTA_Client' Installed: 3 Action: -4\n",
+               "'docs_zh_tw_eclipse' Installed: -1 Action: -1\n"});
+  Reload();
+  world.properties = {{"USEINI", kIni}};
+  std::string value;
+  EXPECT_EQ(GetPropertyWithResponse("ADDSOURCE", value), 0u);
+  EXPECT_EQ(value + Values({"pgmfolder", "LogFolder", "WIZPARMFILE"}), "Client,FTA_Client<C:\\p q><>-");
+}
+
+TEST_F(FeaturesTest, AResponseFileThatCannotBeWrittenFails) {
+  const auto fail = [&](const std::string &path, const char *line) {
+    Reload();
+    world.installerLog.clear();
+    world.properties["SAVEINI"] = path;
+    EXPECT_EQ(iwiWriteResponseFile(kSession), 1603u);
+    ExpectInLog({line});
+  };
+  fail("", "Writing response file ''\niwiWriteResponseFile: ***Can't open ''\n");
+  fail("C:\\temp", "***Can't open 'C:\\temp'\n");
+  world.failWritesTo = {kIni};
+  fail(kIni, "***Error writing 'C:\\temp\\r.ini'\n");
+  world.failWritesTo.clear();
+  world.failCall = {"MsiGetFeatureStateA", world.callCount["MsiGetFeatureStateA"] + 2, 87};
+  fail(kIni,
+       ": Error 87 from MsiGetFeatureState(Server)\niwiWriteResponseFile: 'FTA_Server' Installed: 2 Action: -1\n");
+  EXPECT_NE(world.ReadFile(kIni)->find("REMOVE=\"Base,FTA_Server,Explorer,"), std::string::npos);
+  world.properties["LAUNCHWIZ"] = std::string(260, 'x');
+  fail(kIni, "***msiGetProperty('LAUNCHWIZ') failed (234)\n");
+  EXPECT_EQ(world.ReadFile(kIni), "");
+}
+
+TEST_F(FeaturesTest, PresetsChooseByProduct) {
+  const std::string fromServer = "+Base-Server-FTA_Server-Explorer-FTA_Client+Client";
+  const std::tuple<UINT (*)(MSIHANDLE), const char *, const char *, std::string> cases[] = {
+      {iwiSetFeaturesMinimum, "0", "server", "+Base+Server-FTA_Server-Explorer-Client-FTA_Client-JavaMsg-Toolkit"},
+      {iwiSetFeaturesMinimum, "1", " SERVER", fromServer + "-JavaMsg-Toolkit"},
+      {iwiSetFeaturesMinimum, "yes", "xa", "+Base+Client-JavaMsg-Toolkit"},
+      {iwiSetFeaturesTypical, "no", "client", "+Base+Server-FTA_Server+Explorer-Client-FTA_Client+Toolkit+JavaMsg"},
+      {iwiSetFeaturesTypical, "1", "server", fromServer + "+Toolkit+JavaMsg"},
+      {iwiSetFeaturesTypical, "", "Client", "+Base+Client+Toolkit+JavaMsg"}};
+  for (const auto &[preset, client, product, choices] : cases) {
+    Reload();
+    world.installerLog.clear();
+    world.properties = {{"ZQVCLIENT", client}, {"ZQVPRODUCT", product}};
+    EXPECT_EQ(preset(kSession), 0u);
+    std::string made;
+    for (const std::string &line : world.installerLog) {
+      const std::size_t set = line.find("' feature state set to INSTALLSTATE_");
+      const std::size_t name = line.find(": '") + 3;
+      made += set == std::string::npos ? "" : (line.ends_with("_LOCAL") ? "+" : "-") + line.substr(name, set - name);
+    }
+    EXPECT_EQ(made, choices) << client << product;
+  }
+  EXPECT_EQ(world.properties["INSTALLLEVEL"], "100");
+  EXPECT_EQ(world.installLevels, std::vector<int>(std::size(cases), 100));
+}
+
+TEST_F(FeaturesTest, PresetsGoOnAfterAFailureAndSetTheLevelOnce) {
+  world.properties["VersionNT"] = "501";
+  world.features.erase("Server");
+  world.failCall = {"MsiSetInstallLevel", 1, 1627};
+  EXPECT_EQ(iwiSetFeaturesTypical(kSession), 1603u);
+  EXPECT_EQ(iwiSetFeaturesTypical(kSession), 1603u);
+  EXPECT_EQ(world.features["Toolkit"].action, INSTALLSTATE_LOCAL);
+  EXPECT_EQ(iwiSetFeaturesMinimum(kSession), 1603u);
+  EXPECT_EQ(world.features["Toolkit"].action, INSTALLSTATE_ABSENT);
+  ExpectInLog({"Typical: MsiSetInstallLevel(100) rc=1627\n", "Typical: MsiSetInstallLevel(100) rc=0\n",
+               "Minimum: Install level already set\n", "Minimum: Client-only installation: no\n",
+               "Minimum: ***MsiSetFeatureState(Server, INSTALLSTATE_LOCAL) rc: 0x00000646\n"});
+  const int before = world.callCount["MsiSetFeatureStateA"];
+  world.properties["ZQVPRODUCT"] = std::string(32, 'x');
+  EXPECT_EQ(iwiSetFeaturesMinimum(kSession), 1603u);
+  EXPECT_EQ(world.callCount["MsiSetFeatureStateA"], before);
+}
+
+TEST_F(FeaturesTest, ClientOnly) {
+  // ZQVCLIENT, ZQVPRODUCT, VersionNT, Installed, the registry's ProductType
+  const std::pair<std::array<const char *, 5>, bool> cases[] = {
+      {{"YES", "server", "501", "", "server"}, true}, {{"maybe", "client", "", "1", "client"}, false},
+      {{"", "CLIENT", "501", "", "server"}, true},    {{"", "server", "", "", "server"}, true},
+      {{"", "server", "501", "", "client"}, false},   {{"", "server", "501", "00:00:00", "Client"}, true},
+      {{"", "", "501", "1", "server"}, false}};
+  for (const auto &[facts, yes] : cases) {
+    world.properties = {
+        {"ZQVCLIENT", facts[0]}, {"ZQVPRODUCT", facts[1]}, {"VersionNT", facts[2]}, {"Installed", facts[3]}};
+    world.registry["hklm\\Software\\Korvex\\QVSeries\\CurrentVersion"]["ProductType"] = RegistryValue::Text(facts[4]);
+    bool answer = !yes;
+    EXPECT_EQ(IsClientOnly(answer), 0u);
+    EXPECT_EQ(answer, yes) << LogText();
+  }
+}
+
+TEST(YesNoTest, OtherValuesMeanTheDefault) {
+  const std::tuple<const char *, bool, bool> cases[] = {{"1", false, true}, {"yEs", false, true},
+                                                        {"0", true, false}, {"NO", true, false},
+                                                        {"", false, false}, {"10", false, false}};
+  for (const auto &[value, no, yes] : cases) {
+    EXPECT_EQ(std::pair(IsNo(value), IsYes(value)), std::pair(no, yes)) << value;
+    EXPECT_EQ(std::pair(IsNo(value, YesNo::no), IsYes(value, YesNo::yes)), std::pair(!yes, !no)) << value;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,338 @@
+#include "running/file_in_use.h"
+#include "running/process_image.h"
+#include "running/product_files.h"
+#include "running/service.h"
+#include "runtime/text.h"
+#include "support.h"
+
+namespace {
+
+/// A machine with the product in C:\qv and its data in C:\data.
+class RunningTest : public LibraryTest {
+ protected:
+  RunningTest() {
+    world.properties.insert({{"ZQVPGMFOLDER", "C:\\qv\\"}, {"ZQVDATFOLDER", "C:\\data"}, {"ZQVTEMPFILENUM", "0007"}});
+    for (const char *file : {"zqvxssvn.exe", "zqvsvc.exe", "zqvxcs2.dll", "zqvmperf.dll", "zqvzxma0.exe",
+                             "runqvlsr.exe", "endqvm.exe", "endqvlsr.exe"}) {
+      world.WriteFile(Bin(file), "MZ");
+      world.programs[Bin(file)];
+    }
+    world.modules["C:\\temp\\zqvl0007.dll"].strings = {{1016, "Ending [1]: [2]"}, {1017, "Queue managers: [1]"},
+                                                       {1018, "Pause"},           {1019, "Listeners: [1]"},
+                                                       {1020, "Files: [1]"},      {1114, "Stopping"},
+                                                       {1121, "Stopping %1"}};
+  }
+
+  static std::string Bin(const std::string &file) { return "C:\\qv\\bin\\" + file; }
+
+  /// The next action runs deferred, in a load of its own, with the values that it needs.
+  void Defer(std::set<int> modes = {MSIRUNMODE_SCHEDULED}) {
+    Reload();
+    std::string list;
+    for (const auto &[name, value] : world.properties) {
+      list += name + "=" + value + ";";
+    }
+    world.WriteFile("C:\\temp\\list.txt", list);
+    world.properties["CustomActionData"] = "C:\\temp\\list.txt";
+    world.modes = std::move(modes);
+    ForgetRunModes();
+    world.messages.clear();
+    world.installerLog.clear();
+  }
+
+  void Immediate() {
+    Reload();
+    world.modes.clear();
+    ForgetRunModes();
+    world.messages.clear();
+    world.installerLog.clear();
+  }
+
+  /// The ticks that the progress messages have reported.
+  long long Reported() {
+    long long ticks = 0;
+    for (const Message &message : world.messages) {
+      if (message.type == 0x0A000000 && message.fields[1] == Cell(2)) {
+        ticks += std::get<int>(message.fields[2]);
+      }
+    }
+    return ticks;
+  }
+
+  int CountLines(const std::string &line) {
+    int count = 0;
+    const std::string log = LogText();
+    for (std::size_t at = log.find(line); at != std::string::npos; at = log.find(line, at + 1)) {
+      ++count;
+    }
+    return count;
+  }
+};
+
+TEST_F(RunningTest, AFileInUseIsOneThatCannotBeSharedAndIsNoLongerReadOnly) {
+  world.attributes[Bin("zqvsvc.exe")] = FILE_ATTRIBUTE_READONLY;
+  EXPECT_EQ(iwiIsFileInUse(Bin("zqvsvc.exe")), 0);
+  EXPECT_EQ(world.attributes[Bin("zqvsvc.exe")] & FILE_ATTRIBUTE_READONLY, 0u);
+  EXPECT_EQ(iwiIsFileInUse(Bin("none.exe")), 0);
+  world.held.insert(Bin("zqvsvc.exe"));
+  EXPECT_EQ(iwiIsFileInUse(Bin("zqvsvc.exe")), 1);
+  world.failCall = {"GetFileAttributesA", 0, 5};
+  EXPECT_EQ(iwiIsFileInUse(Bin("zqvsvc.exe")), 1);
+  world.failCall = {"SetFileAttributesA", 0, 5};
+  world.attributes[Bin("zqvsvc.exe")] = FILE_ATTRIBUTE_READONLY;
+  EXPECT_EQ(iwiIsFileInUse(Bin("zqvsvc.exe")), 0);  // access is denied before sharing matters
+  EXPECT_EQ(TakeLog("(CaProlog)"),
+            "'C:\\qv\\bin\\zqvsvc.exe' is not in use\n"
+            "'C:\\qv\\bin\\none.exe' is not in use\n"
+            "'C:\\qv\\bin\\zqvsvc.exe' is in use\n"
+            "GetFileAttribues() failed 5 'C:\\qv\\bin\\zqvsvc.exe'\n"
+            "'C:\\qv\\bin\\zqvsvc.exe' is in use\n"
+            "SetFileAttribues() failed 5 'C:\\qv\\bin\\zqvsvc.exe'\n"
+            "'C:\\qv\\bin\\zqvsvc.exe' is not in use\n");
+}
+
+TEST_F(RunningTest, WhatIsRunningIsPublished) {
+  const struct {
+    std::vector<std::string> held;
+    const char *running, *monitor;
+  } cases[] = {{{}, "", ""},
+               {{"zqvxssvn.exe"}, "1", ""},
+               {{"zqvsvc.exe", "zqvmperf.dll"}, "1", "1"},
+               {{"zqvxcs2.dll"}, "1", ""},
+               {{"zqvxcs2.dll", "zqvmperf.dll"}, "", "1"}};
+  for (const auto &c : cases) {
+    Immediate();
+    world.held.clear();
+    for (const std::string &file : c.held) {
+      world.held.insert(Bin(file));
+    }
+    EXPECT_EQ(iwiIsQvRunning(kSession), 0u);
+    EXPECT_EQ(world.properties["ZQVQVISRUNNING"], c.running);
+    EXPECT_EQ(world.properties["ZQVPERFMONISRUNNING"], c.monitor);
+  }
+  world.properties["ZQVPGMFOLDER"] = std::string(260, 'x');  // cannot be read: nothing runs, but the listeners may
+  Immediate();
+  EXPECT_EQ(iwiIsQvRunning(kSession), 0u);
+  EXPECT_FALSE(iwiQueueManagersRunning());
+  EXPECT_TRUE(iwiListenersRunning());
+}
+
+TEST_F(RunningTest, OnlyIniEndsAnInstallationWithoutTheFullInterface) {
+  const struct {
+    const char *level, *onlyIni;
+    UINT result;
+  } cases[] = {{"5", "1", 0}, {"2", "1", 1602}, {"2", "", 0}, {"", "no", 1602}};
+  for (const auto &c : cases) {
+    Immediate();
+    world.properties["UILevel"] = c.level;
+    world.properties["ONLYINI"] = c.onlyIni;
+    EXPECT_EQ(iwiStopIfOnlyIni(kSession), c.result);
+  }
+}
+
+TEST_F(RunningTest, ServicesAreAskedAndStopped) {
+  world.services["KorvexQVSeries"].state = 3;  // stop pending is active
+  EXPECT_EQ(iwiStartStopping(kSession), 0u);
+  EXPECT_EQ(TakeLog("iwiStartStopping"),
+            "Service 'KorvexQVSeries' is running\n"
+            "Stopping service 'KorvexQVSeries'\n"
+            "Property 'ZQVTEMP' value 'C:\\temp' from property table\n"
+            "Property 'ZQVTEMPFILENUM' value '0007' from property table\n"
+            "Service 'QVSeriesServices' is not running\n"
+            "Freeing NLS library\n"
+            "Returning with rc 0\n");
+}
+
+TEST_F(RunningTest, AStopRequestsFailuresHaveTheirLines) {
+  world.services["s"];
+  iwiStopService(false, false, nullptr, "s");  // loads the message library
+  world.services["s"] = {};
+  const struct {
+    DWORD code;
+    const char *line;
+  } cases[] = {{1060, "***Service 's' does not exist"},
+               {1061, "Service 's' already stopping"},
+               {1062, "Service 's' not running"},
+               {1064, "***Exception in service 's'"},
+               {1051, "***Error 1051 stopping service 's'"}};
+  for (const auto &c : cases) {
+    world.failCall = {"ControlService", 0, c.code};
+    world.installerLog.clear();
+    EXPECT_EQ(iwiStopService(false, false, nullptr, "s"), 0);
+    EXPECT_EQ(TakeLog("(CaProlog)"), Format("Stopping service 's'\n%s\n", c.line)) << c.code;
+  }
+  world.failCall = {"OpenServiceA", 0, 5};
+  EXPECT_EQ(iwiStopService(false, false, nullptr, "s"), 1);
+  EXPECT_FALSE(iwiServiceExists("s"));
+  world.failCall = {"OpenSCManagerA", 0, 5};
+  EXPECT_EQ(iwiStopService(false, false, nullptr, "s"), 0);
+  EXPECT_FALSE(iwiServiceExists("s"));
+  world.failCall = {};
+  EXPECT_FALSE(iwiServiceExists("t"));
+  EXPECT_TRUE(iwiServiceExists("s"));
+  int ticks = 5;
+  EXPECT_EQ(iwiStopService(true, false, &ticks, "s"), 1);
+  EXPECT_EQ(TakeLog("(CaProlog)"),
+            "Stopping service 's'\n"
+            "Couldn't open service 's' 5\n"
+            "Stopping service 's'\n"
+            "***Error 5 opening service 's'\n"
+            "Couldn't open service 's' 5\n"
+            "Service 't' not found\n"
+            "Service 's' exists\n"
+            "Ticks count is now 1000005\n");
+}
+
+TEST_F(RunningTest, EveryProcessOfAnImageIsEnded) {
+  const std::string image = Bin("runqvlsr.exe");
+  world.MakePsapi("C:\\temp\\psapi.dll");
+  world.processes = {{0, ""}, {4, "C:\\qv\\bin\\other.exe"}, {8, image}, {12, "C:\\QV\\BIN\\RUNQVLSR.EXE"}};
+  for (DWORD id = 100; id < 5000; ++id) {
+    world.processes[id] = "x";
+  }
+  world.failCall = {"OpenProcess", 1, 5};
+  iwiTerminateProcessByImage("C:\\qv\\bin", "runqvlsr.exe");
+  EXPECT_EQ(world.processes.size(), 4904u);
+  world.held.insert(image);
+  iwiTerminateProcessByImage("C:\\qv\\bin", "runqvlsr.exe");
+  EXPECT_EQ(world.processes.count(8) + world.processes.count(12), 0u);
+  EXPECT_EQ(CountLines("Found 4904 processes in system\n"), 1);
+  EXPECT_EQ(CountLines("Process ID 8 terminated\n") + CountLines("Process ID 12 terminated\n"), 2);
+  for (const char *call : {"EnumProcesses", "LoadLibraryExA", "GetProcAddress"}) {
+    world.held.insert(image);
+    world.failCall = {call, 0, 8};
+    iwiTerminateProcessByImage("C:\\qv\\bin", "runqvlsr.exe");
+  }
+  EXPECT_EQ(CountLines("***EnumProcesses() error 8\n"), 1);
+  EXPECT_EQ(CountLines("***Can't load 'C:\\temp\\psapi.dll'.\n"), 1);
+  EXPECT_EQ(CountLines("***Unable to get EnumProcesses() address; code 8.\n"), 1);
+}
+
+TEST_F(RunningTest, PsapiIsUnpackedWhereItIsMissing) {
+  world.tables["Binary"] = {{"Name", "Data"}, {{"psapi.dll", Bytes{1, 2}}}};
+  std::string path;
+  iwiLocatePsapi(&path);
+  EXPECT_EQ(path, "C:\\temp\\psapi.dll");
+  EXPECT_EQ(world.ReadFile(path), "\x01\x02");
+  world.properties["ZQVPREVPGM"] = "C:\\old";
+  world.WriteFile("C:\\old\\uninst\\psapi.dll", "MZ");
+  iwiLocatePsapi(&path);
+  EXPECT_EQ(path, "C:\\old\\uninst\\psapi.dll");
+}
+
+TEST_F(RunningTest, BothPassesOfTheStopAgreeOnTheTicks) {
+  for (const int services : {0, 1, 2, 3}) {
+    for (const char *managers : {"", "one\n", " one \r\n; comment\n\n\"two\"\n" /**/ "three"}) {
+      for (const bool endListeners : {true, false}) {
+        Immediate();
+        world.clockMs = 1709634315000;
+        world.services.clear();
+        if ((services & 1) != 0) {
+          world.services["KorvexQVSeries"].stopMs = 3000;
+        }
+        if ((services & 2) != 0) {
+          world.services["QVSeriesServices"].stopMs = kForever;
+        }
+        world.WriteFile("C:\\data\\zqvqmgrs.txt", managers);
+        world.programs[Bin("endqvlsr.exe")].error = endListeners ? 0 : 2;
+        ASSERT_EQ(iwiStopAllQv(kSession), 0u);
+        const auto announced = std::find_if(world.messages.begin(), world.messages.end(),
+                                            [](const Message &m) { return m.type == 0x0A000000; });
+        ASSERT_NE(announced, world.messages.end());
+        const Row fields = announced->fields;
+        EXPECT_EQ(fields, (Row{{}, 3, fields[2], 0, 0}));
+        Defer();
+        ASSERT_EQ(iwiStopAllQv(kSession), 0u);
+        EXPECT_EQ(Reported(), std::get<int>(fields[2])) << services << managers;
+      }
+    }
+  }
+}
+
+TEST_F(RunningTest, TheImmediatePassAsksAndAnnounces) {
+  world.services["QVSeriesServices"];
+  world.WriteFile("C:\\data\\zqvqmgrs.txt", "QM.ONE\n");
+  EXPECT_EQ(iwiStopAllQv(kSession), 0u);
+  const std::string log = TakeLog("iwiStopAllQv");
+  EXPECT_TRUE(log.starts_with("Executing in script generation\n")) << log;
+  EXPECT_NE(log.find("Queue manager 'QM.ONE'\n"
+                     "Service 'KorvexQVSeries' is not running\n"
+                     "Service 'QVSeriesServices' is running\n"
+                     "Stopping service 'QVSeriesServices'\n"
+                     "Property 'ZQVTEMPFILENUM' value '0007' from property table\n"
+                     "Launching process 'C:\\qv\\bin\\endqvm.exe' '-i QM.ONE'; dir 'C:\\qv\\bin'.\n"
+                     "Launched OK\n"
+                     "Found endqvlsr\n"
+                     "Total ticks = 48200000\n"),
+            std::string::npos)
+      << log;
+  ASSERT_EQ(world.launched.size(), 1u);  // the listeners' command belongs to the deferred pass
+}
+
+TEST_F(RunningTest, TheDeferredPassWaitsWithACountdownAndEndsTheRest) {
+  world.services["KorvexQVSeries"].stopsAt = world.clockMs + 1400;
+  world.WriteFile("C:\\data\\zqvqmgrs.txt", "QM.ONE\n");
+  world.held = {Bin("zqvzxma0.exe"), Bin("runqvlsr.exe")};
+  world.MakePsapi("C:\\temp\\psapi.dll");
+  world.processes = {{8, Bin("runqvlsr.exe")}};
+  Defer();
+  EXPECT_EQ(iwiStopAllQv(kSession), 0u);
+  EXPECT_EQ(CountLines("Waited 1 seconds\n"), 1);                 // the service, three steps
+  EXPECT_EQ(CountLines("Wait timed out after 45 seconds\n"), 1);  // the queue manager
+  EXPECT_EQ(CountLines("Wait timed out after 10 seconds\n"), 1);  // its listener, which is then ended
+  EXPECT_EQ(CountLines("Process ID 8 terminated\n"), 1);
+  EXPECT_EQ(CountLines("Waited 0 seconds\n"), 1);  // the files
+  EXPECT_EQ(world.slept, 1500u + 45000u + 10000u + 2 * 3000u);
+  std::string starts;
+  std::string countdown;
+  for (const Message &message : world.messages) {
+    if (message.type == 0x08000000) {
+      starts += std::get<std::string>(message.fields[1]) + "/" + std::get<std::string>(message.fields[2]) + "/" +
+                std::get<std::string>(message.fields[3]) + "\n";
+    } else if (message.type == 0x09000000 && starts.find('\n') + 1 == starts.size()) {
+      countdown += std::get<std::string>(message.fields[1]) + " " + std::get<std::string>(message.fields[2]) + "\n";
+    }
+  }
+  EXPECT_EQ(starts,
+            "iwiStopAllQv/Stopping/Ending [1]: [2]\niwiStopAllQv/Stopping/Pause\n"
+            "iwiStopAllQv/Stopping/Queue managers: [1]\niwiStopAllQv/Stopping/Listeners: [1]\n"
+            "iwiStopAllQv/Stopping/Pause\niwiStopAllQv/Stopping/Files: [1]\n");
+  EXPECT_EQ(countdown, "KorvexQVSeries 120\nKorvexQVSeries 119\nKorvexQVSeries 118\n");
+}
+
+TEST_F(RunningTest, TheStopIsBypassedInARollback) {
+  Defer({MSIRUNMODE_ROLLBACK});
+  EXPECT_EQ(iwiStopAllQv(kSession), 0u);
+  EXPECT_EQ(TakeLog("iwiStopAllQv"), "CA bypassed; run mode must not be 'MSIRUNMODE_ROLLBACK'.\nReturning with rc 0\n");
+}
+
+TEST_F(RunningTest, TheServiceIsHiddenAndTheRollbackUndoesIt) {
+  world.services["KorvexQVSeries"].displayName = "before";
+  const struct {
+    std::set<int> modes;
+    UINT result;
+    const char *name;
+  } cases[] = {{{}, 0, "before"},
+               {{MSIRUNMODE_SCHEDULED}, 0, "Korvex QVSeries Deleted"},
+               {{MSIRUNMODE_ROLLBACK, MSIRUNMODE_SCHEDULED}, 0, "Korvex QVSeries"},
+               {{MSIRUNMODE_COMMIT}, 1603, "Korvex QVSeries"}};
+  for (const auto &c : cases) {
+    Defer(c.modes);
+    EXPECT_EQ(iwiRenameQvService(kSession), c.result);
+    EXPECT_EQ(world.services["KorvexQVSeries"].displayName, c.name);
+  }
+}
+
+TEST_F(RunningTest, ARestartIsPublished) {
+  for (const bool scheduled : {false, true}) {
+    for (const char *replaced : {"", "1"}) {
+      Immediate();
+      world.modes = scheduled ? std::set<int>{MSIRUNMODE_REBOOTATEND} : std::set<int>{};
+      world.properties["ReplacedInUseFiles"] = replaced;
+      EXPECT_EQ(iwiSetZqvBoot(kSession), 0u);
+      EXPECT_EQ(world.properties["ZQVBOOT"], scheduled || *replaced != '\0' ? "1" : "");
+    }
+  }
+}
+
+}  // namespace
