@@ -1,6 +1,6 @@
 # Thin words over the CMake presets; each sets the machine up first.
 
-.PHONY: demo test dll bench host windows format lint setup clean
+.PHONY: demo test fuzz dll bench host windows format lint setup clean
 
 dll: windows
 
@@ -10,6 +10,14 @@ demo: windows
 test: host windows
 	ctest --preset host
 	ctest --preset windows
+
+# New inputs gather in the build folder; those that the tests replay are only read.
+fuzz:
+	@tools/setup fuzz
+	cmake --preset fuzz
+	cmake --build --preset fuzz
+	mkdir -p build/fuzz/corpus
+	cd build/fuzz && tests/response_file_fuzz -max_total_time=60 -print_final_stats=1 corpus ../../tests/fuzz/corpus
 
 bench: windows
 	cmake --build --preset windows --target bench
@@ -24,8 +32,11 @@ setup:
 format:
 	git ls-files '*.h' '*.cpp' '*.inc' | xargs clang-format -i
 
-lint:
+# clang-tidy reads how the host build compiles each file of the library.
+lint: host
+	tools/setup lint
 	git ls-files '*.h' '*.cpp' '*.inc' | xargs clang-format --dry-run -Werror
+	git ls-files 'install/*.cpp' | grep -v -e dll_main -e c_file -e terminate | xargs -P2 -n4 clang-tidy -p build/host --quiet
 
 clean:
 	rm -rf build

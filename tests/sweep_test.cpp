@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "features/feature_table.h"
 #include "platform/owner.h"
 #include "runtime/frame.h"
 #include "runtime/path_property.h"
@@ -11,7 +12,6 @@
 #include "services/delete.h"
 #include "services/environment.h"
 #include "services/existence.h"
-#include "services/features.h"
 #include "services/process.h"
 #include "services/products.h"
 #include "services/registry.h"
@@ -69,20 +69,15 @@ const Scenario kScenarios[] = {
     {"iwiStopAllQv deferred", [] { return iwiStopAllQv(kSession); }, MSIRUNMODE_SCHEDULED},
     {"iwiRenameQvService", [] { return iwiRenameQvService(kSession); }, MSIRUNMODE_SCHEDULED},
     {"iwiSetZqvBoot", [] { return iwiSetZqvBoot(kSession); }},
+    {"iwiWriteResponseFile", [] { return iwiWriteResponseFile(kSession); }},
+    {"iwiSetFeaturesMinimum", [] { return iwiSetFeaturesMinimum(kSession); }},
+    {"iwiSetFeaturesTypical deferred", [] { return iwiSetFeaturesTypical(kSession); }, MSIRUNMODE_ROLLBACK},
     {"iwiPause", [] { return iwiPause(kSession); }},
     {"test", [] { return test(kSession); }},
     {"iwiStackFilesForDeletion",
      [] { return InFrame<[] { return iwiStackFilesForDeletion("C:\\tree\\a.txt", "Base", 1); }>(); }},
     {"iwiStackFolderForDeletion",
      [] { return InFrame<[] { return iwiStackFolderForDeletion("C:\\tree\\", "Base", 2); }>(); }},
-    {"feature states",
-     [] {
-       return InFrame<[] {
-         UINT result = 0;
-         iwiSetFeatureLocal("Server", true, result);
-         return result;
-       }>();
-     }},
     {"iwiFindLocalComponent", [] { return InFrame<[] { return kIgnored(iwiFindLocalComponent("Base")); }>(); }},
     {"iwiUnpackBinary",
      [] { return InFrame<[] { return kIgnored(iwiUnpackBinary("stream", "", "C:\\temp\\out.bin", nullptr)); }>(); }},
@@ -198,6 +193,9 @@ class FaultSweep : public testing::TestWithParam<Scenario> {
                         {"ZQVUSERTRACEPATH", "C:\\temp\\t.log"},
                         {"ZQVPROPERTYNAMELIST1", "ProductName;PGMFOLDER"},
                         {"USEINI", "C:\\temp\\r.ini"},
+                        {"SAVEINI", "C:\\temp\\saved.ini"},
+                        {"VersionNT", "501"},
+                        {"Installed", "1"},
                         {"UpgradeCode", "{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}"}};
     world.MakeFolder("C:\\temp");
     world.WriteFile("C:\\temp\\r.ini", "[Response]\nPGMFOLDER=%X%\n");
@@ -221,13 +219,16 @@ class FaultSweep : public testing::TestWithParam<Scenario> {
     world.tables["RemoveFile"] = {{"FileKey", "Component_", "FileName", "DirProperty", "InstallMode"}, {}};
     world.tables["Component"] = {{"Component"}, {{"Base"}}};
     world.components["Base"] = {INSTALLSTATE_ABSENT, INSTALLSTATE_LOCAL};
-    world.features["Server"] = {};
+    for (const char *name : kFeatureNames) {
+      world.features[name] = {};
+    }
     world.tables["Binary"] = {{"Name", "Data"}, {{"stream", Bytes(300, 7)}}};
     world.tables["File"] = {{"File", "FileName"}, {{"file", "A~1|a.txt"}}};
     world.sourcePaths["INSTALLDIR"] = "C:\\tree\\";
     world.relatedProducts["{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}"] = {"{P}"};
     world.productInfo["{P}"]["InstalledProductName"] = "QV";
     world.programs["C:\\tree\\a.txt"].runtimeMs = 10;
+    world.registry["hklm\\Software\\Korvex\\QVSeries\\CurrentVersion"]["ProductType"] = RegistryValue::Text("client");
     world.registry["hklm\\Software\\K"]["v"] = RegistryValue::Text("x");
     world.registry["hklm\\SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment"]["PATH"] =
         RegistryValue::Text("%X%\\bin");

@@ -9,14 +9,12 @@
 /// Actions that the engine runs in installations of the test package, on what the test has put into ZQVTEMP.
 namespace {
 
-constexpr char kComponent[] = "cReadme";  // what the rows belong to where nothing is being installed
-
 UINT Stack() {
   std::string folder;
   std::string product;
   UINT result = GetTrimmedProperty("ZQVTEMP", folder);
   result |= iwiFindRelatedProduct("{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}", product);
-  const std::string component = iwiFindLocalComponent(kComponent);
+  const std::string component = iwiFindLocalComponent("cReadme");
   for (const int mode : {1, 2, 3}) {
     result |= iwiStackFilesForDeletion(folder + "\\stacked\\" + std::to_string(mode) + ".txt", component, mode);
   }
@@ -28,8 +26,7 @@ UINT Stack() {
 UINT Delete() {
   std::string folder;
   const UINT read = GetTrimmedProperty("ZQVTEMP", folder);
-  const bool deleted = iwiDeletePattern(false, true, nullptr, folder + "\\tree\\*", true, true, true, "", 0) != 0;
-  return read == ERROR_SUCCESS && deleted ? ERROR_SUCCESS : ERROR_INSTALL_FAILURE;
+  return iwiDeletePattern(false, true, nullptr, folder + "\\tree\\*", true, true, true, "", 0) != 0 ? read : 1603;
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ constexpr DWORD kArrayGrowth = 2048;
 
 /// The operations of the process-status library, found at run time.
 struct ProcessStatus {
-  OwnedModule library;
+  OwnedModule module;
   BOOL(WINAPI *enumProcesses)(DWORD *ids, DWORD size, DWORD *used);
   BOOL(WINAPI *enumProcessModules)(HANDLE process, HMODULE *modules, DWORD size, DWORD *needed);
   DWORD(WINAPI *getModuleFileName)(HANDLE process, HMODULE module, LPSTR name, DWORD length);
@@ -41,12 +41,12 @@ bool Resolve(HMODULE library, const char *name, const char *shown, Function &fun
 bool LoadProcessStatus(ProcessStatus &status) {
   std::string path;
   iwiLocatePsapi(&path);
-  status.library.Reset(LoadLibraryExA(path.c_str(), nullptr, 0));
-  if (!status.library) {
+  status.module.Reset(LoadLibraryExA(path.c_str(), nullptr, 0));
+  if (!status.module) {
     Log("***Can't load '%s'.", path.c_str());
     return false;
   }
-  const HMODULE library = status.library.Get();
+  const HMODULE library = status.module.Get();
   return Resolve(library, "EnumProcesses", "EnumProcesses", status.enumProcesses) &&
          Resolve(library, "EnumProcessModules", "EnumProcessModules", status.enumProcessModules) &&
          Resolve(library, "GetModuleFileNameExA", "GetModuleFileNameEx", status.getModuleFileName);

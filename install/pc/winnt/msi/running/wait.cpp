@@ -70,7 +70,7 @@ void WaitBar::Begin(UINT text) {
   shown_ = -1;
   const std::string description = NlsText(message::kStopDescription);
   const std::string shownText = NlsText(text);
-  const std::string action = RunningAction();
+  const std::string &action = RunningAction();
   const OwnedInstallerHandle start = MakeRecord({action.c_str(), description.c_str(), shownText.c_str()});
   if (start) {
     MsiProcessMessage(Session().handle, INSTALLMESSAGE_ACTIONSTART, start.Get());

@@ -93,7 +93,7 @@ bool SetDataOfRow(MSIHANDLE row, const std::string &listPath, UINT &result) {
   if (CheckFirstFailure("MsiRecordGetString", "1", ReadRecordText(row, 1, name), result) != ERROR_SUCCESS) {
     return true;
   }
-  const unsigned type = static_cast<unsigned>(MsiRecordGetInteger(row, 2));
+  const auto type = static_cast<unsigned>(MsiRecordGetInteger(row, 2));
   const UINT typeResult = type == static_cast<unsigned>(MSI_NULL_INTEGER) ? ERROR_INVALID_PARAMETER : ERROR_SUCCESS;
   if (CheckFirstFailure("MsiRecordGetInteger", "2", typeResult, result) != ERROR_SUCCESS) {
     return true;

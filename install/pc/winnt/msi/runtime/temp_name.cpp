@@ -49,7 +49,7 @@ std::string TempName(bool persistNumber, const char *prefix, const char *extensi
   }
   for (unsigned long n = 1; n < kNumbers; ++n) {
     number = Format("%4.4lx", n);
-    const std::string created = iwiCreateNewFile(Compose(prefix, number, extension));
+    std::string created = iwiCreateNewFile(Compose(prefix, number, extension));
     if (!created.empty()) {
       if (persistNumber) {
         SetProperty(kNumberProperty, number);
