@@ -16,8 +16,7 @@
 #include "services/delete.h"
 #include "zqviwicn/load.h"
 
-/// What copying and deleting trees costs a file, beside a bare loop over the same tree that writes as many lines: once
-/// through the library's log, once to the file alone, which it opens, appends to and closes for each line.
+/// What copying and deleting trees costs a file, beside bare loops over the same tree that write as many lines.
 ///
 ///     files_bench.exe [FILES...]
 ///
@@ -30,11 +29,16 @@ constexpr int kFoldersInFolder = 10;
 std::string base;
 std::string trace;
 
-/// The bare loop's line.
-enum Line { kLogged, kAppended };
+/// The loops that the library is compared with.
+enum Loop {
+  kSameCalls,  ///< asks the system all that the library has to ask for a file, and logs with the library's log
+  kBare,       ///< copies or deletes and asks nothing, and logs with the library's log
+  kAppended,   ///< as kBare, but each line only opens the trace, appends to it and closes it
+};
+constexpr Loop kLoops[] = {kSameCalls, kBare, kAppended};
 
-void Write(Line line, const std::string &path) {
-  if (line == kLogged) {
+void Write(Loop loop, const std::string &path) {
+  if (loop != kAppended) {
     LogLine("Deleted file: '" + path + "'");
     return;
   }
@@ -57,7 +61,7 @@ void MakeTree(const std::string &root, int files) {
   }
 }
 
-/// Hands each entry to `visit`, folders after what is in them.
+/// Hands the name of each entry to `visit`, and whether it is a folder.
 template <typename Visit>
 void Walk(const std::string &folder, const Visit &visit) {
   WIN32_FIND_DATAA entry;
@@ -71,26 +75,34 @@ void Walk(const std::string &folder, const Visit &visit) {
   } while (FindNextFileA(search.Get(), &entry) != FALSE);
 }
 
-void BareCopy(const std::string &from, const std::string &to, Line line) {
+void BareCopyFile(const std::string &from, const std::string &to, Loop loop) {
+  if (loop == kSameCalls) {
+    WIN32_FIND_DATAA marker;
+    const OwnedSearch cancelled(FindFirstFileA((base + "\\zqvcancl.txt").c_str(), &marker));
+    GetFileAttributesA(to.c_str());
+  }
+  CopyFileExA(from.c_str(), to.c_str(), nullptr, nullptr, nullptr, 0);
+  if (loop == kSameCalls) {
+    GetFileAttributesA(to.c_str());
+  }
+  Write(loop, from);
+}
+
+void BareCopy(const std::string &from, const std::string &to, Loop loop) {
   CreateDirectoryA(to.c_str(), nullptr);
   Walk(from, [&](const std::string &name, bool isFolder) {
-    if (isFolder) {
-      BareCopy(from + "\\" + name, to + "\\" + name, line);
-    } else {
-      CopyFileExA((from + "\\" + name).c_str(), (to + "\\" + name).c_str(), nullptr, nullptr, nullptr, 0);
-      Write(line, from + "\\" + name);
-    }
+    (isFolder ? BareCopy : BareCopyFile)(from + "\\" + name, to + "\\" + name, loop);
   });
 }
 
-void BareDelete(const std::string &folder, Line line) {
+void BareDelete(const std::string &folder, Loop loop) {
   Walk(folder, [&](const std::string &name, bool isFolder) {
     const std::string path = folder + "\\" + name;
     if (isFolder) {
-      BareDelete(path, line);
+      BareDelete(path, loop);
     } else {
       DeleteFileA(path.c_str());
-      Write(line, path);
+      Write(loop, path);
     }
   });
   RemoveDirectoryA(folder.c_str());
@@ -129,21 +141,22 @@ int CountLines() {
 /// Microseconds of the best run: whatever else the machine does only adds.
 struct Figures {
   double library = std::numeric_limits<double>::max();
-  double logged = library;
-  double appended = library;
+  double loops[std::size(kLoops)] = {library, library, library};
   int lines = 0;
 };
 
 void Print(const char *operation, int files, const Figures &figures) {
-  std::printf(
-      "%-6s %7d files %8.2f lines/file  library %8.1f us/file  bare, logged %8.1f (x%.2f)"
-      "  bare, appended %8.1f (x%.2f)\n",
-      operation, files, 1.0 * figures.lines / files, figures.library / files, figures.logged / files,
-      figures.library / figures.logged, figures.appended / files, figures.library / figures.appended);
+  std::printf("%-6s %6d files  %.2f lines/file  library %6.1f us/file  ", operation, files, 1.0 * figures.lines / files,
+              figures.library / files);
+  const char *const names[] = {"same calls", "bare", "bare, appended"};
+  for (const Loop loop : kLoops) {
+    std::printf("  %s %6.1f (x%.2f)", names[loop], figures.loops[loop] / files, figures.library / figures.loops[loop]);
+  }
+  std::printf("\n");
   std::fflush(stdout);
 }
 
-/// Runs the library's operation, then the bare loop with each kind of line, each run on what `prepare` makes.
+/// Runs the library's operation, then each bare loop, each on what `prepare` makes.
 template <typename Prepare, typename Library, typename Bare>
 void Measure(int files, Figures &figures, const Prepare &prepare, const Library &library, const Bare &bare) {
   prepare();
@@ -155,18 +168,17 @@ void Measure(int files, Figures &figures, const Prepare &prepare, const Library 
     std::printf("The library failed; see %s\n", trace.c_str());
     std::exit(1);
   }
-  for (const Line line : {kLogged, kAppended}) {
+  for (const Loop loop : kLoops) {
     prepare();
     DeleteFileA(trace.c_str());
     const double time = Time([&] {
-      bare(line);
+      bare(loop);
       // What the library logs beyond a line a file.
       for (int more = files; more < figures.lines; ++more) {
-        Write(line, base);
+        Write(loop, base);
       }
     });
-    double &best = line == kLogged ? figures.logged : figures.appended;
-    best = std::min(best, time);
+    figures.loops[loop] = std::min(figures.loops[loop], time);
   }
 }
 
@@ -179,10 +191,10 @@ void Bench(int files) {
   for (int run = 0; run < std::clamp(20000 / files, 3, 15); ++run) {
     Measure(
         files, copying, [&] { LibraryDelete(copy); }, [&] { return LibraryCopy(source, copy); },
-        [&](Line line) { BareCopy(source, copy, line); });
+        [&](Loop loop) { BareCopy(source, copy, loop); });
     Measure(
         files, deleting, [&] { BareCopy(source, copy, kAppended); }, [&] { return LibraryDelete(copy); },
-        [&](Line line) { BareDelete(copy, line); });
+        [&](Loop loop) { BareDelete(copy, loop); });
   }
   LibraryDelete(source);
   Print("copy", files, copying);
@@ -210,7 +222,8 @@ int main(int argc, char **argv) {
   std::vector<int> sizes{1000, 10000};
   if (argc > 1) {
     sizes.clear();
-    std::transform(argv + 1, argv + argc, std::back_inserter(sizes), [](const char *text) { return std::atoi(text); });
+    std::transform(argv + 1, argv + argc, std::back_inserter(sizes),
+                   [](const char *text) { return std::max(1, std::atoi(text)); });
   }
   LibraryDelete(base);
   CreateDirectoryA(base.c_str(), nullptr);
@@ -219,5 +232,7 @@ int main(int argc, char **argv) {
   }
   Unload();
   MsiCloseHandle(session);
+  DeleteFileA(trace.c_str());
+  RemoveDirectoryA(base.c_str());
   return 0;
 }

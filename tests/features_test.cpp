@@ -3,7 +3,6 @@
 #include <fstream>
 #include <iterator>
 
-#include "features/client_only.h"
 #include "features/feature_table.h"
 #include "features/response_file.h"
 #include "runtime/response_property.h"
@@ -55,11 +54,11 @@ TEST_F(FeaturesTest, LinesOfAResponseFile) {
   const std::string longest = "k=" + std::string(513, 'v'), value = "<" + longest.substr(2) + ">";
   world.environment = {{"P", "C:\\p"}, {"SELF", "%SELF%"}, {"LONG", longest}};
   EXPECT_EQ(Read("[Response]x\r\na=v\r\n \tb =  \" v w \" \"\t\nc=\"\"v\"\nd=v\"\ne=\"\nf=a=b;c\ng=a\rb\nh=a\0b\n"s +
-                 " /q= x \n-Quiet\n/ y\n ;i=v\n;j=v\n#k=v\n \t\n\r\nl=%P%\\a%NONE%\nm=%SELF%\nn=%LONG%\n" + longest),
+                 " /r= x \n/q\n-Quiet\n/ y\n ;i=v\n;j\n#j\n \t\n\r\nl=%P%\\a%NONE%\nm=%SELF%\nn=%LONG%\n" + longest),
             1);
   EXPECT_EQ(Values({"A", "b", "c", "d", "e", "f", "g", "h"}), "<v>< v w><\"v><v><><a=b;c><a><a>");
-  EXPECT_EQ(Values({"-q", "-", ";i", "j", "L", "m", "n", "k"}),
-            "<uiet><y><v>-<C:\\p\\a%NONE%><%SELF%><" + longest + ">" + value);
+  EXPECT_EQ(Values({"-R", "-q", "-", ";i", "L", "m", "n", "k"}),
+            "<= x><uiet><y><v><C:\\p\\a%NONE%><%SELF%><" + longest + ">" + value);
   for (const auto &[text, values] : {std::pair{longest + "l=x", value + "<x>"},
                                      {"k=v\nK=a\nk=", "<>-"},
                                      {"k=v\n[other\nl=w", "<v>-"},
@@ -69,14 +68,11 @@ TEST_F(FeaturesTest, LinesOfAResponseFile) {
     EXPECT_EQ(Values({"k", "l"}), values) << text;
   }
   EXPECT_EQ(Lines(), "");
-  for (const auto &[text, told] : {std::pair{longest + "\nbad", kNeither},
-                                   {" = v", "No keyword in line\n"},
-                                   {"[]\nk=w", "No stanza name\n"},
-                                   {"\xEF\xBB\xBF[Response]", kNeither}}) {
-    EXPECT_EQ(Read("[Response]\nk=v\n" + text), 0) << text;
-    EXPECT_EQ(Values({"k"}).substr(0, 2), "<v") << text;
-    EXPECT_EQ(Lines(), told) << text;
-  }
+  EXPECT_EQ(Read("[Response]\n" + longest + "\nbad\n = v\n\xEF\xBB\xBF[Response]\nl=w"), 0);
+  EXPECT_EQ(Lines(), kNeither + "No keyword in line\n" + kNeither);
+  EXPECT_EQ(Values({"k", "l"}), value + "<w>");
+  EXPECT_EQ(Read("[]\nk=v"), 0);
+  EXPECT_EQ(Lines() + Values({"k"}, true, ""), "No stanza name\n<v>");
   EXPECT_EQ(Read("[a]\nKey=1\nkey=2\nKEY=3\n[b]\nkey=4\n"), 1);
   EXPECT_EQ(Values({"key", "Key", "kEy"}, true, "A") + Values({"kEy"}, false, "a"), "<2><1>-<3>");
   // A missing keyword is told rather than a failed expansion, and that rather than a missing stanza.
@@ -182,18 +178,19 @@ TEST_F(FeaturesTest, AResponseFileThatCannotBeWrittenFails) {
 }
 
 TEST_F(FeaturesTest, PresetsChooseByProduct) {
+  const std::string server = "+Base+Server-FTA_Server", onlyClient = "+Base+Client";
   const std::string fromServer = "+Base-Server-FTA_Server-Explorer-FTA_Client+Client";
-  const std::tuple<UINT (*)(MSIHANDLE), const char *, const char *, std::string> cases[] = {
-      {iwiSetFeaturesMinimum, "0", "server", "+Base+Server-FTA_Server-Explorer-Client-FTA_Client-JavaMsg-Toolkit"},
-      {iwiSetFeaturesMinimum, "1", " SERVER", fromServer + "-JavaMsg-Toolkit"},
-      {iwiSetFeaturesMinimum, "yes", "xa", "+Base+Client-JavaMsg-Toolkit"},
-      {iwiSetFeaturesTypical, "no", "client", "+Base+Server-FTA_Server+Explorer-Client-FTA_Client+Toolkit+JavaMsg"},
-      {iwiSetFeaturesTypical, "1", "server", fromServer + "+Toolkit+JavaMsg"},
-      {iwiSetFeaturesTypical, "", "Client", "+Base+Client+Toolkit+JavaMsg"}};
-  for (const auto &[preset, client, product, choices] : cases) {
+  const std::string least = "-JavaMsg-Toolkit", most = "+Toolkit+JavaMsg";
+  struct Case {
+    const char *client, *product, *version, *installed, *type;  // the last is the registry's
+    std::string choices;
+  };
+  const auto expect = [&](UINT (*preset)(MSIHANDLE), const Case &c) {
     Reload();
     world.installerLog.clear();
-    world.properties = {{"ZQVCLIENT", client}, {"ZQVPRODUCT", product}};
+    world.properties = {
+        {"ZQVCLIENT", c.client}, {"ZQVPRODUCT", c.product}, {"VersionNT", c.version}, {"Installed", c.installed}};
+    world.registry["hklm\\Software\\Korvex\\QVSeries\\CurrentVersion"]["ProductType"] = RegistryValue::Text(c.type);
     EXPECT_EQ(preset(kSession), 0u);
     std::string made;
     for (const std::string &line : world.installerLog) {
@@ -201,10 +198,20 @@ TEST_F(FeaturesTest, PresetsChooseByProduct) {
       const std::size_t name = line.find(": '") + 3;
       made += set == std::string::npos ? "" : (line.ends_with("_LOCAL") ? "+" : "-") + line.substr(name, set - name);
     }
-    EXPECT_EQ(made, choices) << client << product;
-  }
+    EXPECT_EQ(made, c.choices) << LogText();
+  };
+  expect(iwiSetFeaturesMinimum, {"0", "server", "", "", "", server + "-Explorer-Client-FTA_Client" + least});
+  expect(iwiSetFeaturesMinimum, {"YES", " SERVER", "501", "", "", fromServer + least});
+  expect(iwiSetFeaturesMinimum, {"1", "xa", "501", "", "", onlyClient + least});
+  expect(iwiSetFeaturesTypical, {"", "CLIENT", "501", "", "server", onlyClient + most});
+  expect(iwiSetFeaturesTypical, {"", "server", "", "", "server", fromServer + most});
+  expect(iwiSetFeaturesTypical, {"", "server", "501", "00:00:00", "Client", fromServer + most});
+  const std::string typical = server + "+Explorer-Client-FTA_Client" + most;
+  expect(iwiSetFeaturesTypical, {"maybe", "client", "", "1", "client", typical});
+  expect(iwiSetFeaturesTypical, {"", "server", "501", "", "client", typical});
+  expect(iwiSetFeaturesTypical, {"", "", "501", "1", "server", typical});
   EXPECT_EQ(world.properties["INSTALLLEVEL"], "100");
-  EXPECT_EQ(world.installLevels, std::vector<int>(std::size(cases), 100));
+  EXPECT_EQ(world.installLevels, std::vector<int>(9, 100));
 }
 
 TEST_F(FeaturesTest, PresetsGoOnAfterAFailureAndSetTheLevelOnce) {
@@ -225,31 +232,10 @@ TEST_F(FeaturesTest, PresetsGoOnAfterAFailureAndSetTheLevelOnce) {
   EXPECT_EQ(world.callCount["MsiSetFeatureStateA"], before);
 }
 
-TEST_F(FeaturesTest, ClientOnly) {
-  // ZQVCLIENT, ZQVPRODUCT, VersionNT, Installed, the registry's ProductType
-  const std::pair<std::array<const char *, 5>, bool> cases[] = {
-      {{"YES", "server", "501", "", "server"}, true}, {{"maybe", "client", "", "1", "client"}, false},
-      {{"", "CLIENT", "501", "", "server"}, true},    {{"", "server", "", "", "server"}, true},
-      {{"", "server", "501", "", "client"}, false},   {{"", "server", "501", "00:00:00", "Client"}, true},
-      {{"", "", "501", "1", "server"}, false}};
-  for (const auto &[facts, yes] : cases) {
-    world.properties = {
-        {"ZQVCLIENT", facts[0]}, {"ZQVPRODUCT", facts[1]}, {"VersionNT", facts[2]}, {"Installed", facts[3]}};
-    world.registry["hklm\\Software\\Korvex\\QVSeries\\CurrentVersion"]["ProductType"] = RegistryValue::Text(facts[4]);
-    bool answer = !yes;
-    EXPECT_EQ(IsClientOnly(answer), 0u);
-    EXPECT_EQ(answer, yes) << LogText();
-  }
-}
-
 TEST(YesNoTest, OtherValuesMeanTheDefault) {
-  const std::tuple<const char *, bool, bool> cases[] = {{"1", false, true}, {"yEs", false, true},
-                                                        {"0", true, false}, {"NO", true, false},
-                                                        {"", false, false}, {"10", false, false}};
-  for (const auto &[value, no, yes] : cases) {
-    EXPECT_EQ(std::pair(IsNo(value), IsYes(value)), std::pair(no, yes)) << value;
-    EXPECT_EQ(std::pair(IsNo(value, YesNo::no), IsYes(value, YesNo::yes)), std::pair(!yes, !no)) << value;
-  }
+  EXPECT_TRUE(IsYes("1") && IsYes("yEs") && !IsYes("no") && !IsYes("") && !IsYes("10"));
+  EXPECT_TRUE(IsNo("0") && IsNo("NO") && !IsNo("yes") && !IsNo("") && !IsNo("10"));
+  EXPECT_TRUE(IsYes("", YesNo::yes) && !IsYes("0", YesNo::yes) && IsNo("10", YesNo::no) && !IsNo("1", YesNo::no));
 }
 
 }  // namespace

@@ -52,14 +52,17 @@ class Package:
             if row["Component_"] in wanted
         }
 
-    def actions(self):
-        """The phase of each action of the library that runs unconditionally in a successful installation."""
+    def actions(self, more=()):
+        """The phase of each action of the library that runs in a successful installation: of those that always do, and
+        of `more`, whose conditions hold."""
         types = {row["Action"]: int(row["Type"]) for row in self.table("CustomAction")}
         rows = sorted(self.table("InstallExecuteSequence"), key=lambda row: int(row["Sequence"]))
         phases = {}
         for row in rows:
             kind = types.get(row["Action"], 0)
-            if kind & SOURCE_MASK != FROM_LIBRARY or int(row["Sequence"]) < 0 or row["Condition"]:
+            if kind & SOURCE_MASK != FROM_LIBRARY or int(row["Sequence"]) < 0:
+                continue
+            if row["Condition"] and row["Action"] not in more:
                 continue
             if not kind & DEFERRED:
                 phases[row["Action"]] = "immediate"
@@ -104,19 +107,30 @@ class Machine:
     def __init__(self, prefix):
         self.prefix = Path(prefix).resolve()
         self.drive = self.prefix / "drive_c"
+        # Without a display, where message boxes answer themselves.
+        self.environment = {name: value for name, value in os.environ.items() if name != "DISPLAY"}
         if self.wine() != 0:
             raise RuntimeError(f"no Wine prefix in {self.prefix}")
 
+    def command(self, *command):
+        """What the host calls to run a command in the prefix."""
+        return [TOOLS / "wine-env", self.prefix, *command]
+
     def wine(self, *command):
-        """Runs a command without a display, where message boxes answer themselves; gives its exit status. A command
-        that takes minutes hangs: it is ended with all else in the prefix."""
-        environment = {name: value for name, value in os.environ.items() if name != "DISPLAY"}
-        call = [TOOLS / "wine-env", self.prefix]
-        quiet = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL}
+        """Runs a command and gives its exit status."""
+        return self.run(*command).returncode
+
+    def read(self, *command):
+        """Runs a command and gives the text that it prints."""
+        return self.run(*command, stdout=subprocess.PIPE, text=True).stdout
+
+    def run(self, *command, stdout=subprocess.DEVNULL, **options):
+        """A command that takes minutes hangs: it is ended with all else in the prefix."""
+        options |= {"stdin": subprocess.DEVNULL, "stdout": stdout, "env": self.environment}
         try:
-            return subprocess.run([*call, *command], env=environment, timeout=120, **quiet).returncode
+            return subprocess.run(self.command(*command), timeout=120, **options)
         except subprocess.TimeoutExpired as error:
-            subprocess.run([*call, "wineserver", "--kill"], timeout=60, **quiet)
+            subprocess.run(self.command("wineserver", "--kill"), timeout=60, stdin=subprocess.DEVNULL)
             raise RuntimeError(f"no end of {command}") from error
 
     def msiexec(self, verb, package, folder, *options):
@@ -147,6 +161,18 @@ def read_text(path):
     """The text of a log, without its carriage returns; empty when there is no such file."""
     path = Path(path)
     return path.read_bytes().decode("cp1252", "replace").replace("\r\n", "\n") if path.exists() else ""
+
+
+def response_answers(text):
+    """The keywords of a response file that has one stanza, and their values."""
+    return dict(re.findall(r'^(\w+)="(.*)"$', text, re.MULTILINE))
+
+
+def taken_answers(lines):
+    """What iwiWriteDeferredProperties has taken from the response file, by keyword, as a trace log tells it."""
+    own = [match for match in map(STAMPED.fullmatch, lines) if match and match[1] == "iwiWriteDeferredProperties"]
+    found = [re.fullmatch(r"Property '(\w+)', value '(.*)' from response file", match[2]) for match in own]
+    return {match[1]: match[2] for match in found if match}
 
 
 def trace_problems(lines, actions):

@@ -14,7 +14,7 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
-from installation import CANCELLED, FAILED, Machine, Package, read_text, trace_problems
+from installation import CANCELLED, FAILED, Machine, Package, read_text, response_answers, taken_answers, trace_problems
 
 FOLDER = "install_test"
 TEMP = rf"C:\{FOLDER}"
@@ -57,7 +57,7 @@ class Installation(unittest.TestCase):
         return self.msiexec("/x", *options)
 
     def msiexec(self, verb, *options):
-        own = (f"ZQVTEMP={TEMP}", f"ZQVTEMPFILENUM={NUMBER}")
+        own = (f"ZQVTEMP={TEMP}", f"ZQVTEMPFILENUM={NUMBER}", "QVNOSTOP=1")
         return machine.msiexec(verb, self.package.path, FOLDER, *own, *options)
 
     def read(self, name):
@@ -262,6 +262,67 @@ class Services(Installation):
         files = [rf"file: '{tree}\a.txt'", rf"file: '{tree}\sub\b.txt'", rf"file: '{tree}\sub\deep\c.txt'"]
         folders = [rf"path: '{tree}\sub\deep'", rf"path: '{tree}\sub'", rf"path: '{tree}'"]
         self.assertEqual(deleted, files + folders)
+
+
+class ResponseFiles(Installation):
+    """What the user chose travels from one installation to the next."""
+
+    # The feature lists and the comments are for the reader of the file.
+    passed = ["PGMFOLDER", "DATFOLDER", "LOGFOLDER", "KEEPQMDATA", "KEEPWEBDATA", "USERCHOICE", "LAUNCHWIZ"]
+    passed += ["STARTSERVICE", "STARTTASKBAR", "HIGHCONTRAST"]
+
+    def value_list(self):
+        entries = read_text(self.folder / f"zqvp{NUMBER}.txt").rstrip("\n").split(";")
+        return dict(entry.split("=", 1) for entry in entries if entry)
+
+    def install_from(self, path):
+        """The answers of a file are those of the installation."""
+        answers = response_answers(read_text(path))
+        expected = {name: value for name, value in answers.items() if name in self.passed}
+        shutil.copy(path, self.folder / "answers.ini")
+        run = self.install(rf"USEINI={TEMP}\answers.ini", "QVNOSTOP=1")
+        self.assertEqual(run.status, 0)
+        self.assertEqual({name: self.value_list()[name] for name in expected}, expected)
+        nonempty = {name: value for name, value in expected.items() if value}
+        self.assertLessEqual(nonempty.items(), taken_answers(self.read("zqvt0001.log")).items())
+        return expected
+
+    def test_a_written_response_file_is_used_by_the_next_installation(self):
+        given = {"KEEPQMDATA": "delete", "USERCHOICE": "no", "STARTSERVICE": "a=b c", "HIGHCONTRAST": "YES"}
+        options = [f"{name}={value}" for name, value in given.items()]
+        run = self.install(rf"SAVEINI={TEMP}\saved.ini", "QVSETUPTYPE=minimum", "QVNOSTOP=1", *options)
+        self.assertEqual(run.status, 0)
+        self.expect_actions(run, "iwiSetFeaturesMinimum", "iwiWriteResponseFile")
+        bins = sorted(path.name for path in machine.product_files() if path.suffix == ".ini" and path.parent.name == "bin")
+        self.assertEqual(bins, ["zqvserver.ini"])
+
+        saved = (self.folder / "saved.ini").read_bytes()
+        docs = ["de_de", "en_us", "es_es", "fr_fr", "it_it", "ja_jp", "ko_kr", "pt_br", "zh_cn", "zh_tw"]
+        absent = ["FTA_Server", "Explorer", "Client", "FTA_Client", "JavaMsg", "Toolkit"]
+        values = {"PGMFOLDER": r"C:\Program Files\Korvex\Vantrel QV", "DATFOLDER": r"C:\ProgramData\Korvex\Vantrel QV"}
+        values |= {"LOGFOLDER": "", "ADDLOCAL": "Base,Server"}
+        values |= {"REMOVE": ",".join([*absent, *(f"docs_{language}_eclipse" for language in docs)])}
+        values |= {";AGREETOLICENSE": "yes", ";REMOVEFEATURES": "yes", "KEEPQMDATA": "delete", "KEEPWEBDATA": ""}
+        values |= {"USERCHOICE": "no", "LAUNCHWIZ": "", ";WIZPARMFILE": "", "STARTSERVICE": "a=b c"}
+        values |= {"STARTTASKBAR": "", "HIGHCONTRAST": "YES"}
+        lines = ["[Response]", *(f'{name}="{value}"' for name, value in values.items()), ""]
+        self.assertEqual(saved.decode().split("\r\n"), lines)
+
+        self.remove("QVNOSTOP=1")
+        (self.folder / "zqvt0001.log").unlink()
+        self.assertLessEqual(given.items(), self.install_from(self.folder / "saved.ini").items())
+
+    def test_the_sample_response_file(self):
+        self.assertIn("STARTSERVICE", self.install_from(build / "sample.ini"))
+
+    def test_a_bad_response_file_ends_the_installation(self):
+        self.place_messages()
+        (self.folder / "answers.ini").write_text("[Response]\nno keyword\n")
+        for name in ("none.ini", "answers.ini"):
+            run = self.install(rf"USEINI={TEMP}\{name}")
+            self.expect_rolled_back(run, FAILED)
+            # The first action that asks for an answer: not even a trace log is begun.
+            self.assertIn("iwiStartLogs MB error: " + message("2034").replace("%1", rf"{TEMP}\{name}"), run.log)
 
 
 if __name__ == "__main__":

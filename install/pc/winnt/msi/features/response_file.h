@@ -17,8 +17,8 @@ void BeginResponseFile();
 void EndResponseFile();
 
 /// Loads a response file, once a load: when stanzas are loaded already nothing is done, and the answer is 1. Returns 1
-/// when every line was good. Otherwise 0: each bad line is logged and dropped, and the good ones are loaded; a file that
-/// cannot be opened is logged and leaves nothing loaded.
+/// when every line was good. Otherwise 0: each bad line is logged and dropped, and the good ones are loaded; a file
+/// that cannot be opened is logged and leaves nothing loaded.
 int iwiReadResponseFile(const std::string &path);
 
 /// Looks a keyword up in the last stanza of the given name, which is compared without regard to case; the last line of

@@ -1,0 +1,192 @@
+#!/usr/bin/env python3
+"""Installations over a running product, in Wine's installer engine: its services, queue managers and listeners are
+programs that run.
+
+usage: running_test.py BUILD_WINDOWS_DIR [unittest arguments]
+
+The Wine prefix is the folder wine beside the build folder; each test ends what it started and removes what it installed.
+"""
+
+import re
+import shutil
+import stat
+import sys
+import unittest
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
+from installation import CANCELLED, FAILED, Machine, Package, read_text
+from running_product import RunningProduct
+
+FOLDER = "running_test"
+TEMP = rf"C:\{FOLDER}"
+NUMBER = "00a7"
+FIRST, SECOND = "KorvexQVSeries", "QVSeriesServices"
+AGAIN = ("REINSTALL=ALL", "REINSTALLMODE=amus")
+REBOOT_REQUIRED = 3010 & 0xFF
+STOPPING = ("iwiStartStopping", "iwiStopAllQv", "iwiStopAllQvExec")
+
+
+class Running(unittest.TestCase):
+    """Each test installs the product, sets some of it running, and installs it again."""
+
+    def setUp(self):
+        # A test that was cut short may have left the product.
+        self.msiexec("/x", "QVNOSTOP=1")
+        self.product = RunningProduct(machine)
+        self.addCleanup(self.clean)
+        self.assertEqual(self.msiexec("/i", "QVNOSTOP=1").status, 0)
+        self.assertEqual(machine.product_files(), package.files())
+
+    def clean(self):
+        self.product.end()
+        self.msiexec("/x", "QVNOSTOP=1")
+        shutil.rmtree(machine.drive / FOLDER)
+
+    def msiexec(self, verb, *options):
+        """Runs the installer with an empty temporary folder but for the messages."""
+        folder = machine.fresh_folder(FOLDER)
+        shutil.copy(build / "catalogue/zqvircan.dll", folder / f"zqvl{NUMBER}.dll")
+        own = (f"ZQVTEMP={TEMP}", f"ZQVTEMPFILENUM={NUMBER}")
+        return machine.msiexec(verb, package.path, FOLDER, *own, *options)
+
+    def again(self, *options, status=0, more=STOPPING):
+        """Installs once more; gives what `install` gives."""
+        return self.install(*AGAIN, *options, status=status, more=more)
+
+    def install(self, *options, status, more):
+        """An installation; gives the texts of the trace log of each run of an action, in order."""
+        run = self.msiexec("/i", *options)
+        self.assertEqual(run.status, status)
+        if status in (0, REBOOT_REQUIRED):
+            ran = [(outcome.action, outcome.value, outcome.results) for outcome in run.outcomes() if outcome.results]
+            self.assertCountEqual(ran, [(action, 1, [0]) for action in (*package.actions(), *more)])
+        runs = [[]]
+        for line in read_text(machine.drive / FOLDER / "zqvt0001.log").splitlines():
+            if not line.startswith(">>"):
+                action, text = line.split(" QVCA info ", 1)[1].split(": ", 1)
+                self.assertFalse(text.startswith("***"), line)
+                runs[-1].append((action, text))
+                if text.startswith("Returning with rc"):
+                    runs.append([])
+        return [(lines[-1][0], [text for action, text in lines]) for lines in runs if lines]
+
+    def change(self, *programs):
+        """Makes programs differ from those of the package, so that the engine replaces them."""
+        for program in programs:
+            with open(self.product.programs / program, "ab") as file:
+                file.write(b"changed")
+
+    def expect_order(self, lines, *expected):
+        """Some of the lines are those expected, in their order."""
+        rest = iter(lines)
+        for text in expected:
+            self.assertTrue(any(line == text for line in rest), f"'{text}' is missing, or too early, in {lines}")
+
+    def expect_replaced(self, runs):
+        """The engine could replace every file at once, and needs no reboot."""
+        self.product.end()
+        self.assertEqual(machine.product_files(), package.files())
+        self.assertIn("Property 'ZQVBOOT' value set to ''", dict(runs)["iwiSetZqvBoot"])
+
+    def stops(self, runs):
+        """The lines of the immediate and of the deferred stop."""
+        return [lines for action, lines in runs if action == "iwiStopAllQv"]
+
+    def test_services_that_take_their_time(self):
+        self.change("zqvsvc.exe")
+        self.product.register_service(FIRST, "Korvex QVSeries", 2500)
+        self.product.register_service(SECOND, "QVSeries Services", 0)
+        self.product.start_services()
+        runs = self.again()
+        asked = dict(runs)["iwiStartStopping"]
+        self.expect_order(asked, *(f"Stopping service '{name}'" for name in (FIRST, SECOND)))
+        immediate, deferred = self.stops(runs)
+        self.expect_order(immediate, f"Service '{FIRST}' is running", f"Service '{FIRST}' already stopping")
+        self.expect_order(immediate, f"Service '{SECOND}' is not running", f"Total ticks = {(240 + 12 + 120) * 100000}")
+        # One wait for the service; one for the files, which are free by then.
+        waits = [re.sub("[12]", "some", line) for line in deferred if line.startswith("Waited")]
+        self.assertEqual(waits, ["Waited some seconds", "Waited 0 seconds"])
+        self.expect_order(deferred, f"Service '{FIRST}' is running", f"Service '{FIRST}' is not running")
+        self.expect_replaced(runs)
+
+    def test_each_part_ends_in_turn(self):
+        programs = ("zqvzxma0.exe", "runqvlsr.exe", "zqvmtbrn.exe", "zqvmsrvn.exe", "zqvxssvn.exe")
+        self.change(*programs)
+        self.product.list_queue_managers("; one of them", "", " QM.ONE ")
+        for _ in range(2):
+            self.product.start("zqvzxma0.exe", "QM.ONE")
+        # One listener goes when it is asked, the other only by force.
+        listeners = [self.product.start("runqvlsr.exe", *manager) for manager in (["QM.ONE"], [])]
+        for program in ("zqvmtbrn.exe", "zqvmtbrn.exe", "zqvxssvn.exe"):
+            self.product.start(program)
+        (self.product.programs / "zqvmsrvn.exe").chmod(stat.S_IRUSR | stat.S_IRGRP)
+        runs = self.again()
+        self.assertEqual(self.product.outlived(), 0)
+        immediate, deferred = self.stops(runs)
+        self.expect_order(immediate, "Queue manager 'QM.ONE'", "Found endqvlsr")
+        self.assertEqual(immediate[-2], f"Total ticks = {(6 + 90 + 20 + 6 + 120) * 100000}")
+        self.assertFalse([line for line in immediate if line.startswith("Unable to launch")])
+        path = self.product.path
+        waits = [line for line in deferred if line.startswith("Wait")]
+        self.assertEqual(waits, ["Waited 0 seconds", "Wait timed out after 10 seconds", "Waited 0 seconds"])
+        self.expect_order(
+            deferred,
+            "No queue managers running",
+            f"'{path('runqvlsr.exe')}' is in use",
+            f"File '{path('runqvlsr.exe')}' is locked",
+            f"File '{path('zqvmtbrn.exe')}' is locked",
+            f"File '{path('zqvmsrvn.exe')}' is not locked",
+            f"File '{path('zqvxssvn.exe')}' is locked",
+            f"'{path('zqvxssvn.exe')}' is not in use",
+        )
+        found = [re.sub(r"\d+", "N", line) for line in deferred if line.startswith("Found process")]
+        ended = ["runqvlsr.exe", "zqvmtbrn.exe", "zqvmtbrn.exe", "zqvxssvn.exe"]
+        self.assertEqual(found, [f"Found process ID N '{path(program)}'" for program in ended])
+        self.assertEqual(sum(line.endswith(" terminated") for line in deferred), 4)
+        self.assertTrue((self.product.programs / "zqvmsrvn.exe").stat().st_mode & stat.S_IWUSR)
+        self.assertTrue(all(process.returncode == 0 for process in listeners))
+        self.expect_replaced(runs)
+
+    def test_a_file_that_stays_held_is_replaced_at_reboot(self):
+        self.change("zqvmsrvn.exe")
+        self.product.start("zqvmsrvn.exe")
+        runs = self.again("QVNOSTOP=1", status=REBOOT_REQUIRED, more=())
+        self.assertEqual(self.stops(runs), [])
+        self.assertIn("Property 'ZQVBOOT' value set to '1'", dict(runs)["iwiSetZqvBoot"])
+        self.product.end()
+        self.assertEqual(machine.wine("wine", "wineboot"), 0)
+        self.assertEqual(machine.product_files(), package.files())
+
+    def test_only_the_ini_ends_the_installation(self):
+        self.again("ONLYINI=1", status=CANCELLED)
+
+    def test_rename_and_its_rollback(self):
+        self.product.register_service(FIRST, "Korvex QVSeries", 0)
+        runs = self.again("QVNOSTOP=1", "QVRENAMESERVICE=1", more=("iwiRenameQvServiceExec",))
+        renamed = f"Service '{FIRST}' renamed 'Korvex QVSeries Deleted'"
+        self.expect_order(dict(runs)["iwiRenameQvService"], "Deferred execution", renamed)
+        self.assertEqual(self.product.display_name(FIRST), "Korvex QVSeries Deleted")
+
+        # A failure after it: the old name is back. Wine rolls back first installations only.
+        self.assertEqual(self.msiexec("/x", "QVNOSTOP=1").status, 0)
+        runs = self.install("QVRENAMESERVICE=1", "QVFAILDEFERRED=1", status=FAILED, more=())
+        self.assertEqual(machine.product_files(), {})
+        names = [lines for action, lines in runs if action == "iwiRenameQvService"]
+        self.expect_order(names[0], "Deferred execution", renamed)
+        self.expect_order(names[1], "Executing in rollback", f"Service '{FIRST}' renamed 'Korvex QVSeries'")
+        self.assertEqual(self.product.display_name(FIRST), "Korvex QVSeries")
+        # Stopping has nothing to undo.
+        self.assertEqual(len(self.stops(runs)), 3)
+        self.assertIn("MSIRUNMODE_ROLLBACK", " ".join(self.stops(runs)[2]))
+        self.assertNotIn("Deferred execution", self.stops(runs)[2])
+
+
+if __name__ == "__main__":
+    if len(sys.argv) < 2 or not (Path(sys.argv[1]) / "vantrelqv.msi").exists():
+        sys.exit(__doc__)
+    build = Path(sys.argv.pop(1)).resolve()
+    package = Package(build / "vantrelqv.msi")
+    machine = Machine(build.parent / "wine")
+    unittest.main()
