@@ -61,7 +61,7 @@ class Running(unittest.TestCase):
         self.assertEqual(run.status, status)
         if status in (0, REBOOT_REQUIRED):
             ran = [(outcome.action, outcome.value, outcome.results) for outcome in run.outcomes() if outcome.results]
-            self.assertCountEqual(ran, [(action, 1, [0]) for action in (*package.actions(), *more)])
+            self.assertCountEqual(ran, [(action, 1, [0]) for action in package.actions(more)])
         runs = [[]]
         for line in read_text(machine.drive / FOLDER / "zqvt0001.log").splitlines():
             if not line.startswith(">>"):

@@ -62,7 +62,7 @@ struct Program {
 };
 
 struct Service {
-  DWORD state = 4;  // running
+  DWORD state = 4;           // running
   std::uint64_t stopMs = 0;  // how long it takes to stop once it is asked to
   std::uint64_t stopsAt = ~std::uint64_t{0};
   std::string displayName;
@@ -172,7 +172,7 @@ struct World {
   NameMap<Program> programs;  // by the file as it is launched; any other is not found
   std::vector<Launch> launched;
   NameMap<Service> services;
-  std::map<DWORD, std::string> processes;     // image paths by identifier; one that is terminated lets go of its image
+  std::map<DWORD, std::string> processes;   // image paths by identifier; one that is terminated lets go of its image
   void MakePsapi(const std::string &path);  // a process-status library
 
   // Handles.

@@ -4,8 +4,8 @@
 #include "platform/owner.h"
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
-#include "runtime/text.h"
 #include "runtime/table_query.h"
+#include "runtime/text.h"
 
 namespace {
 

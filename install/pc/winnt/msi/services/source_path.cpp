@@ -4,9 +4,9 @@
 #include "runtime/log.h"
 #include "runtime/property_source.h"
 #include "runtime/session.h"
+#include "runtime/table_query.h"
 #include "runtime/text.h"
 #include "services/existence.h"
-#include "runtime/table_query.h"
 
 namespace {
 
