@@ -35,17 +35,13 @@ class RunningTest : public LibraryTest {
     world.WriteFile("C:\\temp\\list.txt", list);
     world.properties["CustomActionData"] = "C:\\temp\\list.txt";
     world.modes = std::move(modes);
-    ForgetRunModes();
     world.messages.clear();
-    world.installerLog.clear();
   }
 
   void Immediate() {
     Reload();
     world.modes.clear();
-    ForgetRunModes();
     world.messages.clear();
-    world.installerLog.clear();
   }
 
   /// The ticks that the progress messages have reported.
@@ -70,18 +66,18 @@ class RunningTest : public LibraryTest {
 };
 
 TEST_F(RunningTest, AFileInUseIsOneThatCannotBeSharedAndIsNoLongerReadOnly) {
-  world.attributes[Bin("zqvsvc.exe")] = FILE_ATTRIBUTE_READONLY;
+  world.Attributes(Bin("zqvsvc.exe")) = FILE_ATTRIBUTE_READONLY;
   EXPECT_EQ(iwiIsFileInUse(Bin("zqvsvc.exe")), 0);
-  EXPECT_EQ(world.attributes[Bin("zqvsvc.exe")] & FILE_ATTRIBUTE_READONLY, 0u);
+  EXPECT_EQ(world.Attributes(Bin("zqvsvc.exe")) & FILE_ATTRIBUTE_READONLY, 0u);
   EXPECT_EQ(iwiIsFileInUse(Bin("none.exe")), 0);
   world.held.insert(Bin("zqvsvc.exe"));
   EXPECT_EQ(iwiIsFileInUse(Bin("zqvsvc.exe")), 1);
   world.failCall = {"GetFileAttributesA", 0, 5};
   EXPECT_EQ(iwiIsFileInUse(Bin("zqvsvc.exe")), 1);
   world.failCall = {"SetFileAttributesA", 0, 5};
-  world.attributes[Bin("zqvsvc.exe")] = FILE_ATTRIBUTE_READONLY;
+  world.Attributes(Bin("zqvsvc.exe")) = FILE_ATTRIBUTE_READONLY;
   EXPECT_EQ(iwiIsFileInUse(Bin("zqvsvc.exe")), 0);  // access is denied before sharing matters
-  EXPECT_EQ(TakeLog("(CaProlog)"),
+  EXPECT_EQ(Lines(),
             "'C:\\qv\\bin\\zqvsvc.exe' is not in use\n"
             "'C:\\qv\\bin\\none.exe' is not in use\n"
             "'C:\\qv\\bin\\zqvsvc.exe' is in use\n"
@@ -152,7 +148,7 @@ TEST_F(RunningTest, AStopRequestGoesToActiveServicesAndItsFailuresHaveTheirLines
     world.failCall = {"ControlService", 0, c.code};
     world.installerLog.clear();
     EXPECT_EQ(iwiStopService(false, false, nullptr, "s"), 0);
-    EXPECT_EQ(TakeLog("(CaProlog)"), Format("Stopping service 's'\n%s\n", c.line)) << c.code;
+    EXPECT_EQ(Lines(), Format("Stopping service 's'\n%s\n", c.line)) << c.code;
   }
   world.failCall = {"OpenServiceA", 0, 5};
   EXPECT_EQ(iwiStopService(false, false, nullptr, "s"), 1);
@@ -165,7 +161,7 @@ TEST_F(RunningTest, AStopRequestGoesToActiveServicesAndItsFailuresHaveTheirLines
   EXPECT_TRUE(iwiServiceExists("s"));
   int ticks = 5;
   EXPECT_EQ(iwiStopService(true, false, &ticks, "s"), 1);
-  EXPECT_EQ(TakeLog("(CaProlog)"),
+  EXPECT_EQ(Lines(),
             "Stopping service 's'\n"
             "Couldn't open service 's' 5\n"
             "Stopping service 's'\n"
@@ -202,7 +198,7 @@ TEST_F(RunningTest, EveryProcessOfAnImageIsEnded) {
 }
 
 TEST_F(RunningTest, PsapiIsUnpackedWhereItIsMissing) {
-  world.tables["Binary"] = {{"Name", "Data"}, {{"psapi.dll", Bytes{1, 2}}}};
+  world.tables["Binary"].rows = {{"psapi.dll", Bytes{1, 2}}};
   std::string path;
   iwiLocatePsapi(&path);
   EXPECT_EQ(path, "C:\\temp\\psapi.dll");

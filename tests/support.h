@@ -28,10 +28,11 @@ class LibraryTest : public testing::Test {
     EXPECT_TRUE(world.badCloses.empty());
   }
 
-  /// Unloads the library and loads it again, as the engine does between two actions.
+  /// Unloads the library and loads it again, as the engine does between two actions; forgets all lines.
   void Reload() {
     Unload();
     LoadInSession();
+    world.installerLog.clear();
   }
 
   /// Loads the library and lets its operations be called without an action around them.
@@ -60,6 +61,21 @@ class LibraryTest : public testing::Test {
     }
     world.installerLog.clear();
     return text;
+  }
+
+  /// The same of operations that no action runs.
+  std::string Lines() { return TakeLog("(CaProlog)"); }
+
+  void ExpectInLog(std::initializer_list<std::string> texts) {
+    for (const std::string &text : texts) {
+      EXPECT_NE(LogText().find(text), std::string::npos) << text << "in\n" << LogText();
+    }
+  }
+
+  /// From now on the nth call of that name fails; or each (0).
+  void Fail(const char *call, DWORD code, int nth = 0) {
+    world.callCount.clear();
+    world.failCall = {call, nth, code};
   }
 
   World &world;

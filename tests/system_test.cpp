@@ -11,8 +11,6 @@ class SystemTest : public LibraryTest {
   SystemTest() {
     world.registry["hklm\\Key"]["Value"] = world.registry["hkcu\\Key"]["Value"] = RegistryValue::Text("long enough");
   }
-
-  std::string Lines() { return TakeLog("(CaProlog)"); }
 };
 
 TEST_F(SystemTest, AProgramIsLaunchedWaitedForAndItsEndReported) {
@@ -33,7 +31,7 @@ TEST_F(SystemTest, AProgramIsLaunchedWaitedForAndItsEndReported) {
     EXPECT_EQ(iwiLaunchAndWait("C:\\bin\\run.exe", "-a \"b\"", "", 0, &exitCode, timeout), result);
     EXPECT_EQ(exitCode, code == 0x80000007 ? code : kNoExitCode);
     EXPECT_EQ(Lines(), "Launching process 'C:\\bin\\run.exe' '-a \"b\"'; dir 'C:\\bin'.\n" + line);
-    EXPECT_EQ(world.openHandles["process"], 0);
+    EXPECT_EQ(world.OpenHandles("process"), 0);
   }
   world.failCall = {};
   program.hasProcess = false;
@@ -47,10 +45,10 @@ TEST_F(SystemTest, AProgramIsLaunchedWaitedForAndItsEndReported) {
 
 TEST_F(SystemTest, OnlyPathsAreLookedForAndTheCommandProcessorNever) {
   world.programs["cmd"] = world.programs["tool"] = {};
-  using Case = std::tuple<std::string, std::string, std::string>;
-  for (const auto &[program, launched, folder] :
-       {Case("cmd.exe", "cmd", ""), Case("C:\\none\\CMD", "cmd", "C:\\none"), Case("C:\\Cmd.com", "cmd", "C:"),
-        Case("tool", "tool", ""), Case("C:\\none\\cmdx", "", ""), Case("\\", "", "")}) {
+  const std::tuple<std::string, std::string, std::string> cases[] = {
+      {"cmd.exe", "cmd", ""}, {"C:\\none\\CMD", "cmd", "C:\\none"}, {"C:\\Cmd.com", "cmd", "C:"},
+      {"tool", "tool", ""},   {"C:\\none\\cmdx", "", ""},           {"\\", "", ""}};
+  for (const auto &[program, launched, folder] : cases) {
     EXPECT_EQ(iwiLaunchAndWait(program, "", "", 5, nullptr, INFINITE), launched.empty() ? 1603u : 0u) << program;
     const std::string line = launched.empty() ? "***Unable to find and run '" + program + "'\n"
                                               : "Launching process '" + launched + "' ''; dir '" + folder + "'.\n";
@@ -64,7 +62,7 @@ TEST_F(SystemTest, ALaunchWithoutWaitHandsTheProcessToItsCaller) {
   OwnedKernelHandle process;
   EXPECT_EQ(iwiLaunch("tool", "-x", "C:\\w", 1, &process), 0u);
   EXPECT_EQ(iwiLaunch("tool", "", "", 1, nullptr), 0u);
-  EXPECT_EQ(world.openHandles["process"], 1);
+  EXPECT_EQ(world.OpenHandles("process"), 1);
   EXPECT_EQ(world.launched[0].mask, 0x40u);
   EXPECT_EQ(iwiLaunch("lost", "", "", 1, &process), 1603u);
   EXPECT_FALSE(process);
@@ -101,7 +99,7 @@ TEST_F(SystemTest, RegistryValuesOfEveryTypeAndSizeAreReadAndTerminated) {
   EXPECT_TRUE(data.empty());
   EXPECT_EQ(result, 0u);
   EXPECT_EQ(world.openedKeys.back(), std::pair(std::string("hklm\\Key"), KEY_QUERY_VALUE));
-  world.deniedKeys = {"hkcu\\Key"};
+  world.failCall = {"RegOpenKeyExA", 0, 5};
   EXPECT_EQ(iwiRegReadValue(HKEY_CURRENT_USER, "Key", "Value", nullptr, nullptr, &result), 0);
   EXPECT_EQ(result, 1603u);
   EXPECT_EQ(Lines(), "***Can't open key 'Key' 5\n");
@@ -145,7 +143,7 @@ TEST_F(SystemTest, DeletedValuesAreLoggedWithTheirRoot) {
   EXPECT_EQ(iwiRegDeleteValue(nullptr, "Key", "", true), 1);
   world.failCall = {"RegDeleteValueA", 0, 5};
   EXPECT_EQ(iwiRegDeleteValue(nullptr, "Key", "Value", false), 0);
-  world.deniedKeys = {"hklm\\Key"};
+  world.failCall = {"RegOpenKeyExA", 0, 5};
   EXPECT_EQ(iwiRegDeleteValue(nullptr, "Key", "Value", false), 0);
   EXPECT_EQ(Lines(),
             "Deleted value [HKLM\\HKLM\\Key] 'Value'\nDeleted value [HKLM\\\\Key] 'Value'\n"

@@ -4,7 +4,8 @@ programs that run.
 
 usage: running_test.py BUILD_WINDOWS_DIR [unittest arguments]
 
-The Wine prefix is the folder wine beside the build folder; each test ends what it started and removes what it installed.
+The Wine prefix is the folder wine beside the build folder; each test ends what it started and removes what it
+installed.
 """
 
 import re
@@ -33,7 +34,8 @@ class Running(unittest.TestCase):
 
     def setUp(self):
         # A test that was cut short may have left the product.
-        self.msiexec("/x", "QVNOSTOP=1")
+        if machine.product_files():
+            self.msiexec("/x", "QVNOSTOP=1")
         self.product = RunningProduct(machine)
         self.addCleanup(self.clean)
         self.assertEqual(self.msiexec("/i", "QVNOSTOP=1").status, 0)
@@ -41,7 +43,8 @@ class Running(unittest.TestCase):
 
     def clean(self):
         self.product.end()
-        self.msiexec("/x", "QVNOSTOP=1")
+        if machine.product_files():
+            self.msiexec("/x", "QVNOSTOP=1")
         shutil.rmtree(machine.drive / FOLDER)
 
     def msiexec(self, verb, *options):

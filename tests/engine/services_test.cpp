@@ -138,9 +138,7 @@ TEST_F(ServicesTest, TreesAreCopiedCountedAndDeleted) {
   EXPECT_TRUE(Exists(copy + "\\b.dat"));
 }
 
-void CALLBACK Release(void *handle, BOOLEAN /*timedOut*/) {
-  CloseHandle(handle);
-}
+void CALLBACK Release(void *handle, BOOLEAN /*timedOut*/) { CloseHandle(handle); }
 
 TEST_F(ServicesTest, AFolderInUseIsTriedAgain) {
   const std::string path = folder + "\\busy";

@@ -21,25 +21,6 @@ inline void Require(bool condition, DWORD code) {
   }
 }
 
-/// A call that answers `failed` and sets the last error when it fails; a body without an answer stands for TRUE.
-template <typename T, typename Body>
-T Call(const char *name, T failed, Body body) {
-  World &world = TheWorld();
-  try {
-    const DWORD code = world.Count(name);
-    Require(code == 0, code);
-    if constexpr (std::is_void_v<decltype(body(world))>) {
-      body(world);
-      return TRUE;
-    } else {
-      return static_cast<T>(body(world));
-    }
-  } catch (const Failure &failure) {
-    world.lastError = failure.code;
-    return failed;
-  }
-}
-
 /// A call that returns its error code, and leaves garbage as the last error whatever happens.
 template <typename Body>
 DWORD CodedCall(const char *name, Body body) {
@@ -54,6 +35,25 @@ DWORD CodedCall(const char *name, Body body) {
   }
 }
 
+/// A call that answers `failed` and sets the last error when it fails; a body without an answer stands for TRUE.
+template <typename T, typename Body>
+T Call(const char *name, T failed, Body body) {
+  T answer = failed;
+  const DWORD code = CodedCall(name, [&](World &world) {
+    using Answer = decltype(body(world));
+    if constexpr (std::is_void_v<Answer>) {
+      body(world);
+      answer = TRUE;
+    } else if constexpr (std::is_pointer_v<T> && std::is_integral_v<Answer>) {
+      answer = reinterpret_cast<T>(body(world));
+    } else {
+      answer = static_cast<T>(body(world));
+    }
+  });
+  TheWorld().lastError = code != 0 ? code : TheWorld().lastError;
+  return answer;
+}
+
 /// Copies what fits of `text`, terminates it, and spoils the rest of the buffer.
 inline void Fill(char *buffer, std::size_t capacity, std::string_view text) {
   if (capacity > 0) {
@@ -62,8 +62,14 @@ inline void Fill(char *buffer, std::size_t capacity, std::string_view text) {
   }
 }
 
-inline std::string OrEmpty(const char *text) {
-  return text == nullptr ? std::string() : std::string(text);
+inline std::string OrEmpty(const char *text) { return text == nullptr ? std::string() : std::string(text); }
+
+/// The entry of that name; there being none is the failure `unknown`.
+template <typename Map, typename Key>
+auto &Known(Map &map, const Key &key, DWORD unknown) {
+  const auto entry = map.find(key);
+  Require(entry != map.end(), unknown);
+  return entry->second;
 }
 
 template <typename Handle>

@@ -1,6 +1,5 @@
 #include <cstdio>
 #include <cstdlib>
-#include <numeric>
 
 #include "fake/call.h"
 #include "platform/msi.h"
@@ -11,13 +10,9 @@ constexpr DWORD kBadQuery = 1615;
 constexpr DWORD kFunctionFailed = 1627;
 
 void PutText(const std::string &text, char *buffer, DWORD *length) {
-  Require(buffer == nullptr || length != nullptr, ERROR_INVALID_PARAMETER);
-  DWORD unwanted = 0;
-  const DWORD capacity = std::exchange(length != nullptr ? *length : unwanted, static_cast<DWORD>(text.size()));
-  if (buffer != nullptr) {
-    Fill(buffer, capacity, text);
-    Require(text.size() < capacity, ERROR_MORE_DATA);
-  }
+  const DWORD capacity = std::exchange(*length, static_cast<DWORD>(text.size()));
+  Fill(buffer, capacity, text);
+  Require(text.size() < capacity, ERROR_MORE_DATA);
 }
 
 std::string TextOf(const Cell &cell) {
@@ -27,13 +22,7 @@ std::string TextOf(const Cell &cell) {
   return number != nullptr ? std::to_string(*number) : text != nullptr ? *text : "";
 }
 
-template <typename Map>
-auto &Known(Map &map, LPCSTR name, DWORD unknown) {
-  Require(name != nullptr, ERROR_INVALID_PARAMETER);
-  const auto entry = map.find(name);
-  Require(entry != map.end(), unknown);
-  return entry->second;
-}
+void RequireSession(MSIHANDLE session) { Require(session == kSession, ERROR_INVALID_HANDLE); }
 
 /// Checks the session of a call that a deferred action cannot make.
 void RequireImmediate(const World &world, MSIHANDLE session) {
@@ -44,19 +33,20 @@ UINT GetState(const char *call, std::map<std::string, InstallState> World::*stat
               LPCSTR name, INSTALLSTATE *installed, INSTALLSTATE *action) {
   return CodedCall(call, [&](World &world) {
     RequireImmediate(world, session);
-    const InstallState &state = Known(world.*states, name, unknown);
-    Require(installed != nullptr && action != nullptr, ERROR_INVALID_PARAMETER);
+    const InstallState &state = Known(world.*states, OrEmpty(name), unknown);
     *installed = state.installed;
     *action = state.action;
   });
 }
 
+Cell &Field(World &world, MSIHANDLE record, UINT field) {
+  Row &fields = world.Object(record, "record").fields;
+  Require(field < fields.size(), ERROR_INVALID_PARAMETER);
+  return fields[field];
+}
+
 UINT SetField(const char *call, MSIHANDLE record, UINT field, const Cell &cell) {
-  return CodedCall(call, [&](World &world) {
-    Row &fields = world.Object(record, "record").fields;
-    Require(field < fields.size(), ERROR_INVALID_PARAMETER);
-    fields[field] = cell;
-  });
+  return CodedCall(call, [&](World &world) { Field(world, record, field) = cell; });
 }
 
 std::size_t ColumnOf(const Table &table, const std::string &column) {
@@ -75,8 +65,7 @@ UINT MsiCloseHandle(MSIHANDLE handle) {
 
 UINT MsiGetPropertyA(MSIHANDLE session, LPCSTR name, LPSTR buffer, DWORD *length) {
   return CodedCall("MsiGetPropertyA", [&](World &world) {
-    Require(session == kSession, ERROR_INVALID_HANDLE);
-    Require(name != nullptr, ERROR_INVALID_PARAMETER);
+    RequireSession(session);
     const auto property = world.properties.find(name);
     const bool hidden = world.Deferred() && std::strcmp(name, "CustomActionData") != 0;
     PutText(hidden || property == world.properties.end() ? "" : property->second, buffer, length);
@@ -85,8 +74,8 @@ UINT MsiGetPropertyA(MSIHANDLE session, LPCSTR name, LPSTR buffer, DWORD *length
 
 UINT MsiSetPropertyA(MSIHANDLE session, LPCSTR name, LPCSTR value) {
   return CodedCall("MsiSetPropertyA", [&](World &world) {
-    Require(session == kSession, ERROR_INVALID_HANDLE);
-    Require(name != nullptr && *name != '\0', ERROR_INVALID_PARAMETER);
+    RequireSession(session);
+    Require(*name != '\0', ERROR_INVALID_PARAMETER);
     Require(!world.Deferred(), kFunctionFailed);
     world.properties[name] = OrEmpty(value);
     std::erase_if(world.properties, [](const auto &property) { return property.second.empty(); });
@@ -95,7 +84,7 @@ UINT MsiSetPropertyA(MSIHANDLE session, LPCSTR name, LPCSTR value) {
 
 BOOL MsiGetMode(MSIHANDLE session, MSIRUNMODE mode) {
   return Call("MsiGetMode", FALSE, [&](World &world) {
-    Require(session == kSession, ERROR_INVALID_HANDLE);
+    RequireSession(session);
     const bool visible = !world.Deferred() || mode >= MSIRUNMODE_SCHEDULED;
     return visible && world.modes.count(mode) ? TRUE : FALSE;
   });
@@ -103,23 +92,20 @@ BOOL MsiGetMode(MSIHANDLE session, MSIRUNMODE mode) {
 
 int MsiProcessMessage(MSIHANDLE session, INSTALLMESSAGE type, MSIHANDLE record) {
   return Call("MsiProcessMessage", -1, [&](World &world) {
-    Require(session == kSession, ERROR_INVALID_HANDLE);
-    const Message message{type, world.Object(record, "record").fields};
-    world.messages.push_back(message);
-    if (type == INSTALLMESSAGE_INFO && message.fields.size() > 1) {
-      world.installerLog.push_back(TextOf(message.fields[1]));
+    RequireSession(session);
+    const Row &fields = world.Object(record, "record").fields;
+    world.messages.push_back({type, fields});
+    if (type == INSTALLMESSAGE_INFO && fields.size() > 1) {
+      world.installerLog.push_back(TextOf(fields[1]));
     }
-    if (world.onMessage) {
-      world.onMessage(message);
-    }
-    return world.messageAnswer;
+    return 1;
   });
 }
 
 UINT MsiSetFeatureStateA(MSIHANDLE session, LPCSTR feature, INSTALLSTATE state) {
   return CodedCall("MsiSetFeatureStateA", [&](World &world) {
     RequireImmediate(world, session);
-    Known(world.features, feature, 1606).action = state;
+    Known(world.features, OrEmpty(feature), 1606).action = state;
   });
 }
 
@@ -142,16 +128,13 @@ UINT MsiGetComponentStateA(MSIHANDLE session, LPCSTR component, INSTALLSTATE *in
 UINT MsiGetSourcePathA(MSIHANDLE session, LPCSTR folder, LPSTR buffer, DWORD *length) {
   return CodedCall("MsiGetSourcePathA", [&](World &world) {
     RequireImmediate(world, session);
-    PutText(Known(world.sourcePaths, folder, ERROR_DIRECTORY), buffer, length);
+    PutText(Known(world.sourcePaths, OrEmpty(folder), ERROR_DIRECTORY), buffer, length);
   });
 }
 
 MSIHANDLE MsiCreateRecord(UINT fields) {
-  return Call("MsiCreateRecord", MSIHANDLE{0}, [&](World &world) {
-    OpenObject record("record");
-    record.fields.resize(fields + 1);
-    return world.Open(std::move(record));
-  });
+  return Call("MsiCreateRecord", MSIHANDLE{0},
+              [&](World &world) { return world.Open({.kind = "record", .fields = Row(fields + 1)}); });
 }
 
 UINT MsiRecordSetStringA(MSIHANDLE record, UINT field, LPCSTR value) {
@@ -163,17 +146,13 @@ UINT MsiRecordSetInteger(MSIHANDLE record, UINT field, int value) {
 }
 
 UINT MsiRecordGetStringA(MSIHANDLE record, UINT field, LPSTR buffer, DWORD *length) {
-  return CodedCall("MsiRecordGetStringA", [&](World &world) {
-    const Row &fields = world.Object(record, "record").fields;
-    PutText(field < fields.size() ? TextOf(fields[field]) : "", buffer, length);
-  });
+  return CodedCall("MsiRecordGetStringA",
+                   [&](World &world) { PutText(TextOf(Field(world, record, field)), buffer, length); });
 }
 
 int MsiRecordGetInteger(MSIHANDLE record, UINT field) {
   return Call("MsiRecordGetInteger", MSI_NULL_INTEGER, [&](World &world) {
-    const Row &fields = world.Object(record, "record").fields;
-    Require(field < fields.size(), ERROR_INVALID_PARAMETER);
-    const std::string text = TextOf(fields[field]);
+    const std::string text = TextOf(Field(world, record, field));
     char *end = nullptr;
     const long number = std::strtol(text.c_str(), &end, 10);
     return text.empty() || *end != '\0' ? MSI_NULL_INTEGER : static_cast<int>(number);
@@ -182,45 +161,40 @@ int MsiRecordGetInteger(MSIHANDLE record, UINT field) {
 
 UINT MsiRecordReadStream(MSIHANDLE record, UINT field, char *buffer, DWORD *length) {
   return CodedCall("MsiRecordReadStream", [&](World &world) {
-    OpenObject &object = world.Object(record, "record");
-    Require(field < object.fields.size() && length != nullptr, ERROR_INVALID_PARAMETER);
-    const Bytes *bytes = std::get_if<Bytes>(&object.fields[field]);
+    const Bytes *bytes = std::get_if<Bytes>(&Field(world, record, field));
     Require(bytes != nullptr, 1804);
-    std::size_t &read = object.streamRead[field];
-    const std::size_t left = bytes->size() - read;
-    const DWORD capacity = std::exchange(*length, static_cast<DWORD>(left));
-    if (buffer != nullptr) {
-      *length = std::min(*length, capacity);
-      std::memset(buffer, kJunk, capacity);
-      std::copy_n(bytes->begin() + static_cast<std::ptrdiff_t>(read), *length, buffer);
-      read += *length;
-    }
+    std::size_t &read = world.Object(record, "record").next;
+    std::memset(buffer, kJunk, *length);
+    *length = static_cast<DWORD>(std::min<std::size_t>(*length, bytes->size() - read));
+    std::copy_n(bytes->data() + read, *length, buffer);
+    read += *length;
   });
 }
 
 MSIHANDLE MsiGetActiveDatabase(MSIHANDLE session) {
   return Call("MsiGetActiveDatabase", MSIHANDLE{0}, [&](World &world) {
     RequireImmediate(world, session);
-    return world.Open(OpenObject("database"));
+    return world.Open({.kind = "database"});
   });
 }
 
 UINT MsiDatabaseOpenViewA(MSIHANDLE database, LPCSTR query, MSIHANDLE *view) {
   return CodedCall("MsiDatabaseOpenViewA", [&](World &world) {
     world.Object(database, "database");
-    Require(query != nullptr && view != nullptr, ERROR_INVALID_PARAMETER);
-    char column[512] = "", table[512] = "", where[512] = "", value[512] = "";
+    char column[512] = "", name[512] = "", where[512] = "", value[512] = "";
     const int parts =
-        std::sscanf(query, "SELECT %511s FROM %511s WHERE %511[^= ]%*[ =]'%511[^']'", column, table, where, value);
-    const auto entry = world.tables.find(table);
-    Require(parts >= 2 && entry != world.tables.end(), kBadQuery);
-    OpenObject object("view", table);
-    object.columns.resize(*column == '*' ? entry->second.columns.size() : 1);
-    std::iota(object.columns.begin(), object.columns.end(), *column == '*' ? 0 : ColumnOf(entry->second, column));
-    if (parts > 2) {
-      object.where = {ColumnOf(entry->second, where), value};
+        std::sscanf(query, "SELECT %511s FROM %511s WHERE %511[^= ]%*[ =]'%511[^']'", column, name, where, value);
+    Require(parts == 2 || parts == 4, kBadQuery);
+    const Table &table = Known(world.tables, name, kBadQuery);
+    const std::size_t selected = *column == '*' ? 0 : ColumnOf(table, column);
+    const std::size_t compared = parts == 2 ? 0 : ColumnOf(table, where);
+    OpenObject object{.kind = "view", .name = name};
+    for (const Row &row : table.rows) {
+      if (parts == 2 || row.at(compared) == Cell{std::string(value)}) {
+        object.rows.push_back(*column == '*' ? row : Row{row.at(selected)});
+      }
     }
-    *view = static_cast<MSIHANDLE>(world.Open(std::move(object)));
+    *view = static_cast<MSIHANDLE>(world.Open(object));
   });
 }
 
@@ -234,41 +208,24 @@ UINT MsiViewExecute(MSIHANDLE view, MSIHANDLE) {
 UINT MsiViewFetch(MSIHANDLE view, MSIHANDLE *record) {
   return CodedCall("MsiViewFetch", [&](World &world) {
     OpenObject &object = world.Object(view, "view");
-    Require(record != nullptr, ERROR_INVALID_PARAMETER);
     Require(object.executed, kFunctionFailed);
-    const Table &table = world.tables[object.name];
-    while (object.next < table.rows.size()) {
-      const Row &row = table.rows[object.next++];
-      if (!object.where || row.at(object.where->first) == Cell{object.where->second}) {
-        OpenObject fetched("record");
-        fetched.fields.resize(1);
-        for (const std::size_t column : object.columns) {
-          fetched.fields.push_back(row.at(column));
-        }
-        *record = static_cast<MSIHANDLE>(world.Open(std::move(fetched)));
-        return;
-      }
-    }
-    throw Failure{ERROR_NO_MORE_ITEMS};
+    Require(object.next < object.rows.size(), ERROR_NO_MORE_ITEMS);
+    Row fields = object.rows[object.next++];
+    fields.insert(fields.begin(), Cell{});
+    *record = static_cast<MSIHANDLE>(world.Open({.kind = "record", .fields = fields}));
   });
 }
 
 UINT MsiViewModify(MSIHANDLE view, MSIMODIFY mode, MSIHANDLE record) {
   return CodedCall("MsiViewModify", [&](World &world) {
-    const OpenObject &object = world.Object(view, "view");
+    Table &table = world.tables[world.Object(view, "view").name];
     const Row &fields = world.Object(record, "record").fields;
-    Table &table = world.tables[object.name];
     Require(mode == MSIMODIFY_INSERT_TEMPORARY, ERROR_INVALID_PARAMETER);
-    Require(fields.size() > table.columns.size(), kFunctionFailed);
-    const Row row(fields.begin() + 1, fields.begin() + 1 + static_cast<std::ptrdiff_t>(table.columns.size()));
-    Require(table.keys <= row.size(), kFunctionFailed);
-    const auto keysEnd = row.begin() + static_cast<std::ptrdiff_t>(table.keys);
-    for (const Row &other : table.rows) {
-      Require(!std::equal(row.begin(), keysEnd, other.begin()), kFunctionFailed);
-    }
-    Require(std::find(row.begin(), keysEnd, Cell{}) == keysEnd, kFunctionFailed);
+    Require(fields.size() == table.columns.size() + 1 && fields[1] != Cell{}, kFunctionFailed);
+    const Row row(fields.begin() + 1, fields.end());
+    Require(std::none_of(table.rows.begin(), table.rows.end(), [&](const Row &other) { return other[0] == row[0]; }),
+            kFunctionFailed);
     table.rows.push_back(row);
-    world.temporaryRows[object.name].push_back(row);
   });
 }
 
@@ -278,17 +235,16 @@ UINT MsiViewClose(MSIHANDLE view) {
 
 UINT MsiEnumRelatedProductsA(LPCSTR upgradeCode, DWORD reserved, DWORD index, LPSTR product) {
   return CodedCall("MsiEnumRelatedProductsA", [&](World &world) {
-    Require(OrEmpty(upgradeCode).size() == 38 && reserved == 0 && product != nullptr, ERROR_INVALID_PARAMETER);
-    const auto products = world.relatedProducts.find(upgradeCode);
-    Require(products != world.relatedProducts.end() && index < products->second.size(), ERROR_NO_MORE_ITEMS);
-    Fill(product, 39, products->second[index]);
+    Require(OrEmpty(upgradeCode).size() == 38 && reserved == 0, ERROR_INVALID_PARAMETER);
+    const auto &products = Known(world.relatedProducts, upgradeCode, ERROR_NO_MORE_ITEMS);
+    Require(index < products.size(), ERROR_NO_MORE_ITEMS);
+    Fill(product, 39, products[index]);
   });
 }
 
 UINT MsiGetProductInfoA(LPCSTR product, LPCSTR attribute, LPSTR buffer, DWORD *length) {
   return CodedCall("MsiGetProductInfoA", [&](World &world) {
-    auto &info = Known(world.productInfo, product, 1605);
-    PutText(Known(info, attribute, 1608), buffer, length);
+    PutText(Known(Known(world.productInfo, product, 1605), attribute, 1608), buffer, length);
   });
 }
 

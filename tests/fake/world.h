@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -32,19 +33,32 @@ using Cell = std::variant<std::monostate, int, std::string, Bytes>;  // nothing,
 using Row = std::vector<Cell>;
 
 struct Table {
-  std::vector<std::string> columns;
+  std::vector<std::string> columns;  // the first is the key
   std::vector<Row> rows;
-  std::size_t keys = 1;  // how many of the first columns are the primary key
 };
 
 struct InstallState {
-  INSTALLSTATE installed = INSTALLSTATE_ABSENT;
-  INSTALLSTATE action = INSTALLSTATE_UNKNOWN;
+  INSTALLSTATE installed = INSTALLSTATE_ABSENT, action = INSTALLSTATE_UNKNOWN;
 };
 
 struct Message {
   int type;
   Row fields;  // fields[0] is the template
+};
+
+/// A file; or a folder with its entries; or a junction, a folder with a target.
+struct Node {
+  DWORD attributes = 0x20;  // archive
+  std::string bytes;
+  NameMap<std::shared_ptr<Node>> entries;
+  std::string target;
+  bool IsFolder() const { return attributes & FILE_ATTRIBUTE_DIRECTORY; }
+};
+
+/// Where a path leads.
+struct Place {
+  std::string path, name;              // in full, and its last element
+  std::shared_ptr<Node> folder, node;  // null: there is none
 };
 
 struct Module {
@@ -55,10 +69,15 @@ struct Module {
 
 struct Program {
   DWORD error = 0;  // the launch fails with this
-  std::uint64_t runtimeMs = 0;
   DWORD exitCode = 0;
-  std::function<void()> onLaunch;
+  std::uint64_t runtimeMs = 0;
   bool hasProcess = true;  // false: the launch succeeds without a process handle, as a document's may
+};
+
+struct Launch {
+  std::string file, parameters, folder, verb;
+  int show;
+  DWORD mask;
 };
 
 struct Service {
@@ -68,48 +87,37 @@ struct Service {
   std::string displayName;
 };
 
-struct Launch {
-  std::string file, parameters, folder, verb;
-  int show;
-  DWORD mask;
-};
-
 struct Box {
   std::string text, caption;
   UINT type;
   int language;  // -1: none was asked for
 };
 
+struct Window {
+  int finds;  // how often it is still found after WM_CLOSE
+  bool closing = false;
+};
+
 struct RegistryValue {
   DWORD type;
   std::string bytes;
   static RegistryValue Text(const std::string &text) { return {REG_SZ, text + '\0'}; }
-  static RegistryValue Number(DWORD number) { return {REG_DWORD, {reinterpret_cast<const char *>(&number), 4}}; }
 };
 
 /// What an open handle stands for; each kind uses the members that it needs.
 struct OpenObject {
-  explicit OpenObject(const char *itsKind, std::string itsName = "") : kind(itsKind), name(std::move(itsName)) {}
-  std::string kind;  // record, view, database, file, mutex, process, search, key, stream
-  std::string name;  // table, path, mutex or key
-  Row fields;
-  std::map<UINT, std::size_t> streamRead;
-  std::vector<std::size_t> columns;
-  std::optional<std::pair<std::size_t, std::string>> where;
-  bool executed = false;
-  std::size_t next = 0;
+  std::string kind;  // record, view, database, file, stream, search, mutex, process, key, manager, service
+  std::string name;  // table, path, mutex, key or service
   DWORD access = 0, share = 0;
+  std::shared_ptr<Node> node;
+  bool isText = false;
   std::vector<WIN32_FIND_DATAA> found;
+  std::size_t next = 0;  // row, found entry or byte of the stream
+  Row fields;
+  std::vector<Row> rows;
+  bool executed = false;
+  DWORD process = 0, exitCode = 0;
   std::uint64_t endsAt = 0;
-  DWORD exitCode = 0;
-};
-
-/// Where a Windows path leads to in the scratch folder.
-struct Place {
-  std::string name;  // the full Windows path
-  std::string host;
-  bool parentExists = false, exists = false, isRoot = false;
-  DWORD attributes = 0;
 };
 
 inline constexpr MSIHANDLE kSession = 3;
@@ -117,56 +125,48 @@ inline constexpr std::uint64_t kForever = ~std::uint64_t{0};
 
 struct World {
   World();
-  ~World();
-  World(const World &) = delete;
-  World &operator=(const World &) = delete;
 
   // The session. In a deferred action (mode 16, 17 or 18) only CustomActionData can be read and nothing set.
   std::map<std::string, std::string> properties;
   std::set<int> modes;
   std::vector<Message> messages;
   std::vector<std::string> installerLog;  // field 1 of the INFO messages
-  int messageAnswer = 1;
-  std::function<void(const Message &)> onMessage;  // runs before the answer is given, and may change it
-  std::map<std::string, Table> tables;
-  std::map<std::string, std::vector<Row>> temporaryRows;  // what was inserted, by table; `tables` has them too
+  std::map<std::string, Table> tables{
+      {"Binary", {{"Name", "Data"}, {}}},
+      {"Component", {{"Component"}, {}}},
+      {"CustomAction", {{"Action", "Type"}, {}}},
+      {"File", {{"File", "FileName"}, {}}},
+      {"RemoveFile", {{"FileKey", "Component_", "FileName", "DirProperty", "InstallMode"}, {}}}};
   std::map<std::string, InstallState> features, components;
   std::vector<int> installLevels;  // each that was set
   std::map<std::string, std::string> sourcePaths;
   NameMap<std::vector<std::string>> relatedProducts;        // product codes by upgrade code
   NameMap<std::map<std::string, std::string>> productInfo;  // attributes by product code
 
-  // Files: the sets and maps hold full Windows paths, with backslashes.
-  NameSet drives{"c"};
-  NameSet held;         // open in another process, shared with nobody
-  NameSet deniedPaths;  // no access
+  // Files, by full Windows paths with backslashes. The paths that the functions take may be longer than Windows allows.
+  NameSet held;  // open in another process, shared with nobody
   NameSet failWritesTo;
-  NameMap<DWORD> attributes;  // read-only, hidden, system…; a file that is not in it has the archive bit
   std::vector<std::string> rebootDeletes;
-  void WriteFile(const std::string &path, std::string_view bytes);  // makes missing folders
-  std::optional<std::string> ReadFile(const std::string &path);
-  void MakeFolder(const std::string &path);
+  Node &WriteFile(const std::string &path, std::string_view bytes);  // makes missing folders
+  Node &MakeFolder(const std::string &path);
   void MakeJunction(const std::string &path, const std::string &target);
-  bool Exists(const std::string &path);
-  std::string HostPath(const std::string &path);
+  void Remove(const std::string &path);  // with all below
+  bool Exists(const std::string &path) { return Find(path).node != nullptr; }
+  DWORD &Attributes(const std::string &path) { return Find(path).node->attributes; }
+  std::optional<std::string> ReadFile(const std::string &path);
 
-  // Time, user, modules, environment, windows.
+  // Time, modules, environment, windows.
   std::uint64_t clockMs = 1709634315000;  // since 1970; Tuesday 5 March 2024, 10:25:15
   std::uint64_t slept = 0;                // milliseconds, all Sleep calls together
   std::function<void(DWORD)> onSleep;
-  std::string userName = "tester";
-  std::multiset<std::string> mutexes;
-  NameMap<Module> modules;  // by path, as it is loaded
+  std::set<std::string> mutexes;  // of other processes
+  NameMap<Module> modules;        // by path, as it is loaded
   NameMap<std::string> environment;
   std::vector<Box> boxes;
-  int boxAnswer = 1;
-  NameMap<int> windows;  // by class: how often it is still found after WM_CLOSE; below zero: it ignores WM_CLOSE
-  NameSet closingWindows;
-  std::vector<std::pair<std::string, UINT>> posted;
+  NameMap<Window> windows;  // by class
 
   // The registry: by "hklm\path", "hkcu\path" or "hkcr\path", then by value name.
   NameMap<NameMap<RegistryValue>> registry;
-  NameSet deniedKeys;
   std::vector<std::pair<std::string, DWORD>> openedKeys;  // each key ever asked for, with the access
 
   NameMap<Program> programs;  // by the file as it is launched; any other is not found
@@ -175,16 +175,14 @@ struct World {
   std::map<DWORD, std::string> processes;   // image paths by identifier; one that is terminated lets go of its image
   void MakePsapi(const std::string &path);  // a process-status library
 
-  // Handles.
-  std::map<std::string, int> openHandles;  // by kind; "module" counts loads
+  // Handles: how many are open of a kind, or of all; "module" counts loads.
+  int OpenHandles(std::string_view kind = "") const;
   std::vector<std::string> badCloses;
-  int OpenHandles() const;
 
-  // Counting and failing. `failAt` counts all calls that can fail, from 1; `failCall.nth` those of one name (0: each).
+  // Counting and failing the calls that can fail. Both counts begin with 1; `nth` is among the calls of that name (0:
+  // each) or, without a name, among all.
   int calls = 0;
   std::map<std::string, int> callCount;
-  int failAt = 0;
-  DWORD failCode = 1627;
   struct {
     std::string name;
     int nth = 0;
@@ -195,12 +193,11 @@ struct World {
 
   // For the stand-in's own files.
   DWORD lastError = 0;
-  std::string root;
+  std::shared_ptr<Node> root;  // its entries are drives and shares
   std::map<std::uintptr_t, OpenObject> objects;
   DWORD Count(const char *name);
   bool Deferred() const { return modes.count(16) || modes.count(17) || modes.count(18); }
-  Place Find(const char *path);
-  Place FindExisting(const char *path);
+  Place Find(const std::string &path);
   std::uintptr_t Open(OpenObject object);
   OpenObject &Object(std::uintptr_t handle, const char *kind);
   DWORD Close(const char *call, std::uintptr_t handle, const std::set<std::string> &kinds);
@@ -208,5 +205,5 @@ struct World {
 
 World &TheWorld();
 
-/// Puts a fresh world in the place of the old one, whose scratch folder goes.
+/// Puts a fresh world in the place of the old one.
 World &ResetWorld();

@@ -17,6 +17,4 @@ inline constexpr const char *kFeatureNames[] = {
 #undef FEATURE
 };
 
-constexpr const char *NameOf(Feature feature) {
-  return kFeatureNames[static_cast<int>(feature)];
-}
+constexpr const char *NameOf(Feature feature) { return kFeatureNames[static_cast<int>(feature)]; }

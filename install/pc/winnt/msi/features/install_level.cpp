@@ -17,13 +17,9 @@ LoadState<State> state;
 
 }  // namespace
 
-void BeginInstallLevel() {
-  state.Begin();
-}
+void BeginInstallLevel() { state.Begin(); }
 
-void EndInstallLevel() {
-  state.End();
-}
+void EndInstallLevel() { state.End(); }
 
 UINT SetInstallLevel(int level) {
   if (state->isSet) {

@@ -74,10 +74,6 @@ UINT SetFeatures(const Preset &preset) {
 
 }  // namespace
 
-UINT SetFeaturesMinimum() {
-  return SetFeatures(kMinimum);
-}
+UINT SetFeaturesMinimum() { return SetFeatures(kMinimum); }
 
-UINT SetFeaturesTypical() {
-  return SetFeatures(kTypical);
-}
+UINT SetFeaturesTypical() { return SetFeatures(kTypical); }

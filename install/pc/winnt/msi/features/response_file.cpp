@@ -122,9 +122,7 @@ bool LoadLine(std::string_view line) {
 }
 
 /// What the stanza's keys begin with. No name and no keyword holds a line feed, so it parts the two.
-std::string KeyOfStanza(const std::string &name) {
-  return LowerCase(name) + '\n';
-}
+std::string KeyOfStanza(const std::string &name) { return LowerCase(name) + '\n'; }
 
 std::string KeyOfKeyword(bool exactCase, const std::string &keyword) {
   return exactCase ? keyword : LowerCase(keyword);
@@ -148,13 +146,9 @@ Index MakeIndex(bool exactCase) {
 
 }  // namespace
 
-void BeginResponseFile() {
-  state.Begin();
-}
+void BeginResponseFile() { state.Begin(); }
 
-void EndResponseFile() {
-  state.End();
-}
+void EndResponseFile() { state.End(); }
 
 int iwiReadResponseFile(const std::string &path) {
   if (!state->stanzas.empty()) {

@@ -1,5 +1,3 @@
 #include "platform/c_file.h"
 
-std::FILE *OpenCFile(const char *path, const char *mode) {
-  return std::fopen(path, mode);
-}
+std::FILE *OpenCFile(const char *path, const char *mode) { return std::fopen(path, mode); }

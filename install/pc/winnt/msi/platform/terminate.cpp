@@ -5,8 +5,6 @@
 namespace __gnu_cxx {
 
 [[noreturn]] void __verbose_terminate_handler();  // NOLINT(bugprone-reserved-identifier)
-void __verbose_terminate_handler() {
-  std::abort();
-}
+void __verbose_terminate_handler() { std::abort(); }
 
 }  // namespace __gnu_cxx

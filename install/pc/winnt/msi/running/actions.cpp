@@ -15,9 +15,7 @@ constexpr int kFullUserInterface = 5;
 constexpr DWORD kReplacedFilesLength = 64;
 
 /// Publishes a yes as "1" and a no as the empty value, which removes the property.
-UINT SetFlag(const char *name, bool value) {
-  return SetProperty(name, value ? "1" : "");
-}
+UINT SetFlag(const char *name, bool value) { return SetProperty(name, value ? "1" : ""); }
 
 }  // namespace
 

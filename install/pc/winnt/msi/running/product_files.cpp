@@ -37,9 +37,7 @@ bool IsProductRunning() {
          (IsProductFileInUse(kSharedRuntime) && !IsPerformanceMonitorRunning());
 }
 
-bool IsPerformanceMonitorRunning() {
-  return IsProductFileInUse(kPerformanceMonitor);
-}
+bool IsPerformanceMonitorRunning() { return IsProductFileInUse(kPerformanceMonitor); }
 
 bool iwiQueueManagersRunning() {
   std::string path;

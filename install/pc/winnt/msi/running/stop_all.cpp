@@ -72,13 +72,9 @@ int ForEachQueueManager(const Stop &stop, int steps) {
 
 // A service.
 
-int PlanService(Stop & /*stop*/, const Step &step) {
-  return iwiIsServiceActive(step.subject) ? kServiceSteps : 0;
-}
+int PlanService(Stop & /*stop*/, const Step &step) { return iwiIsServiceActive(step.subject) ? kServiceSteps : 0; }
 
-void RequestService(Stop & /*stop*/, const Step &step) {
-  iwiStopService(false, false, nullptr, step.subject);
-}
+void RequestService(Stop & /*stop*/, const Step &step) { iwiStopService(false, false, nullptr, step.subject); }
 
 void AwaitService(Stop &stop, const Step &step, int steps) {
   stop.bar->WaitWhile(steps, message::kServiceWait, step.subject, [&] { return iwiIsServiceActive(step.subject); });
@@ -86,23 +82,15 @@ void AwaitService(Stop &stop, const Step &step, int steps) {
 
 // A pause.
 
-int PlanPause(Stop & /*stop*/, const Step & /*step*/) {
-  return kPauseSteps;
-}
+int PlanPause(Stop & /*stop*/, const Step & /*step*/) { return kPauseSteps; }
 
-void Pause(Stop &stop, const Step & /*step*/, int steps) {
-  stop.bar->iwiTimedPause(steps);
-}
+void Pause(Stop &stop, const Step & /*step*/, int steps) { stop.bar->iwiTimedPause(steps); }
 
 // The queue managers.
 
-int PlanQueueManagers(Stop &stop, const Step & /*step*/) {
-  return ForEachQueueManager(stop, kQueueManagerSteps);
-}
+int PlanQueueManagers(Stop &stop, const Step & /*step*/) { return ForEachQueueManager(stop, kQueueManagerSteps); }
 
-void RequestQueueManagers(Stop &stop, const Step & /*step*/) {
-  LaunchForEach(stop, kEndQueueManager, "-i");
-}
+void RequestQueueManagers(Stop &stop, const Step & /*step*/) { LaunchForEach(stop, kEndQueueManager, "-i"); }
 
 void AwaitQueueManagers(Stop &stop, const Step & /*step*/, int steps) {
   stop.bar->WaitWhile(steps, message::kQueueManagerWait, "", iwiQueueManagersRunning);
@@ -126,9 +114,7 @@ void AwaitListeners(Stop &stop, const Step & /*step*/, int steps) {
 
 // A process that is left over.
 
-int PlanNothing(Stop & /*stop*/, const Step & /*step*/) {
-  return 0;
-}
+int PlanNothing(Stop & /*stop*/, const Step & /*step*/) { return 0; }
 
 void Terminate(Stop & /*stop*/, const Step &step, int /*steps*/) {
   iwiTerminateProcessByImage(ValueOf(Kept::programFolder) + "\\bin", step.subject);
@@ -136,9 +122,7 @@ void Terminate(Stop & /*stop*/, const Step &step, int /*steps*/) {
 
 // The product's files.
 
-int PlanFiles(Stop & /*stop*/, const Step & /*step*/) {
-  return kFilesSteps;
-}
+int PlanFiles(Stop & /*stop*/, const Step & /*step*/) { return kFilesSteps; }
 
 void AwaitFiles(Stop &stop, const Step & /*step*/, int steps) {
   stop.bar->WaitWhile(steps, message::kFilesWait, "", IsProductRunning);

@@ -10,9 +10,7 @@ namespace {
 
 constexpr DWORD kStep = 500;  // milliseconds
 
-int Seconds(int steps) {
-  return static_cast<int>(static_cast<long long>(steps) * kStep / 1000);
-}
+int Seconds(int steps) { return static_cast<int>(static_cast<long long>(steps) * kStep / 1000); }
 
 /// A text of the message library; empty when it cannot be loaded.
 std::string NlsText(UINT id) {

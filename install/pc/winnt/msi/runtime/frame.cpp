@@ -162,13 +162,9 @@ void BeginFrame() {
   state->banner = MakeBanner();
 }
 
-void EndFrame() {
-  state.End();
-}
+void EndFrame() { state.End(); }
 
-const std::string &BuildBanner() {
-  return state->banner;
-}
+const std::string &BuildBanner() { return state->banner; }
 
 UINT RunAction(const Action &action, MSIHANDLE hInstall) noexcept {
   try {

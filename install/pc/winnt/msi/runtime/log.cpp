@@ -121,13 +121,9 @@ UINT WriteRaw(const std::string &line) {
 
 }  // namespace
 
-void BeginLog() {
-  state.Begin();
-}
+void BeginLog() { state.Begin(); }
 
-void EndLog() {
-  state.End();
-}
+void EndLog() { state.End(); }
 
 UINT LogLine(const std::string &text) {
   if (state->writing) {
@@ -158,10 +154,6 @@ UINT LogRaw(const std::string &text) {
   return WriteRaw(text);
 }
 
-void UseDataFolderLog() {
-  state->dataFolderLog = true;
-}
+void UseDataFolderLog() { state->dataFolderLog = true; }
 
-void RetireTempLog() {
-  state->tempLogRetired = true;
-}
+void RetireTempLog() { state->tempLogRetired = true; }

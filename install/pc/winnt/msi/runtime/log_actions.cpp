@@ -146,6 +146,4 @@ UINT UnSetTempLogPath() {
   return ERROR_SUCCESS;
 }
 
-UINT PrintSummary() {
-  return GetKeptProperty(Kept::tempFolder);
-}
+UINT PrintSummary() { return GetKeptProperty(Kept::tempFolder); }

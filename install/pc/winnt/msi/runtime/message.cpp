@@ -93,13 +93,9 @@ void SendToInstallerLog(const std::string &text) {
 
 }  // namespace
 
-void BeginMessages() {
-  state.Begin();
-}
+void BeginMessages() { state.Begin(); }
 
-void EndMessages() {
-  state.End();
-}
+void EndMessages() { state.End(); }
 
 int iwiLoadNlsString(std::string &text, UINT id) {
   if (!state->library && !LoadMessageLibrary(id)) {

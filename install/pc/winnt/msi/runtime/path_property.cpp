@@ -32,13 +32,9 @@ bool Copy(const std::string &text, const char *what, std::string &copy) {
 
 }  // namespace
 
-void BeginPathProperties() {
-  state.Begin();
-}
+void BeginPathProperties() { state.Begin(); }
 
-void EndPathProperties() {
-  state.End();
-}
+void EndPathProperties() { state.End(); }
 
 UINT GetPathProperty(const std::string &path, std::string &nameOut) {
   const auto known = std::find_if(state->properties.begin(), state->properties.end(),

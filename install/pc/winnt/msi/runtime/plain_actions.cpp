@@ -5,6 +5,4 @@ UINT Pause() {
   return ERROR_SUCCESS;
 }
 
-UINT FailAsTest() {
-  return ERROR_INSTALL_FAILURE;
-}
+UINT FailAsTest() { return ERROR_INSTALL_FAILURE; }

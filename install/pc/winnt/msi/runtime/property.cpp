@@ -5,9 +5,7 @@
 #include "runtime/session.h"
 #include "services/path.h"
 
-UINT GetProperty(const char *name, std::string &value, DWORD length) {
-  return ReadProperty(name, value, length, Log);
-}
+UINT GetProperty(const char *name, std::string &value, DWORD length) { return ReadProperty(name, value, length, Log); }
 
 UINT GetTrimmedProperty(const char *name, std::string &value, DWORD length) {
   const UINT result = GetProperty(name, value, length);
@@ -33,6 +31,4 @@ UINT SetProperty(const char *name, const std::string &value) {
   return ERROR_SUCCESS;
 }
 
-UINT GetKeptProperty(Kept property) {
-  return FillKept(property, Log);
-}
+UINT GetKeptProperty(Kept property) { return FillKept(property, Log); }

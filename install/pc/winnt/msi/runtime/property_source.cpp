@@ -46,13 +46,9 @@ UINT ReadTable(const char *name, std::string &value, DWORD length, Note note) {
 
 }  // namespace
 
-void BeginPropertySource() {
-  state.Begin();
-}
+void BeginPropertySource() { state.Begin(); }
 
-void EndPropertySource() {
-  state.End();
-}
+void EndPropertySource() { state.End(); }
 
 UINT ReadProperty(const char *name, std::string &value, DWORD length, Note note) {
   return InDeferredMode() ? ReadDeferredProperty(name, value, length, note) : ReadTable(name, value, length, note);
@@ -83,13 +79,9 @@ UINT ReadDeferredProperty(const char *name, std::string &value, DWORD length, No
   return ERROR_SUCCESS;
 }
 
-const char *NameOf(Kept property) {
-  return kKeptNames[static_cast<std::size_t>(property)];
-}
+const char *NameOf(Kept property) { return kKeptNames[static_cast<std::size_t>(property)]; }
 
-std::string &ValueOf(Kept property) {
-  return state->kept[static_cast<std::size_t>(property)];
-}
+std::string &ValueOf(Kept property) { return state->kept[static_cast<std::size_t>(property)]; }
 
 UINT FillKept(Kept property, Note note) {
   if (!ValueOf(property).empty()) {

@@ -28,13 +28,9 @@ void ShowUnreadable(const std::string &path) {
 
 }  // namespace
 
-void BeginResponseProperties() {
-  state.Begin();
-}
+void BeginResponseProperties() { state.Begin(); }
 
-void EndResponseProperties() {
-  state.End();
-}
+void EndResponseProperties() { state.End(); }
 
 UINT GetPropertyWithResponse(const char *name, std::string &value, bool *fromResponse) {
   value.clear();

@@ -15,17 +15,11 @@ LoadState<State> state;
 
 }  // namespace
 
-void BeginSession() {
-  state.Begin();
-}
+void BeginSession() { state.Begin(); }
 
-void EndSession() {
-  state.End();
-}
+void EndSession() { state.End(); }
 
-SessionState &Session() {
-  return state->session;
-}
+SessionState &Session() { return state->session; }
 
 const std::string &RunningAction() {
   const SessionState &session = state->session;
@@ -44,6 +38,4 @@ bool InDeferredMode() {
   return InRunMode(MSIRUNMODE_SCHEDULED) || InRunMode(MSIRUNMODE_ROLLBACK) || InRunMode(MSIRUNMODE_COMMIT);
 }
 
-void ForgetRunModes() {
-  state->runModes.fill(std::nullopt);
-}
+void ForgetRunModes() { state->runModes.fill(std::nullopt); }

@@ -60,10 +60,6 @@ std::string TempName(bool persistNumber, const char *prefix, const char *extensi
   return {};
 }
 
-std::string ValueListName() {
-  return TempName(true, "zqvp", ".txt");
-}
+std::string ValueListName() { return TempName(true, "zqvp", ".txt"); }
 
-std::string TempLogName() {
-  return TempName(true, "zqvg", ".txt");
-}
+std::string TempLogName() { return TempName(true, "zqvg", ".txt"); }

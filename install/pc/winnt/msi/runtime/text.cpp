@@ -6,9 +6,7 @@
 
 namespace {
 
-char Lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
+char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 }  // namespace
 
@@ -67,9 +65,7 @@ int DecimalValue(std::string_view text) {
   return static_cast<int>(std::min<long long>(value, std::numeric_limits<int>::max()));
 }
 
-bool IsBlank(char c) {
-  return c == ' ' || c == '\t';
-}
+bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
 std::string_view StripBlanks(std::string_view text) {
   while (!text.empty() && IsBlank(text.front())) {
@@ -86,6 +82,4 @@ std::string_view CutAtLineBreak(std::string_view text) {
   return text.substr(0, text.find('\r'));
 }
 
-int NextCounter(int counter) {
-  return counter == std::numeric_limits<int>::max() ? counter : counter + 1;
-}
+int NextCounter(int counter) { return counter == std::numeric_limits<int>::max() ? counter : counter + 1; }

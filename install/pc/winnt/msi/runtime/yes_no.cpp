@@ -13,10 +13,6 @@ YesNo Meaning(std::string_view value, YesNo byDefault) {
 
 }  // namespace
 
-bool IsNo(std::string_view value, YesNo byDefault) {
-  return Meaning(value, byDefault) == YesNo::no;
-}
+bool IsNo(std::string_view value, YesNo byDefault) { return Meaning(value, byDefault) == YesNo::no; }
 
-bool IsYes(std::string_view value, YesNo byDefault) {
-  return Meaning(value, byDefault) == YesNo::yes;
-}
+bool IsYes(std::string_view value, YesNo byDefault) { return Meaning(value, byDefault) == YesNo::yes; }

@@ -34,13 +34,9 @@ bool PassOver(MSIHANDLE row) {
 
 }  // namespace
 
-void BeginComponents() {
-  state.Begin();
-}
+void BeginComponents() { state.Begin(); }
 
-void EndComponents() {
-  state.End();
-}
+void EndComponents() { state.End(); }
 
 const std::string &iwiFindLocalComponent(const std::string &otherwise) {
   if (state->found.empty()) {

@@ -27,9 +27,7 @@ std::string &iwiTidyPath(PathEnd end, std::string &path) {
   return path;
 }
 
-std::string Trimmed(std::string value) {
-  return iwiTidyPath(kWithoutBackslash, value);
-}
+std::string Trimmed(std::string value) { return iwiTidyPath(kWithoutBackslash, value); }
 
 SplitPath SplitAtLastBackslash(std::string_view path) {
   const std::size_t at = path.rfind('\\');

@@ -44,13 +44,9 @@ const char *NameOf(const ProductData &entry, int type) {
 
 }  // namespace
 
-void BeginProducts() {
-  state.Begin();
-}
+void BeginProducts() { state.Begin(); }
 
-void EndProducts() {
-  state.End();
-}
+void EndProducts() { state.End(); }
 
 UINT iwiFindRelatedProduct(const std::string &upgradeCode, std::string &product) {
   Log("Searching for upgrade code '%s'", upgradeCode.c_str());

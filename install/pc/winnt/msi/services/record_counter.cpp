@@ -15,6 +15,4 @@ UINT ReadRecordCounter(int &counter, DWORD length) {
   return result;
 }
 
-UINT AdvanceRecordCounter(int counter) {
-  return SetProperty(kRecordCounter, std::to_string(NextCounter(counter)));
-}
+UINT AdvanceRecordCounter(int counter) { return SetProperty(kRecordCounter, std::to_string(NextCounter(counter))); }

@@ -11,9 +11,7 @@ namespace {
 
 constexpr DWORD kProbe = 2;
 
-HKEY RootOf(HKEY root) {
-  return root == nullptr ? HKEY_LOCAL_MACHINE : root;
-}
+HKEY RootOf(HKEY root) { return root == nullptr ? HKEY_LOCAL_MACHINE : root; }
 
 LONG OpenKey(HKEY root, const std::string &path, DWORD access, OwnedKey &key) {
   return RegOpenKeyExA(RootOf(root), path.c_str(), 0, access, key.Out());

@@ -53,9 +53,7 @@ bool IsNotFound(LONG error);
 /// The code of a path that is too long for the system (ERROR_FILENAME_EXCED_RANGE). The system itself reports such a
 /// path as one that is not there, and that would be taken for success.
 constexpr LONG kPathTooLong = 206;
-inline bool IsTooLong(const std::string &path) {
-  return path.size() >= MAX_PATH;
-}
+inline bool IsTooLong(const std::string &path) { return path.size() >= MAX_PATH; }
 
 /// True for a folder that is a link. Asks the system once; false also when it cannot say.
 bool IsFolderLink(const std::string &path);

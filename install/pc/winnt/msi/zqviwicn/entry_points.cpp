@@ -14,9 +14,7 @@
 // The signature is asserted because a linker exports a wrong calling convention without a word.
 #define ACTION(entry, name, initialResult, guard, body)                          \
   static_assert(std::is_same_v<decltype(&entry), UINT(__stdcall *)(MSIHANDLE)>); \
-  UINT __stdcall entry(MSIHANDLE hInstall) {                                     \
-    return RunAction({name, initialResult, guard, body}, hInstall);              \
-  }
+  UINT __stdcall entry(MSIHANDLE hInstall) { return RunAction({name, initialResult, guard, body}, hInstall); }
 extern "C" {
 #include "zqviwicn/actions.inc"
 }
