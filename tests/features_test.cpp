@@ -28,7 +28,6 @@ class FeaturesTest : public LibraryTest {
 
   int Read(const std::string &bytes) {
     Reload();
-    world.installerLog.clear();
     world.WriteFile(kIni, bytes);
     return iwiReadResponseFile(kIni);
   }
@@ -40,13 +39,6 @@ class FeaturesTest : public LibraryTest {
       values += iwiGetResponseValue(exactCase, stanza, keyword, value) != 0 ? "<" + value + ">" : "-" + value;
     }
     return values;
-  }
-  std::string Lines() { return TakeLog("(CaProlog)"); }
-
-  void ExpectInLog(std::initializer_list<const char *> lines) {
-    for (const char *line : lines) {
-      EXPECT_NE(LogText().find(line), std::string::npos) << line << "in\n" << LogText();
-    }
   }
 };
 
@@ -158,7 +150,6 @@ TEST_F(FeaturesTest, AWrittenResponseFileGivesTheSameAnswers) {
 TEST_F(FeaturesTest, AResponseFileThatCannotBeWrittenFails) {
   const auto fail = [&](const std::string &path, const char *line) {
     Reload();
-    world.installerLog.clear();
     world.properties["SAVEINI"] = path;
     EXPECT_EQ(iwiWriteResponseFile(kSession), 1603u);
     ExpectInLog({line});
@@ -187,7 +178,6 @@ TEST_F(FeaturesTest, PresetsChooseByProduct) {
   };
   const auto expect = [&](UINT (*preset)(MSIHANDLE), const Case &c) {
     Reload();
-    world.installerLog.clear();
     world.properties = {
         {"ZQVCLIENT", c.client}, {"ZQVPRODUCT", c.product}, {"VersionNT", c.version}, {"Installed", c.installed}};
     world.registry["hklm\\Software\\Korvex\\QVSeries\\CurrentVersion"]["ProductType"] = RegistryValue::Text(c.type);
