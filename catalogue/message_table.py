@@ -15,8 +15,10 @@ import sys
 # What the installation's message box and logs take: texts are read as ANSI into buffers of 516 characters.
 LONGEST_TEXT = 515
 
-# The ANSI code page in which the texts of a language reach the library.
+# The ANSI code page in which the texts of a language reach the library. Language 0 is for any system: its texts are
+# ASCII, which all code pages hold.
 CODE_PAGES = {
+    0: "cp367",
     1028: "cp950", 1031: "cp1252", 1033: "cp1252", 1034: "cp1252", 1036: "cp1252", 1038: "cp1250",
     1040: "cp1252", 1041: "cp932", 1042: "cp949", 1046: "cp1252", 1049: "cp1251", 2052: "cp936",
 }  # fmt: skip

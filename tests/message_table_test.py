@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
-"""The converter of message tables: what it writes, as the resource compiler understands it, and what it refuses."""
+"""The converter of message tables: what it writes, as the resource compiler understands it, and what it refuses. And the
+message tables themselves: that all languages and the library's code agree."""
 
+import re
 import struct
 import subprocess
 import sys
@@ -8,7 +10,14 @@ import tempfile
 import unittest
 from pathlib import Path
 
-CONVERTER = Path(__file__).resolve().parents[1] / "catalogue/message_table.py"
+ROOT = Path(__file__).resolve().parents[1]
+CATALOGUE = ROOT / "catalogue"
+CONVERTER = CATALOGUE / "message_table.py"
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(CATALOGUE))
+from message_table import CODE_PAGES, read_table
+
+NAMES = {406, 613, 2027}  # texts that are names, which a translation may keep
 
 
 def strings(resources):
@@ -25,6 +34,11 @@ def strings(resources):
                 found[number] = data[2 : 2 + length].decode("utf-16-le")
             data = data[2 + length :]
     return found
+
+
+def inserts(text):
+    """The inserts that may move, sorted, and those of printf, in order."""
+    return sorted(re.findall(r"%\d!?|\[.*?\]", text)), re.findall(r"%(?!\d).?", text)
 
 
 class MessageTable(unittest.TestCase):
@@ -55,6 +69,28 @@ class MessageTable(unittest.TestCase):
         self.assertEqual([line.split(":")[1] for line in run.stderr.splitlines()], [str(n) for n in range(2, 12)])
         self.assertNotEqual(self.convert(1033, b"; nothing\n").returncode, 0)
         self.assertNotEqual(self.convert(7, b"1 a\n").returncode, 0)
+
+
+class Catalogue(unittest.TestCase):
+    def test_languages_agree(self):
+        rules = (CATALOGUE / "CMakeLists.txt").read_text()
+        libraries = re.findall(r"^add_message_library\(\w+ (\w+) (\d+)\)$", rules, re.MULTILINE)
+        self.assertCountEqual([int(language) for _, language in libraries], CODE_PAGES)
+        self.assertEqual({folder for folder, _ in libraries}, {path.parent.name for path in CATALOGUE.glob("*/*.txt")})
+        header = (ROOT / "install/pc/winnt/msi/runtime/message.h").read_text()
+        used = {int(number) for number in re.findall(r"^constexpr UINT k\w+ = (\d+);", header, re.MULTILINE)}
+        self.assertGreater(len(used), 9)
+        english, _ = read_table(CATALOGUE / "en_us/messages.txt", CODE_PAGES[1033])
+        self.assertLessEqual(used, english.keys())
+        for folder, language in libraries:
+            texts, wrong = read_table(CATALOGUE / folder / "messages.txt", CODE_PAGES[int(language)])
+            self.assertEqual(wrong, [])
+            self.assertEqual(texts.keys(), english.keys(), folder)
+            for number, text in texts.items():
+                with self.subTest(folder=folder, number=number):
+                    self.assertEqual(inserts(text), inserts(english[number]))
+                    if folder != "en_us" and number not in NAMES:
+                        self.assertNotEqual(text, english[number], "is not translated")
 
 
 if __name__ == "__main__":
