@@ -115,7 +115,8 @@ void FillWorld(World &world) {
                       {"INSTALLLOG", "C:\\new\\user.log"},
                       {"ZQVPROPERTYNAMELIST1", "ProductName;PGMFOLDER"},
                       {"USEINI", "C:\\temp\\r.ini"},
-                      {"SAVEINI", "C:\\temp\\saved.ini"}};
+                      {"SAVEINI", "C:\\temp\\saved.ini"},
+                      {"ZQVPREVPGM", "C:\\old"}};
   std::string values;
   for (const auto &[name, value] : world.properties) {
     values += name + "=" + value + ";";
@@ -145,7 +146,12 @@ void FillWorld(World &world) {
   world.components["Base"] = {INSTALLSTATE_ABSENT, INSTALLSTATE_LOCAL};
   world.tables["Component"].rows = {{"Base"}};
   world.tables["CustomAction"].rows = {{"One", 1}, {"Two", 0x401}};
-  world.tables["Binary"].rows = {{"stream", Bytes(300, 7)}};
+  world.tables["Binary"].rows = {{"stream", Bytes(300, 7)}, {"chmde_de.u00", Bytes{'d', '\\'}}};
+  world.tables["UIText"] = {{"Key", "Text"}, {{"ZQV__setup_language", "a"}}};
+  world.MakeFolder("C:\\old\\doc\\chm");
+  for (UINT id = 1; id <= 200; ++id) {
+    world.ownModule.strings[id] = id == 10 ? " " : "name";
+  }
   world.tables["File"].rows = {{"file", "A~1|a.txt"}};
   world.sourcePaths["INSTALLDIR"] = "C:\\tree\\";
   world.relatedProducts[code] = {"{P}"};
@@ -153,6 +159,7 @@ void FillWorld(World &world) {
   world.programs["C:\\tree\\a.txt"].runtimeMs = 10;
   const std::string system = "hklm\\SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment";
   world.registry["hklm\\Software\\Korvex\\QVSeries\\CurrentVersion"]["ProductType"] = RegistryValue::Text("client");
+  world.registry["hklm\\Software\\Korvex\\QVSeries\\CurrentVersion\\Components"][" "] = RegistryValue::Text("x");
   world.registry["hklm\\Software\\K"]["v"] = RegistryValue::Text("x");
   world.registry[system]["PATH"] = RegistryValue::Text("%X%\\bin");
 }
@@ -193,8 +200,10 @@ TEST_P(FaultSweep, EveryFailingCallIsSurvivedAndTold) {
       EXPECT_EQ(world.OpenHandles(), 0);
       EXPECT_TRUE(world.badCloses.empty());
       EXPECT_TRUE(kReported.count(world.failedCall) == 0 ||
-                  std::any_of(world.installerLog.begin(), world.installerLog.end(),
-                              [](const std::string &line) { return line.find(": ***") != std::string::npos; }));
+                  std::any_of(world.installerLog.begin(), world.installerLog.end(), [](const std::string &line) {
+                    return line.find(": ***") != std::string::npos ||
+                           line.find(". Query '") != std::string::npos;  // of UIText, by design
+                  }));
     }
   }
 }

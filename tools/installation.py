@@ -52,9 +52,16 @@ class Package:
             if row["Component_"] in wanted
         }
 
-    def actions(self, more=()):
-        """The phase of each action of the library that runs in a successful installation: of those that always do, and
-        of `more`, whose conditions hold."""
+    def variant(self, path, *queries):
+        """A copy of the package that the queries have changed."""
+        shutil.copy(self.path, path)
+        for query in queries:
+            subprocess.run(["msibuild", path, "-q", query], check=True)
+        return Package(path)
+
+    def actions(self, first, more=()):
+        """The phase of each action of the library that runs in a successful first installation, or in another one or a
+        removal: of those that always do, and of `more`, whose conditions hold."""
         types = {row["Action"]: int(row["Type"]) for row in self.table("CustomAction")}
         rows = sorted(self.table("InstallExecuteSequence"), key=lambda row: int(row["Sequence"]))
         phases = {}
@@ -62,7 +69,8 @@ class Package:
             kind = types.get(row["Action"], 0)
             if kind & SOURCE_MASK != FROM_LIBRARY or int(row["Sequence"]) < 0:
                 continue
-            if row["Condition"] and row["Action"] not in more:
+            always = not row["Condition"] or first and row["Condition"] == "NOT Installed"
+            if not always and row["Action"] not in more:
                 continue
             if not kind & DEFERRED:
                 phases[row["Action"]] = "immediate"
@@ -82,8 +90,9 @@ class Outcome:
 
 @dataclass
 class Run:
-    """What one call of msiexec left behind."""
+    """What one call of msiexec (/i or /x) left behind."""
 
+    verb: str
     status: int
     log: str
 
@@ -138,7 +147,7 @@ class Machine:
         log = self.drive / folder / "msiexec.log"
         log.unlink(missing_ok=True)
         status = self.wine("wine", "msiexec", verb, package, "/qn", "/l*v", rf"C:\{folder}\msiexec.log", *options)
-        return Run(status, read_text(log))
+        return Run(verb, status, read_text(log))
 
     def fresh_folder(self, name):
         """An empty folder C:\\name, as a path of the host."""
@@ -166,6 +175,14 @@ def read_text(path):
 def response_answers(text):
     """The keywords of a response file that has one stanza, and their values."""
     return dict(re.findall(r'^(\w+)="(.*)"$', text, re.MULTILINE))
+
+
+def published(lines):
+    """The properties that primary initialisation has set, and their values, as a trace log tells it."""
+    own = [match for match in map(STAMPED.fullmatch, lines) if match and match[1] == "iwiInstallInitPri"]
+    sets = [re.fullmatch(r"Property '(\w+)' value set to '(.*)'", match[2]) for match in own]
+    values = {match[1]: match[2] for match in sets if match}
+    return {name: value for name, value in values.items() if value}
 
 
 def taken_answers(lines):

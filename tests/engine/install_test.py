@@ -18,7 +18,7 @@ from installation import CANCELLED, FAILED, Machine, Package, read_text, respons
 
 FOLDER = "install_test"
 TEMP = rf"C:\{FOLDER}"
-NUMBER = "00a7"
+NUMBER = "0001"  # of a fresh folder
 UNKNOWN_PRODUCT = 1605 & 0xFF
 GENERIC_FAILURE = "2041"
 
@@ -57,19 +57,16 @@ class Installation(unittest.TestCase):
         return self.msiexec("/x", *options)
 
     def msiexec(self, verb, *options):
-        own = (f"ZQVTEMP={TEMP}", f"ZQVTEMPFILENUM={NUMBER}", "QVNOSTOP=1")
+        own = (f"ZQVTEMP={TEMP}", "QVNOSTOP=1")
         return machine.msiexec(verb, self.package.path, FOLDER, *own, *options)
 
     def read(self, name):
         return read_text(self.folder / name).splitlines()
 
-    def place_messages(self):
-        shutil.copy(build / "catalogue/zqvircan.dll", self.folder / f"zqvl{NUMBER}.dll")
-
     def expect_actions(self, run, *more):
         """Every unconditional action, and those of `more`, ran once and in order, and gave 0."""
         ran = [(outcome.action, outcome.value, outcome.results) for outcome in run.outcomes() if outcome.results]
-        self.assertCountEqual(ran, [(action, 1, [0]) for action in (*self.package.actions(), *more)])
+        self.assertCountEqual(ran, [(action, 1, [0]) for action in (*self.package.actions(run.verb == "/i"), *more)])
 
     def expect_rolled_back(self, run, status):
         self.assertEqual(run.status, status)
@@ -86,14 +83,14 @@ class Success(Installation):
             self.expect_actions(run)
             self.assertEqual(machine.product_files(), files)
             lines = self.read(f"new/{step.__name__}.log")
-            self.assertEqual(trace_problems(lines, len(self.package.actions())), [])
+            self.assertEqual(trace_problems(lines, len(self.package.actions(run.verb == "/i"))), [])
             # What deferred actions log, they know from the value list alone.
             deferred = "; from CustomActionData"
             for mode in ("MSIRUNMODE_SCHEDULED", "MSIRUNMODE_COMMIT"):
                 self.assertIn(f"(CaProlog): {mode}", texts(lines))
             self.assertEqual(texts(lines).count(f"(CaProlog): Property 'ProductName' value 'Vantrel QV'{deferred}"), 2)
-            path = rf"iwiUnSetTempLogPath: Property 'ZQVTEMPLOGPATH' value '{TEMP}\zqvg{NUMBER}.txt'"
-            self.assertEqual(texts(lines).count(path + deferred), 2)
+            path = re.escape(rf"iwiUnSetTempLogPath: Property 'ZQVTEMPLOGPATH' value '{TEMP}\zqvg") + r"\d{4}\.txt'"
+            self.assertEqual(sum(re.fullmatch(path + deferred, line) is not None for line in texts(lines)), 2)
         for folder in ("Program Files", "ProgramData"):
             self.assertFalse((machine.drive / folder / "Korvex/Vantrel QV").exists())
 
@@ -128,6 +125,7 @@ class Success(Installation):
             "ZQVTEMPLOGPATH": rf"{TEMP}\zqvg{NUMBER}.txt",
             "ProductName": "Vantrel QV",
             "UILevel": "2",
+            "ZQVLANGUAGECODE": "a",
             "ZQVPGMFOLDER": "C:\\Program Files\\Korvex\\Vantrel QV\\",
             "ZQVDATFOLDER": "C:\\ProgramData\\Korvex\\Vantrel QV\\",
             "ZQVPREVVERSION": "5.3=a b",
@@ -144,7 +142,8 @@ class Success(Installation):
         self.assertEqual(run.status, 0)
         self.expect_actions(run)
         self.assertIn("iwiStartLogs: Property 'ZQVUSERTRACEPATH' value set to ''", run.log)
-        self.assertCountEqual([path.name for path in self.folder.iterdir()], ["msiexec.log", f"zqvp{NUMBER}.txt"])
+        left = ["QVSeries.ini", f"zqvp{NUMBER}.txt", f"zqvl{NUMBER}.dll", f"zqvg{NUMBER}.dll"]
+        self.assertCountEqual([path.name for path in self.folder.iterdir()], [*left, "msiexec.log"])
 
     def test_pause(self):
         run = self.install("QVPAUSE=1")
@@ -154,7 +153,6 @@ class Success(Installation):
 
 class Failure(Installation):
     def test_failure_tells_the_user_once(self):
-        self.place_messages()
         self.expect_rolled_back(self.install("QVFAIL=1"), FAILED)
         lines = texts(self.read("zqvt0001.log"))
         said = f"Test CA: QVCA Test CA MB error: {message(GENERIC_FAILURE)}"
@@ -172,14 +170,6 @@ class Failure(Installation):
         self.assertEqual(lines[-1], "iwiUnSetTempLogPath: Returning with rc 0")
         self.assertNotIn(f"zqvg{NUMBER}.txt", [path.name for path in self.folder.iterdir()])
 
-    def test_failure_without_messages(self):
-        self.expect_rolled_back(self.install("QVFAIL=1"), FAILED)
-        lines = texts(self.read("zqvt0001.log"))
-        path = rf"{TEMP}\zqvl{NUMBER}.dll"
-        missing = rf"Test CA: ***iwiLoadNlsString LoadLibrary({path}) failed 2 (ID '{GENERIC_FAILURE}'). (ZQV4700)"
-        self.assertEqual([line for line in lines if "***" in line], [missing])
-        self.assertEqual(lines[lines.index(missing) + 1], "Test CA: Returning with rc 1603")
-
     def test_cancel(self):
         self.expect_rolled_back(self.install("QVUSEREXIT=1"), CANCELLED)
         lines = texts(self.read("zqvt0001.log"))
@@ -188,7 +178,6 @@ class Failure(Installation):
         self.assertFalse([line for line in lines if " MB " in line or "***" in line])
 
     def test_rollback(self):
-        self.place_messages()
         run = self.install("QVFAILDEFERRED=1")
         self.assertEqual(run.log.count("Action start"), run.log.count("Action ended"))
         self.expect_rolled_back(run, FAILED)
@@ -228,7 +217,7 @@ class Services(Installation):
         self.assertEqual(run.status, 0)
         self.expect_actions(run)
         lines = self.read("zqvt0001.log")
-        self.assertEqual(trace_problems(lines, len(self.package.actions())), [])
+        self.assertEqual(trace_problems(lines, len(self.package.actions(run.verb == "/i"))), [])
         (self.folder / "zqvt0001.log").unlink()
         return texts(lines)
 
@@ -272,7 +261,8 @@ class ResponseFiles(Installation):
     passed += ["STARTSERVICE", "STARTTASKBAR", "HIGHCONTRAST"]
 
     def value_list(self):
-        entries = read_text(self.folder / f"zqvp{NUMBER}.txt").rstrip("\n").split(";")
+        newest = max(self.folder.glob("zqvp*.txt"))
+        entries = read_text(newest).rstrip("\n").split(";")
         return dict(entry.split("=", 1) for entry in entries if entry)
 
     def install_from(self, path):
@@ -292,7 +282,7 @@ class ResponseFiles(Installation):
         options = [f"{name}={value}" for name, value in given.items()]
         run = self.install(rf"SAVEINI={TEMP}\saved.ini", "QVSETUPTYPE=minimum", "QVNOSTOP=1", *options)
         self.assertEqual(run.status, 0)
-        self.expect_actions(run, "iwiSetFeaturesMinimum", "iwiWriteResponseFile")
+        self.expect_actions(run, "iwiSetFeaturesMinimum")
         bins = sorted(path.name for path in machine.product_files() if path.suffix == ".ini" and path.parent.name == "bin")
         self.assertEqual(bins, ["zqvserver.ini"])
 
@@ -316,13 +306,12 @@ class ResponseFiles(Installation):
         self.assertIn("STARTSERVICE", self.install_from(build / "sample.ini"))
 
     def test_a_bad_response_file_ends_the_installation(self):
-        self.place_messages()
         (self.folder / "answers.ini").write_text("[Response]\nno keyword\n")
-        for name in ("none.ini", "answers.ini"):
+        for name, line in (("none.ini", rf"***Can't open '{TEMP}\none.ini'"), ("answers.ini", "No keyword in line")):
             run = self.install(rf"USEINI={TEMP}\{name}")
             self.expect_rolled_back(run, FAILED)
             # The first action that asks for an answer: not even a trace log is begun.
-            self.assertIn("iwiStartLogs MB error: " + message("2034").replace("%1", rf"{TEMP}\{name}"), run.log)
+            self.assertIn(f"iwiStartLogs: {line}", run.log)
 
 
 if __name__ == "__main__":

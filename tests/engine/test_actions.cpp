@@ -14,7 +14,7 @@ UINT Stack() {
   std::string product;
   UINT result = GetTrimmedProperty("ZQVTEMP", folder);
   result |= iwiFindRelatedProduct("{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}", product);
-  const std::string component = iwiFindLocalComponent("cReadme");
+  const std::string component = iwiFindLocalComponent("Base_base");
   for (const int mode : {1, 2, 3}) {
     result |= iwiStackFilesForDeletion(folder + "\\stacked\\" + std::to_string(mode) + ".txt", component, mode);
   }

@@ -177,10 +177,12 @@ extern "C" {
 
 HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES *, DWORD disposition, DWORD, HANDLE) {
   return Call("CreateFileA", INVALID_HANDLE_VALUE, [&](World &world) {
-    const bool isNew = disposition == CREATE_NEW;
-    Require(isNew || disposition == OPEN_EXISTING, ERROR_INVALID_PARAMETER);
-    Require(!isNew || FindInFolder(world, path).node == nullptr, ERROR_FILE_EXISTS);
-    const Place place = FindToOpen(world, path, access, share, isNew);
+    Require(disposition >= CREATE_NEW && disposition <= OPEN_EXISTING, ERROR_INVALID_PARAMETER);
+    Require(disposition != CREATE_NEW || FindInFolder(world, path).node == nullptr, ERROR_FILE_EXISTS);
+    const Place place = FindToOpen(world, path, access, share, disposition != OPEN_EXISTING);
+    if (disposition == CREATE_ALWAYS) {
+      place.node->bytes.clear();
+    }
     return world.Open({.kind = "file", .name = place.path, .access = access, .share = share, .node = place.node});
   });
 }

@@ -60,7 +60,7 @@ std::size_t ColumnOf(const Table &table, const std::string &column) {
 extern "C" {
 
 UINT MsiCloseHandle(MSIHANDLE handle) {
-  return TheWorld().Close("MsiCloseHandle", handle, {"record", "view", "database"});
+  return TheWorld().Close("MsiCloseHandle", handle, {"record", "view", "database", "summary"});
 }
 
 UINT MsiGetPropertyA(MSIHANDLE session, LPCSTR name, LPSTR buffer, DWORD *length) {
@@ -231,6 +231,32 @@ UINT MsiViewModify(MSIHANDLE view, MSIMODIFY mode, MSIHANDLE record) {
 
 UINT MsiViewClose(MSIHANDLE view) {
   return CodedCall("MsiViewClose", [&](World &world) { world.Object(view, "view").executed = false; });
+}
+
+UINT MsiGetSummaryInformationA(MSIHANDLE database, LPCSTR path, UINT updates, MSIHANDLE *summary) {
+  return CodedCall("MsiGetSummaryInformationA", [&](World &world) {
+    world.Object(database, "database");
+    Require(path == nullptr && updates == 0, ERROR_INVALID_PARAMETER);
+    *summary = static_cast<MSIHANDLE>(world.Open({.kind = "summary"}));
+  });
+}
+
+UINT MsiSummaryInfoGetPropertyA(MSIHANDLE summary, UINT property, UINT *type, int *, FILETIME *time, LPSTR buffer,
+                                DWORD *length) {
+  return CodedCall("MsiSummaryInfoGetPropertyA", [&](World &world) {
+    world.Object(summary, "summary");
+    *type = property == 9 ? 30 : property == 12 && world.created ? 64 : 0;
+    if (*type == 30) {
+      PutText(world.packageCode, buffer, length);
+    } else if (*type == 64) {
+      *time = {static_cast<DWORD>(*world.created), static_cast<DWORD>(*world.created >> 32)};
+    }
+  });
+}
+
+INSTALLSTATE MsiQueryProductStateA(LPCSTR product) {
+  return Call("MsiQueryProductStateA", INSTALLSTATE_UNKNOWN,
+              [&](World &world) { return Known(world.productStates, OrEmpty(product), 1605); });
 }
 
 UINT MsiEnumRelatedProductsA(LPCSTR upgradeCode, DWORD reserved, DWORD index, LPSTR product) {

@@ -1,9 +1,12 @@
 #include <strings.h>
 
+#include <ctime>
 #include <memory>
 #include <numeric>
+#include <tuple>
 
 #include "fake/call.h"
+#include "platform/own_module.h"
 
 namespace {
 
@@ -18,6 +21,9 @@ NameMap<RegistryValue> &Values(World &world, HKEY key, DWORD access) {
 }
 
 Module *Loaded(World &world, HMODULE handle) {
+  if (handle == OwnModule()) {
+    return &world.ownModule;
+  }
   for (auto &[path, module] : world.modules) {
     if (Id(&module) == Id(handle) && module.loads > 0) {
       return &module;
@@ -51,6 +57,8 @@ int ShowBox(const char *call, LPCSTR text, LPCSTR caption, UINT type, int langua
 }
 
 }  // namespace
+
+HMODULE OwnModule() { return reinterpret_cast<HMODULE>(&TheWorld().ownModule); }
 
 // The world itself.
 
@@ -137,6 +145,34 @@ void GetLocalTime(SYSTEMTIME *time) {
   time->wSecond = static_cast<WORD>(seconds % 60);
 }
 
+BOOL FileTimeToSystemTime(const FILETIME *fileTime, SYSTEMTIME *time) {
+  return Call("FileTimeToSystemTime", FALSE, [&](World &) {
+    const std::uint64_t ticks = std::uint64_t{fileTime->dwHighDateTime} << 32 | fileTime->dwLowDateTime;
+    Require(ticks >> 63 == 0, ERROR_INVALID_PARAMETER);
+    const auto seconds = static_cast<std::time_t>(ticks / 10000000) - 11644473600;
+    std::tm parts{};
+    gmtime_r(&seconds, &parts);
+    std::memset(time, kJunk, sizeof *time);
+    time->wYear = static_cast<WORD>(parts.tm_year + 1900);
+    time->wMonth = static_cast<WORD>(parts.tm_mon + 1);
+    time->wDay = static_cast<WORD>(parts.tm_mday);
+    time->wHour = static_cast<WORD>(parts.tm_hour);
+    time->wMinute = static_cast<WORD>(parts.tm_min);
+  });
+}
+
+BOOL GetVersionExA(OSVERSIONINFOA *info) {
+  return Call("GetVersionExA", FALSE, [&](World &) {
+    auto *const system = reinterpret_cast<OSVERSIONINFOEXA *>(info);
+    Require(info->dwOSVersionInfoSize == sizeof *system, ERROR_INSUFFICIENT_BUFFER);
+    std::tie(info->dwMajorVersion, info->dwMinorVersion, info->dwBuildNumber) = std::tuple{5, 2, 3790};
+    info->dwPlatformId = 2;
+    Fill(info->szCSDVersion, sizeof info->szCSDVersion, "Service Pack 2");
+    std::tie(system->wServicePackMajor, system->wServicePackMinor) = std::tuple{2, 0};
+    system->wProductType = 3;
+  });
+}
+
 BOOL CloseHandle(HANDLE handle) {
   return TheWorld().Close("CloseHandle", Id(handle), {"file", "mutex", "process"}) == 0;
 }
@@ -206,6 +242,31 @@ LONG RegQueryValueExA(HKEY key, LPCSTR name, DWORD *, DWORD *type, BYTE *data, D
     std::fill_n(data, capacity, BYTE{kJunk});
     Require(*size <= capacity, ERROR_MORE_DATA);
     std::copy(value.bytes.begin(), value.bytes.end(), data);
+  });
+}
+
+LONG RegQueryInfoKeyA(HKEY key, LPSTR, DWORD *, DWORD *, DWORD *, DWORD *, DWORD *, DWORD *, DWORD *longestName,
+                      DWORD *longestData, DWORD *, FILETIME *) {
+  return CodedCall("RegQueryInfoKeyA", [&](World &world) {
+    *longestName = *longestData = 0;
+    for (const auto &[name, value] : Values(world, key, KEY_QUERY_VALUE)) {
+      *longestName = std::max(*longestName, static_cast<DWORD>(name.size()));
+      *longestData = std::max(*longestData, static_cast<DWORD>(value.bytes.size()));
+    }
+  });
+}
+
+LONG RegEnumValueA(HKEY key, DWORD index, LPSTR name, DWORD *nameLength, DWORD *, DWORD *type, BYTE *data,
+                   DWORD *size) {
+  return CodedCall("RegEnumValueA", [&](World &world) {
+    const auto &values = Values(world, key, KEY_QUERY_VALUE);
+    Require(index < values.size(), ERROR_NO_MORE_ITEMS);
+    const auto &[found, value] = *std::next(values.begin(), index);
+    Require(found.size() < *nameLength && value.bytes.size() <= *size, ERROR_MORE_DATA);
+    Fill(name, std::exchange(*nameLength, static_cast<DWORD>(found.size())), found);
+    std::fill_n(data, std::exchange(*size, static_cast<DWORD>(value.bytes.size())), BYTE{kJunk});
+    std::copy(value.bytes.begin(), value.bytes.end(), data);
+    *type = value.type;
   });
 }
 
@@ -280,6 +341,21 @@ HWND FindWindowExA(HWND, HWND, LPCSTR windowClass, LPCSTR) {
     Window &window = Known(world.windows, OrEmpty(windowClass), ERROR_FILE_NOT_FOUND);
     Require(!window.closing || window.finds-- > 0, ERROR_FILE_NOT_FOUND);
     return reinterpret_cast<HWND>(&window);
+  });
+}
+
+BOOL SystemParametersInfoA(UINT action, UINT size, void *parameter, UINT) {
+  return Call("SystemParametersInfoA", FALSE, [&](World &world) {
+    auto *const settings = static_cast<HIGHCONTRASTA *>(parameter);
+    Require(action == SPI_GETHIGHCONTRAST && size == 12 && settings->cbSize == 12, ERROR_INVALID_PARAMETER);
+    settings->dwFlags = world.highContrast ? 0x7F : 0x7E;
+  });
+}
+
+DWORD GetSysColor(int index) {
+  return Call("GetSysColor", DWORD{0}, [&](World &world) {
+    Require(index == COLOR_WINDOWTEXT, ERROR_INVALID_PARAMETER);
+    return world.textColour;
   });
 }
 

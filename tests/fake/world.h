@@ -135,11 +135,16 @@ struct World {
       {"Binary", {{"Name", "Data"}, {}}},
       {"Component", {{"Component"}, {}}},
       {"CustomAction", {{"Action", "Type"}, {}}},
+      {"Feature", {{"Feature"}, {}}},
       {"File", {{"File", "FileName"}, {}}},
-      {"RemoveFile", {{"FileKey", "Component_", "FileName", "DirProperty", "InstallMode"}, {}}}};
+      {"RemoveFile", {{"FileKey", "Component_", "FileName", "DirProperty", "InstallMode"}, {}}},
+      {"RemoveRegistry", {{"RemoveRegistry", "Root", "Key", "Name", "Component_"}, {}}}};
   std::map<std::string, InstallState> features, components;
   std::vector<int> installLevels;  // each that was set
   std::map<std::string, std::string> sourcePaths;
+  std::optional<std::uint64_t> created;  // the package's summary information: FILETIME
+  std::string packageCode;
+  NameMap<INSTALLSTATE> productStates;  // by product code
   NameMap<std::vector<std::string>> relatedProducts;        // product codes by upgrade code
   NameMap<std::map<std::string, std::string>> productInfo;  // attributes by product code
 
@@ -161,9 +166,12 @@ struct World {
   std::function<void(DWORD)> onSleep;
   std::set<std::string> mutexes;  // of other processes
   NameMap<Module> modules;        // by path, as it is loaded
+  Module ownModule;               // the library itself
   NameMap<std::string> environment;
   std::vector<Box> boxes;
   NameMap<Window> windows;  // by class
+  bool highContrast = false;
+  DWORD textColour = 0;
 
   // The registry: by "hklm\path", "hkcu\path" or "hkcr\path", then by value name.
   NameMap<NameMap<RegistryValue>> registry;

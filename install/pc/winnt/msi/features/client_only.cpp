@@ -6,11 +6,10 @@
 #include "runtime/property.h"
 #include "runtime/text.h"
 #include "runtime/yes_no.h"
+#include "services/product_key.h"
 #include "services/registry.h"
 
 namespace {
-
-constexpr char kCurrentVersionKey[] = "Software\\Korvex\\QVSeries\\CurrentVersion";
 
 bool InstalledProductIsClient() {
   std::string type;

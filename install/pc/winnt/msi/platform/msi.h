@@ -36,12 +36,15 @@ enum MSIRUNMODE {
 };
 
 enum INSTALLSTATE {
+  INSTALLSTATE_BADCONFIG = -6,
   INSTALLSTATE_SOURCEABSENT = -4,
+  INSTALLSTATE_INVALIDARG = -2,
   INSTALLSTATE_UNKNOWN = -1,
   INSTALLSTATE_ADVERTISED = 1,
   INSTALLSTATE_ABSENT = 2,
   INSTALLSTATE_LOCAL = 3,
   INSTALLSTATE_SOURCE = 4,
+  INSTALLSTATE_DEFAULT = 5,
 };
 
 enum MSIMODIFY { MSIMODIFY_INSERT_TEMPORARY = 7 };
@@ -83,9 +86,16 @@ UINT MsiViewFetch(MSIHANDLE view, MSIHANDLE *record);
 UINT MsiViewModify(MSIHANDLE view, MSIMODIFY mode, MSIHANDLE record);
 UINT MsiViewClose(MSIHANDLE view);
 
+// The package's summary information.
+
+UINT MsiGetSummaryInformationA(MSIHANDLE database, LPCSTR path, UINT updates, MSIHANDLE *summary);
+UINT MsiSummaryInfoGetPropertyA(MSIHANDLE summary, UINT property, UINT *type, int *value, FILETIME *time, LPSTR buffer,
+                                DWORD *length);
+
 // Installed products.
 
 UINT MsiEnumRelatedProductsA(LPCSTR upgradeCode, DWORD reserved, DWORD index, LPSTR product);
+INSTALLSTATE MsiQueryProductStateA(LPCSTR product);
 UINT MsiGetProductInfoA(LPCSTR product, LPCSTR attribute, LPSTR buffer, DWORD *length);
 
 }  // extern "C"

@@ -92,6 +92,28 @@ DWORD GetLastError();
 void SetLastError(DWORD code);
 void Sleep(DWORD milliseconds);
 void GetLocalTime(SYSTEMTIME *time);
+BOOL FileTimeToSystemTime(const FILETIME *fileTime, SYSTEMTIME *time);
+
+// The system.
+
+struct OSVERSIONINFOA {
+  DWORD dwOSVersionInfoSize;
+  DWORD dwMajorVersion;
+  DWORD dwMinorVersion;
+  DWORD dwBuildNumber;
+  DWORD dwPlatformId;
+  char szCSDVersion[128];
+};
+
+struct OSVERSIONINFOEXA : OSVERSIONINFOA {
+  WORD wServicePackMajor;
+  WORD wServicePackMinor;
+  WORD wSuiteMask;
+  BYTE wProductType;
+  BYTE wReserved;
+};
+
+BOOL GetVersionExA(OSVERSIONINFOA *info);
 
 // Handles and objects.
 
@@ -242,6 +264,11 @@ constexpr DWORD REG_MULTI_SZ = 7;
 LONG RegOpenKeyExA(HKEY root, LPCSTR path, DWORD options, DWORD access, HKEY *key);
 LONG RegCloseKey(HKEY key);
 LONG RegQueryValueExA(HKEY key, LPCSTR name, DWORD *reserved, DWORD *type, BYTE *data, DWORD *size);
+LONG RegQueryInfoKeyA(HKEY key, LPSTR className, DWORD *classLength, DWORD *reserved, DWORD *subkeys,
+                      DWORD *longestSubkey, DWORD *longestClass, DWORD *values, DWORD *longestName, DWORD *longestData,
+                      DWORD *securitySize, FILETIME *lastWrite);
+LONG RegEnumValueA(HKEY key, DWORD index, LPSTR name, DWORD *nameLength, DWORD *reserved, DWORD *type, BYTE *data,
+                   DWORD *size);
 LONG RegSetValueExA(HKEY key, LPCSTR name, DWORD reserved, DWORD type, const BYTE *data, DWORD size);
 LONG RegDeleteValueA(HKEY key, LPCSTR name);
 
@@ -261,6 +288,15 @@ constexpr UINT MB_ICONQUESTION = 0x20;
 constexpr UINT MB_ICONWARNING = 0x30;
 constexpr UINT MB_ICONINFORMATION = 0x40;
 constexpr UINT WM_CLOSE = 0x10;
+constexpr UINT SPI_GETHIGHCONTRAST = 0x42;
+constexpr DWORD HCF_HIGHCONTRASTON = 1;
+constexpr int COLOR_WINDOWTEXT = 8;
+
+struct HIGHCONTRASTA {
+  UINT cbSize;
+  DWORD dwFlags;
+  std::uint32_t lpszDefaultScheme;  // a pointer of 32-bit Windows
+};
 
 DWORD FormatMessageA(DWORD flags, const void *source, DWORD id, DWORD language, LPSTR buffer, DWORD capacity,
                      char **arguments);
@@ -268,6 +304,8 @@ HWND GetForegroundWindow();
 int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT type);
 int MessageBoxExA(HWND owner, LPCSTR text, LPCSTR caption, UINT type, WORD language);
 HWND FindWindowExA(HWND parent, HWND after, LPCSTR windowClass, LPCSTR title);
+BOOL SystemParametersInfoA(UINT action, UINT size, void *parameter, UINT update);
+DWORD GetSysColor(int index);
 BOOL PostMessageA(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 
 }  // extern "C"

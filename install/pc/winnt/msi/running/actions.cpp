@@ -14,14 +14,11 @@ namespace {
 constexpr int kFullUserInterface = 5;
 constexpr DWORD kReplacedFilesLength = 64;
 
-/// Publishes a yes as "1" and a no as the empty value, which removes the property.
-UINT SetFlag(const char *name, bool value) { return SetProperty(name, value ? "1" : ""); }
-
 }  // namespace
 
 UINT IsQvRunning() {
-  const UINT result = SetFlag("ZQVQVISRUNNING", IsProductRunning());
-  return result != ERROR_SUCCESS ? result : SetFlag("ZQVPERFMONISRUNNING", IsPerformanceMonitorRunning());
+  const UINT result = SetSwitch("ZQVQVISRUNNING", IsProductRunning());
+  return result != ERROR_SUCCESS ? result : SetSwitch("ZQVPERFMONISRUNNING", IsPerformanceMonitorRunning());
 }
 
 UINT StartStopping() {
@@ -71,5 +68,5 @@ UINT SetZqvBoot() {
   if (scheduled) {
     LogLine("Reboot is scheduled");
   }
-  return SetFlag("ZQVBOOT", scheduled || !replaced.empty());
+  return SetSwitch("ZQVBOOT", scheduled || !replaced.empty());
 }

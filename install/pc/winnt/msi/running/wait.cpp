@@ -12,13 +12,6 @@ constexpr DWORD kStep = 500;  // milliseconds
 
 int Seconds(int steps) { return static_cast<int>(static_cast<long long>(steps) * kStep / 1000); }
 
-/// A text of the message library; empty when it cannot be loaded.
-std::string NlsText(UINT id) {
-  std::string text;
-  iwiLoadNlsString(text, id);
-  return text;
-}
-
 }  // namespace
 
 WaitBar::WaitBar() {

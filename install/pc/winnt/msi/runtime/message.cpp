@@ -111,6 +111,17 @@ int iwiLoadNlsString(std::string &text, UINT id) {
   return 1;
 }
 
+std::string NlsText(UINT id, const char *fallback) {
+  std::string text = fallback;
+  iwiLoadNlsString(text, id);
+  return text;
+}
+
+std::string FillInsert(std::string text, std::string_view insert, std::string_view value) {
+  const std::size_t at = text.find(insert);
+  return at == std::string::npos ? text : text.replace(at, insert.size(), value);
+}
+
 void UseMessageLibrary(const std::string &path) {
   state->library.Reset();
   state->path = path;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "platform/win32.h"
 
@@ -10,6 +11,9 @@
 namespace message {
 
 // String-table identifiers.
+constexpr UINT kStartFolder = 406;     ///< names that the installation publishes
+constexpr UINT kSnapInExplorer = 613;
+constexpr UINT kSnapInServices = 695;
 constexpr UINT kServiceWait = 1016;  ///< templates of action data: what is waited for
 constexpr UINT kQueueManagerWait = 1017;
 constexpr UINT kShortPause = 1018;
@@ -17,9 +21,19 @@ constexpr UINT kListenerWait = 1019;
 constexpr UINT kFilesWait = 1020;
 constexpr UINT kStopDescription = 1114;
 constexpr UINT kStoppingService = 1121;  ///< one insert: the service's name
+constexpr UINT kSetupTitle = 2001;  ///< titles of the setup; one insert, %s: version and release, as in 6.0
+constexpr UINT kTrialTitle = 2002;
+constexpr UINT kBetaTitle = 2003;
+constexpr UINT kClientTitle = 2004;
+constexpr UINT kPatchTitle = 2005;
 constexpr UINT kCaption = 2027;
+constexpr UINT kNoLanguage = 2031;
 constexpr UINT kResponseFileUnreadable = 2034;  ///< one insert: the file's path
+constexpr UINT kSaveFileFailed = 2035;          ///< one insert, %d: the system's error
 constexpr UINT kActionFailed = 2041;
+constexpr UINT kClusterSupportPac = 2053;
+constexpr UINT kPubSubSupportPac = 2054;
+constexpr UINT kServiceLevel = 2092;
 
 }  // namespace message
 
@@ -29,6 +43,12 @@ void EndMessages();
 /// Loads a text of the message library, at most 515 characters of it; the library itself is loaded at the first use.
 /// Returns 1, or 0 with `text` untouched.
 int iwiLoadNlsString(std::string &text, UINT id);
+
+/// The same as a value: `fallback` when the text cannot be loaded.
+std::string NlsText(UINT id, const char *fallback = "");
+
+/// A text with its first `insert`, a %s or %d, replaced by `value`. Where there is none, the text itself.
+std::string FillInsert(std::string text, std::string_view insert, std::string_view value);
 
 /// Makes `path` the message library of this load, in place of the name in the temporary folder.
 void UseMessageLibrary(const std::string &path);

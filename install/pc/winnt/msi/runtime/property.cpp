@@ -31,4 +31,15 @@ UINT SetProperty(const char *name, const std::string &value) {
   return ERROR_SUCCESS;
 }
 
+UINT SetSwitch(const char *name, bool value) { return SetProperty(name, value ? "1" : ""); }
+
+UINT SetProperties(std::initializer_list<PropertyValue> properties) {
+  for (const PropertyValue &property : properties) {
+    if (SetProperty(property.name, property.value) != ERROR_SUCCESS) {
+      return ERROR_INSTALL_FAILURE;
+    }
+  }
+  return ERROR_SUCCESS;
+}
+
 UINT GetKeptProperty(Kept property) { return FillKept(property, Log); }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <string>
 
 #include "runtime/property_source.h"
@@ -21,6 +22,17 @@ UINT CadGetProperty(const char *name, std::string &value, DWORD length = kProper
 /// Sets a property; an empty value removes it. In a deferred action nothing is set, which is logged and no error.
 /// Returns ERROR_SUCCESS or ERROR_INSTALL_FAILURE.
 UINT SetProperty(const char *name, const std::string &value);
+
+/// Sets a switch: a yes is "1", a no the empty value, which removes the property. Results as SetProperty.
+UINT SetSwitch(const char *name, bool value);
+
+struct PropertyValue {
+  const char *name;
+  const char *value;
+};
+
+/// Sets one property after the other, up to the first that cannot be set. Results as SetProperty.
+UINT SetProperties(std::initializer_list<PropertyValue> properties);
 
 /// Reads a kept property if its value is empty, and keeps it trimmed for the life of the load; ValueOf gives it.
 UINT GetKeptProperty(Kept property);

@@ -32,12 +32,12 @@ void BeginResponseProperties() { state.Begin(); }
 
 void EndResponseProperties() { state.End(); }
 
-UINT GetPropertyWithResponse(const char *name, std::string &value, bool *fromResponse) {
+UINT GetPropertyWithResponse(const char *name, std::string &value, bool *fromResponse, DWORD length) {
   value.clear();
   if (fromResponse != nullptr) {
     *fromResponse = false;
   }
-  const UINT result = GetProperty(name, value, kLongLength);
+  const UINT result = GetProperty(name, value, length);
   if (result != ERROR_SUCCESS || !value.empty() || state->noResponseFile) {
     return result;
   }
@@ -64,3 +64,5 @@ UINT GetPropertyWithResponse(const char *name, std::string &value, bool *fromRes
   }
   return ERROR_SUCCESS;
 }
+
+const std::string &ResponseFilePath() { return state->path; }

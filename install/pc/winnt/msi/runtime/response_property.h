@@ -3,14 +3,21 @@
 #include <string>
 
 #include "platform/win32.h"
+#include "runtime/property_source.h"
 
 /// Properties that a user may set on the command line or in a response file.
 
 void BeginResponseProperties();
 void EndResponseProperties();
 
-/// Reads a property of at most 515 characters; where the property table has nothing, the stanza "Response" of the
-/// response file that USEINI names is asked, whatever the case of its keywords. `fromResponse`, when given, tells
-/// whether the response file supplied the value. Returns ERROR_SUCCESS with the value (empty: neither has it), or
-/// ERROR_INSTALL_FAILURE when a property or the response file cannot be read, the latter with an error message.
-UINT GetPropertyWithResponse(const char *name, std::string &value, bool *fromResponse = nullptr);
+/// Reads a property; where the property table has nothing, the stanza "Response" of the response file that USEINI names
+/// is asked, whatever the case of its keywords. `fromResponse`, when given, tells whether the response file supplied
+/// the value. `length` is the longest value that is accepted from the property table, in characters and with its
+/// terminator; a line of the response file has its own limit. Returns ERROR_SUCCESS with the value (empty:
+/// neither has it), or ERROR_INSTALL_FAILURE when a property or the response file cannot be read, the latter with an
+/// error message.
+UINT GetPropertyWithResponse(const char *name, std::string &value, bool *fromResponse = nullptr,
+                             DWORD length = kLongLength);
+
+/// The response file's path, as USEINI gave it; empty until a read has asked for it.
+const std::string &ResponseFilePath();

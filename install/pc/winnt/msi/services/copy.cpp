@@ -12,7 +12,6 @@
 
 namespace {
 
-constexpr char kCancelMarker[] = "zqvcancl.txt";
 
 void Accumulate(UINT &result, UINT code) {
   if (code != ERROR_SUCCESS) {

@@ -6,6 +6,9 @@
 
 /// Copying of files and trees, until the user cancels it.
 
+/// The file in the temporary folder that cancels it.
+inline constexpr char kCancelMarker[] = "zqvcancl.txt";
+
 /// Copies the files of the folder `source` that `pattern` matches to `destination`, which is made first if need be;
 /// with `recurse` also those of the folders below, but of no folder that is a link. Every file is tried. Returns
 /// ERROR_SUCCESS or the last failure: ERROR_INSTALL_FAILURE, or ERROR_INSTALL_USEREXIT when copying was cancelled.

@@ -4,6 +4,8 @@
 
 #include "features/presets.h"
 #include "features/response_writer.h"
+#include "init/primary.h"
+#include "previous/old_documentation.h"
 #include "running/actions.h"
 #include "running/stop_all.h"
 #include "runtime/deferred_data.h"

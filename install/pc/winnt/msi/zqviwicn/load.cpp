@@ -4,6 +4,9 @@
 
 #include "features/install_level.h"
 #include "features/response_file.h"
+#include "init/feature_options.h"
+#include "previous/documentation_scan.h"
+#include "previous/previous_installation.h"
 #include "runtime/frame.h"
 #include "runtime/log.h"
 #include "runtime/message.h"
@@ -33,6 +36,9 @@ constexpr Module kModules[] = {
     {BeginComponents, EndComponents},
     {BeginProducts, EndProducts},
     {BeginInstallLevel, EndInstallLevel},
+    {BeginPreviousInstallation, EndPreviousInstallation},
+    {BeginFeatureOptions, EndFeatureOptions},
+    {BeginDocumentationScan, EndDocumentationScan},
     {BeginFrame, EndFrame},
 };
 

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "init/registry_service_level.h"
+#include "platform/win32.h"
+
+/// What the sections of primary initialisation learn for those behind them.
+struct Facts {
+  UINT result = ERROR_SUCCESS;  ///< of the action, unless a section ends it; a failed section that does not is kept here
+  bool administrative = false;  ///< the installation only lays out an image of the package
+  bool testRun = false;         ///< the package is the test package
+
+  char systemLetter = 'a';        ///< the letter of the system's language
+  char letter = 'a';              ///< the letter of the installation's language
+  const char *language = "";      ///< its English name
+  bool transformFound = false;    ///< a language transform has named it
+  std::string licenceType;        ///< "production", "trial" or "beta"
+  std::string version;            ///< of the package, as "6"
+  std::string release;            ///< of the package, as "0"
+  std::string highContrast;       ///< HIGHCONTRAST: what the user has asked for
+  ServiceLevel installedService;  ///< of the product that is installed already
+
+  std::optional<bool> clientOnly;  ///< use AskClientOnly
+};
+
+/// A section: one step of primary initialisation. Returns ERROR_SUCCESS, or ERROR_INSTALL_FAILURE to end the action.
+using Section = UINT (*)(Facts &facts);
+
+/// As IsClientOnly, which is asked once.
+UINT AskClientOnly(Facts &facts, bool &clientOnly);

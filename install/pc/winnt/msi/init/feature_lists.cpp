@@ -1,0 +1,114 @@
+#include "init/feature_lists.h"
+
+#include <algorithm>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "runtime/installer_result.h"
+#include "runtime/log.h"
+#include "runtime/message.h"
+#include "runtime/property_source.h"
+#include "runtime/response_property.h"
+#include "runtime/table_query.h"
+#include "runtime/text.h"
+
+namespace {
+
+constexpr const char *kLists[] = {"ADDLOCAL", "REMOVE", "ADDSOURCE", "ADDDEFAULT", "REINSTALL", "ADVERTISE"};
+constexpr char kQuery[] = "SELECT * FROM Feature";
+constexpr char kInResponseFile[] = "Unknown feature(s) '%1' in property '%2' in '%3'. (ZQV4742)";
+constexpr char kOnCommandLine[] = "Unknown feature(s) '%1' in command-line property '%2'. (ZQV4740)";
+
+/// The features of the package, read when they are first asked for.
+class FeatureNames {
+ public:
+  /// False when the table cannot be read.
+  bool Load() {
+    if (loaded_) {
+      return true;
+    }
+    UINT result = ERROR_SUCCESS;
+    const bool complete = VisitRows(kQuery, result, [&](MSIHANDLE row) {
+      std::string name;
+      const UINT read = CheckFirstFailure("MsiRecordGetString", "Feature", ReadRecordText(row, 1, name), result);
+      names_.insert(std::move(name));
+      return read == ERROR_SUCCESS;
+    });
+    loaded_ = complete && result == ERROR_SUCCESS;
+    return loaded_;
+  }
+
+  bool Has(std::string_view name) const { return names_.find(name) != names_.end(); }
+
+ private:
+  std::set<std::string, std::less<>> names_;
+  bool loaded_ = false;
+};
+
+/// The names in a list that have to be looked up.
+std::vector<std::string_view> NamesIn(std::string_view list) {
+  std::vector<std::string_view> names;
+  for (std::size_t at = 0; at < list.size();) {
+    const std::size_t end = std::min(list.find(',', at), list.size());
+    const std::string_view name = StripBlanks(list.substr(at, end - at));
+    if (!name.empty() && !EqualNoCase(name, "ALL")) {
+      names.push_back(name);
+    }
+    at = end + 1;
+  }
+  return names;
+}
+
+/// The names behind one another, with commas; those that would make more than `room` characters give way to dots.
+std::string JoinWithin(std::size_t room, const std::vector<std::string_view> &names) {
+  std::string text;
+  for (const std::string_view name : names) {
+    text += text.empty() ? "" : ",";
+    text += name;
+  }
+  constexpr std::string_view kDots = "...";
+  if (text.size() > room) {
+    text.replace(room - kDots.size(), std::string::npos, kDots);
+  }
+  return text;
+}
+
+void ShowUnknown(const std::vector<std::string_view> &names, const std::string &property, bool fromResponse) {
+  const std::string format = fromResponse ? kInResponseFile : kOnCommandLine;
+  const std::string path = fromResponse ? ResponseFilePath() : "";
+  // The path has 259 characters at the most, so there is always room for some names.
+  const std::size_t room = kLongLength - 1 - format.size() - property.size() - path.size();
+  std::string text;
+  FormatInserts(text, format, JoinWithin(room, names).c_str(), property.c_str(), path.c_str());
+  iiiDisplayMsgBox(text, MB_ICONERROR);
+}
+
+}  // namespace
+
+UINT ValidateFeatureLists() {
+  FeatureNames features;
+  bool valid = true;
+  for (const char *property : kLists) {
+    std::string list;
+    bool fromResponse = false;
+    if (GetPropertyWithResponse(property, list, &fromResponse, kNameListLength) != ERROR_SUCCESS) {
+      return ERROR_INSTALL_FAILURE;
+    }
+    std::vector<std::string_view> names = NamesIn(list);
+    if (!names.empty() && !features.Load()) {
+      return ERROR_INSTALL_FAILURE;
+    }
+    std::erase_if(names, [&](std::string_view name) { return features.Has(name); });
+    if (!names.empty()) {
+      ShowUnknown(names, property, fromResponse);
+      valid = false;
+    }
+  }
+  if (!valid) {
+    Log("***Stopping because of unknown features");
+    return ERROR_INSTALL_FAILURE;
+  }
+  return ERROR_SUCCESS;
+}

@@ -1,0 +1,59 @@
+#include <string>
+
+#include "init/sections.h"
+#include "runtime/log.h"
+#include "runtime/property.h"
+#include "runtime/response_property.h"
+#include "runtime/text.h"
+#include "runtime/yes_no.h"
+
+namespace {
+
+constexpr char kAgreement[] = "AGREETOLICENSE";
+
+}  // namespace
+
+UINT DetermineLicenceType(Facts &facts) {
+  std::string asGiven;
+  if (GetTrimmedProperty("ZQVLICENSETYPE", asGiven) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  std::string type = asGiven.empty() ? "production" : LowerCase(asGiven);
+  if (type == "trial") {
+    std::string toProduction;
+    if (GetTrimmedProperty("TRIALTOPROD", toProduction) != ERROR_SUCCESS) {
+      return ERROR_INSTALL_FAILURE;
+    }
+    if (IsYes(toProduction)) {
+      type = "production";
+    }
+  }
+  if (type != "production" && type != "trial" && type != "beta") {
+    Log("***Unknown licence type '%s'", asGiven.c_str());
+    return ERROR_INSTALL_FAILURE;
+  }
+  facts.licenceType = type;
+  return ERROR_SUCCESS;
+}
+
+UINT CheckLicenceAcceptance(Facts & /*facts*/) {
+  // For the log only: they tell how the question could be answered.
+  std::string value;
+  for (const char *name : {"Installed", "UILevel"}) {
+    if (GetProperty(name, value) != ERROR_SUCCESS) {
+      return ERROR_INSTALL_FAILURE;
+    }
+  }
+  if (GetPropertyWithResponse(kAgreement, value) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  if (IsYes(value)) {
+    return SetProperty("AgreeToLicense", "Yes");
+  }
+  if (!value.empty() && !IsNo(value)) {
+    Log("***%s value '%s' not acceptable", kAgreement, value.c_str());
+  }
+  return ERROR_SUCCESS;
+}
+
+UINT PublishLicenceFolder(Facts & /*facts*/) { return SetProperty("ZQVLICENSEPATH", "licenses"); }

@@ -1,0 +1,153 @@
+#include <string>
+
+#include "init/sections.h"
+#include "platform/msi.h"
+#include "platform/owner.h"
+#include "previous/previous_installation.h"
+#include "running/file_in_use.h"
+#include "running/service.h"
+#include "runtime/message.h"
+#include "runtime/property.h"
+#include "runtime/response_property.h"
+#include "runtime/session.h"
+#include "runtime/text.h"
+#include "runtime/yes_no.h"
+#include "services/create.h"
+#include "services/existence.h"
+#include "services/path.h"
+
+namespace {
+
+constexpr DWORD kOnlyIniLength = 64;
+constexpr char kSaveFileProperty[] = "SAVEINI";
+constexpr char kTaskbarProgram[] = "zqvmtbrn.exe";
+
+/// Creates the file anew, empty. Returns the system's error, ERROR_SUCCESS for none.
+int MakeEmptyFile(const std::string &path) {
+  const OwnedFile file(
+      CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  return file ? static_cast<int>(ERROR_SUCCESS) : static_cast<int>(GetLastError());
+}
+
+bool ServiceRuns() {
+  return (iwiServiceExists(kFirstService) || iwiServiceExists(kSecondService)) &&
+         (iwiIsServiceActive(kFirstService) || iwiIsServiceActive(kSecondService));
+}
+
+bool TaskbarProgramRuns() {
+  const std::string &folder = FindPreviousInstallation().programFolder;
+  if (folder.empty()) {
+    return false;
+  }
+  const std::string program = folder + "\\bin\\" + kTaskbarProgram;
+  return iwiFileExists(program) != 0 && iwiIsFileInUse(program) != 0;
+}
+
+/// Whether something is to be started at the end: as the user has said, else when it runs now. Never for a client or in
+/// an administrative installation.
+UINT PublishStart(Facts &facts, const char *published, const char *choice, bool (*runs)()) {
+  bool clientOnly = false;
+  if (!facts.administrative && AskClientOnly(facts, clientOnly) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  if (facts.administrative || clientOnly) {
+    return SetSwitch(published, false);
+  }
+  std::string chosen;
+  if (GetProperty(choice, chosen) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  return SetSwitch(published, chosen.empty() ? runs() : !IsNo(chosen));
+}
+
+}  // namespace
+
+UINT PublishUserChoice(Facts & /*facts*/) {
+  std::string choice;
+  if (GetPropertyWithResponse("USERCHOICE", choice) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  return SetSwitch("ZQVUSERCHOICE", !IsNo(choice));
+}
+
+UINT DefaultSaveFile(Facts & /*facts*/) {
+  std::string onlyIni;  // for the log only
+  std::string path;
+  if (GetProperty("ONLYINI", onlyIni, kOnlyIniLength) != ERROR_SUCCESS ||
+      GetProperty(kSaveFileProperty, path) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  return path.empty() ? SetProperty(kSaveFileProperty, ValueOf(Kept::tempFolder) + "\\QVSeries.ini")
+                      : static_cast<UINT>(ERROR_SUCCESS);
+}
+
+UINT SettleInstallationKind(Facts &facts) {
+  facts.administrative = InRunMode(MSIRUNMODE_ADMIN);
+  return SetProperty("ALLUSERS", "1");
+}
+
+UINT PublishDataRetention(Facts & /*facts*/) {
+  std::string queueManagers;
+  std::string web;
+  if (GetPropertyWithResponse("KEEPQMDATA", queueManagers) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  const char *fate = EqualNoCase(queueManagers, "delete") ? "delete" : "keep";
+  if (SetProperties({{"ZQVLEAVEQMDATAINSTALL", fate}, {"ZQVLEAVEQMDATAREMOVE", fate}}) != ERROR_SUCCESS ||
+      GetProperty("KEEPWEBDATA", web) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  // Deliberate: here the letters' case matters.
+  return SetProperty("ZQVLEAVEWEBDATAINSTALL", web == "delete" ? "delete" : "keep");
+}
+
+UINT ResetDialogFlags(Facts &facts) {
+  if (facts.administrative) {
+    return ERROR_SUCCESS;
+  }
+  return SetProperties({{"ZQVREINSTALLOPTIONS", "refresh"},
+                        {"ZQVQVISRUNNING", ""},
+                        {"ZQVPERFMONISRUNNING", ""},
+                        {"ZQVPRODUCTPREREQ", "0"},
+                        {"ZQVENDUI", "0"}});
+}
+
+UINT MakeSaveFile(Facts &facts) {
+  if (facts.administrative) {
+    return ERROR_SUCCESS;
+  }
+  std::string path;
+  if (GetTrimmedProperty(kSaveFileProperty, path) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  iwiCreateFolderTree(std::string(SplitAtLastBackslash(path).folder) + "\\");
+  const int error = MakeEmptyFile(path);
+  std::string format;
+  if (error != ERROR_SUCCESS && iwiLoadNlsString(format, message::kSaveFileFailed) != 0) {
+    iiiDisplayMsgBox(FillInsert(format, "%d", std::to_string(error)), MB_ICONERROR);
+  }
+  return ERROR_SUCCESS;
+}
+
+UINT CheckParameterFile(Facts & /*facts*/) {
+  std::string path;
+  if (GetPropertyWithResponse("WIZPARMFILE", path) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  if (path.empty() || iwiFileExists(iwiTidyPath(kWithoutBackslash, path)) != 0) {
+    return ERROR_SUCCESS;
+  }
+  std::string format;
+  std::string text = Format("Can't open file '%s'. (ZQV4734)", path.c_str());
+  if (iwiLoadNlsString(format, message::kResponseFileUnreadable) != 0) {
+    FormatInserts(text, format, path.c_str());
+  }
+  iiiDisplayMsgBox(text, MB_ICONERROR);
+  return ERROR_INSTALL_FAILURE;
+}
+
+UINT PublishServiceStart(Facts &facts) { return PublishStart(facts, "ZQVSTARTSERVICE", "STARTSERVICE", ServiceRuns); }
+
+UINT PublishTaskbarStart(Facts &facts) {
+  return PublishStart(facts, "ZQVSTARTTASKBAR", "STARTTASKBAR", TaskbarProgramRuns);
+}

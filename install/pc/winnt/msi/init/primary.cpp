@@ -1,0 +1,72 @@
+#include "init/primary.h"
+
+#include "features/client_only.h"
+#include "init/sections.h"
+
+namespace {
+
+constexpr Section kSections[] = {
+    LogOperatingSystem,
+    PublishBuildStamp,
+    RestartTempNumbers,
+    IdentifyProduct,
+    LogRelatedProducts,
+    SettleTempFolder,
+    PublishSystemLanguage,
+    FindInstallationLanguage,
+    UnpackMessageLibrary,
+    PublishInstallationLanguage,
+    RequireLanguageTransform,
+    DetermineLicenceType,
+    PublishVersion,
+    PublishSetupTitle,
+    PublishHighContrast,
+    PublishHighContrastChoice,
+    PublishMigration,
+    PublishUserChoice,
+    DeleteCancelMarker,
+    DefaultSaveFile,
+    CheckLicenceAcceptance,
+    CheckSupportPacs,
+    SettleInstallationKind,
+    PublishDiskFolderName,
+    PublishDataRetention,
+    PublishRemoval,
+    ResetDialogFlags,
+    PublishDisplayNames,
+    MakeSaveFile,
+    DefaultReinstallMode,
+    CheckFeatureLists,
+    CheckParameterFile,
+    UnpackCatalogue,
+    PublishServiceStart,
+    PublishTaskbarStart,
+    ReadInstalledServiceLevel,
+    PublishServiceLevel,
+    PublishServiceLevelMessage,
+    PublishLicenceFolder,
+};
+
+}  // namespace
+
+UINT InitialisePrimary() {
+  Facts facts;
+  for (const Section section : kSections) {
+    if (section(facts) != ERROR_SUCCESS) {
+      return ERROR_INSTALL_FAILURE;
+    }
+  }
+  return facts.result;
+}
+
+UINT AskClientOnly(Facts &facts, bool &clientOnly) {
+  if (!facts.clientOnly) {
+    bool answer = false;
+    if (IsClientOnly(answer) != ERROR_SUCCESS) {
+      return ERROR_INSTALL_FAILURE;
+    }
+    facts.clientOnly = answer;
+  }
+  clientOnly = *facts.clientOnly;
+  return ERROR_SUCCESS;
+}

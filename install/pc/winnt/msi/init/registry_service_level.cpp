@@ -1,0 +1,202 @@
+#include "init/registry_service_level.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string_view>
+
+#include "init/vrmf.h"
+#include "platform/owner.h"
+#include "runtime/log.h"
+#include "runtime/text.h"
+#include "services/existence.h"
+#include "services/registry.h"
+
+namespace {
+
+constexpr std::string_view kMarker = "Maint";
+constexpr char kShipped[] = "Shipped";
+constexpr char kValidFile[] = "Valid.csd";
+constexpr DWORD kShownBytes = 64;
+
+struct Levels {
+  Vrmf shipped;
+  Vrmf latest;
+  Vrmf previous;
+  std::string rollbackFolder;
+};
+
+/// One value of the key "Maintenance Applied".
+struct Value {
+  std::string name;
+  DWORD type;
+  const BYTE *data;
+  DWORD size;
+};
+
+bool IsHigher(const Vrmf &a, const Vrmf &b) { return CompareVrmf(a, b) > 0; }
+
+void Raise(Vrmf &level, const Vrmf &least) {
+  if (IsHigher(least, level)) {
+    level = least;
+  }
+}
+
+std::string TypeName(DWORD type) {
+  switch (type) {
+    case REG_SZ:
+      return "REG_SZ";
+    case REG_EXPAND_SZ:
+      return "REG_EXPAND_SZ";
+    case REG_DWORD:
+      return "REG_DWORD";
+    case REG_BINARY:
+      return "REG_BINARY";
+    default:
+      return Format("%u", static_cast<unsigned>(type));
+  }
+}
+
+/// The value's text up to its terminator, if it has one. A value of another type has no text.
+std::string TextOf(const Value &value) {
+  if (value.type != REG_SZ && value.type != REG_EXPAND_SZ) {
+    return {};
+  }
+  return std::string(value.data, std::find(value.data, value.data + value.size, BYTE{0}));
+}
+
+/// What the log shows of the value's data: of bytes that are neither a text nor a number, the first only.
+std::string ShownData(const Value &value) {
+  if (value.type == REG_SZ || value.type == REG_EXPAND_SZ) {
+    return TextOf(value);
+  }
+  DWORD number = 0;
+  if (value.type == REG_DWORD && value.size == sizeof number) {
+    std::memcpy(&number, value.data, sizeof number);
+    return Format("%u", static_cast<unsigned>(number));
+  }
+  std::string text;
+  iwiHexText(text, value.data, std::min(value.size, kShownBytes));
+  return value.size > kShownBytes ? text + "..." : text;
+}
+
+void ApplyMaintenance(const Value &value, Levels &levels) {
+  const std::size_t after = std::min(kMarker.size() + 1, value.name.size());  // one separator follows the marker
+  const Vrmf level = SplitVrmf("0.0." + value.name.substr(after));
+  const std::string folder = TextOf(value);
+  // Without a folder, the file would be looked for in the current drive's root.
+  const bool installed = !folder.empty() && iwiFileExists(Format("%s\\%s", folder.c_str(), kValidFile)) != 0;
+  if (!installed) {
+    Log("Maintenance level '%s.%s' is not currently installed", level.modification.c_str(), level.fix.c_str());
+    return;
+  }
+  Log("Maintenance level '%s.%s' is installed", level.modification.c_str(), level.fix.c_str());
+  if (IsHigher(level, levels.latest)) {
+    Raise(levels.previous, levels.latest);
+    levels.latest = level;
+    levels.rollbackFolder = folder;
+  } else if (IsHigher(levels.latest, level)) {
+    Raise(levels.previous, level);
+  }
+}
+
+void ApplyShipped(const Value &value, Levels &levels) {
+  const std::string text = TextOf(value);
+  Log("Shipped maintenance level is '%s'", text.c_str());
+  levels.shipped = SplitVrmf("0.0." + text);
+  Raise(levels.latest, levels.shipped);
+  Raise(levels.previous, levels.shipped);
+}
+
+void Apply(const Value &value, Levels &levels) {
+  Log("Found %s value named '%s'", TypeName(value.type).c_str(), value.name.c_str());
+  Log("- value '%s'", ShownData(value).c_str());
+  if (EqualNoCase(value.name, kShipped)) {
+    ApplyShipped(value, levels);
+  } else if (value.name.starts_with(kMarker)) {
+    ApplyMaintenance(value, levels);
+  }
+}
+
+bool EnumerateValues(HKEY key, const std::string &path, Levels &levels) {
+  DWORD longestName = 0;
+  DWORD longestData = 0;
+  LONG error = RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &longestName,
+                                &longestData, nullptr, nullptr);
+  if (error != ERROR_SUCCESS) {
+    Log("***Can't query key info %d", static_cast<int>(error));
+    return false;
+  }
+  const DWORD nameCapacity = longestName + 1;
+  const DWORD dataCapacity = longestData + 1;
+  const std::unique_ptr<char[]> name(new (std::nothrow) char[nameCapacity]);
+  if (!name) {
+    Log("***Unable to allocate value name buffer %d", static_cast<int>(nameCapacity));
+    return false;
+  }
+  const std::unique_ptr<BYTE[]> data(new (std::nothrow) BYTE[dataCapacity]);
+  if (!data) {
+    Log("***Unable to allocate value data buffer %d", static_cast<int>(dataCapacity));
+    return false;
+  }
+  for (DWORD index = 0;; ++index) {
+    DWORD nameLength = nameCapacity;
+    DWORD type = 0;
+    DWORD size = dataCapacity;
+    error = RegEnumValueA(key, index, name.get(), &nameLength, nullptr, &type, data.get(), &size);
+    if (error == ERROR_NO_MORE_ITEMS) {
+      return true;
+    }
+    if (error != ERROR_SUCCESS) {
+      Log("***Can't enumerate Key values: '%s' %d", path.c_str(), static_cast<int>(error));
+      return false;
+    }
+    Apply({std::string(name.get(), nameLength), type, data.get(), size}, levels);
+  }
+}
+
+bool ReadAppliedMaintenance(const std::string &path, Levels &levels) {
+  OwnedKey key;
+  const LONG error = RegOpenKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_QUERY_VALUE, key.Out());
+  if (error == ERROR_FILE_NOT_FOUND) {
+    return true;
+  }
+  if (error != ERROR_SUCCESS) {
+    Log("***Open key error %d '%s'", static_cast<int>(error), path.c_str());
+    return false;
+  }
+  return EnumerateValues(key.Get(), path, levels);
+}
+
+ServiceLevel::Level MaintenanceOf(const Vrmf &level) { return {level.modification, level.fix}; }
+
+}  // namespace
+
+bool ReadRegistryServiceLevel(const std::string &rootKey, ServiceLevel &level) {
+  level = {};
+  const std::string versionKey = rootKey + "\\CurrentVersion";
+  ServiceLevel::Level installed;
+  std::string vrmf;
+  if (ReadRegistryText(HKEY_LOCAL_MACHINE, versionKey, "VRMF", vrmf) != 0) {
+    const Vrmf fields = SplitVrmf(vrmf);
+    Log("Registry VRMF is '%s.%s.%s.%s' (%s)", fields.version.c_str(), fields.release.c_str(),
+        fields.modification.c_str(), fields.fix.c_str(), vrmf.c_str());
+    installed = MaintenanceOf(fields);
+  }
+  Levels levels;
+  if (!ReadAppliedMaintenance(versionKey + "\\Maintenance Applied", levels)) {
+    return false;
+  }
+  // The latest level is never below the shipped one, so there is no shipped level to take its place here.
+  if (!IsHigher(levels.latest, Vrmf())) {
+    Log("No service applied");
+  }
+  Log("Latest maintenance level is '%s.%s'", levels.latest.modification.c_str(), levels.latest.fix.c_str());
+  Log("RollBack value is '%s'", levels.rollbackFolder.c_str());
+  Log("Previous maintenance level is '%s.%s'", levels.previous.modification.c_str(), levels.previous.fix.c_str());
+  Log("Shipped maintenance level is '%s.%s'", levels.shipped.modification.c_str(), levels.shipped.fix.c_str());
+  level = {std::move(installed), MaintenanceOf(levels.shipped), MaintenanceOf(levels.previous),
+           MaintenanceOf(levels.latest), std::move(levels.rollbackFolder)};
+  return true;
+}

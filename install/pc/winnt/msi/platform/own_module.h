@@ -1,0 +1,6 @@
+#pragma once
+
+#include "platform/win32.h"
+
+/// The module that this code is linked into, whatever its file is called: the one whose resources are the library's.
+HMODULE OwnModule();

@@ -1,0 +1,4 @@
+#pragma once
+
+/// The component that the removal of everything old is stacked for: it goes with the package's base feature.
+inline constexpr char kBaseComponent[] = "Base_base";

@@ -1,0 +1,42 @@
+#include "previous/documentation_scan.h"
+
+#include <string>
+
+#include "previous/previous_installation.h"
+#include "runtime/load_state.h"
+#include "runtime/property.h"
+#include "services/existence.h"
+
+namespace {
+
+struct State {
+  DocumentationFormats formats;
+  bool scanned = false;
+};
+LoadState<State> state;
+
+/// Empty when there is none, or none is known.
+std::string PreviousProgramFolder() {
+  GetKeptProperty(Kept::previousProgramFolder);
+  const std::string &folder = ValueOf(Kept::previousProgramFolder);
+  return folder.empty() ? FindPreviousInstallation().programFolder : folder;
+}
+
+}  // namespace
+
+void BeginDocumentationScan() { state.Begin(); }
+
+void EndDocumentationScan() { state.End(); }
+
+const DocumentationFormats &FindOldDocumentation() {
+  if (!state->scanned) {
+    state->scanned = true;
+    const std::string folder = PreviousProgramFolder();
+    if (!folder.empty()) {
+      state->formats.chm = iwiFolderExists(folder + "\\doc\\chm") != 0;
+      state->formats.pdf = iwiFolderExists(folder + "\\doc\\pdf") != 0;
+      state->formats.htm = iwiFolderExists(folder + "\\doc\\htm") != 0;
+    }
+  }
+  return state->formats;
+}

@@ -1,0 +1,15 @@
+#pragma once
+
+/// The formats of documentation that an earlier version has brought, looked for once a load, on first use.
+
+void BeginDocumentationScan();
+void EndDocumentationScan();
+
+struct DocumentationFormats {
+  bool chm = false;  ///< HTML Help
+  bool pdf = false;
+  bool htm = false;
+};
+
+/// Looks below the previous program folder (ZQVPREVPGM, else what the registry has); without one, none is there.
+const DocumentationFormats &FindOldDocumentation();

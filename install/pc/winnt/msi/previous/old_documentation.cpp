@@ -1,0 +1,137 @@
+#include "previous/old_documentation.h"
+
+#include <string>
+
+#include "platform/msi.h"
+#include "platform/own_module.h"
+#include "previous/base_component.h"
+#include "previous/documentation_scan.h"
+#include "previous/uninstall_list.h"
+#include "runtime/log.h"
+#include "runtime/property.h"
+#include "runtime/session.h"
+#include "services/product_key.h"
+#include "services/registry.h"
+#include "services/remove_registry.h"
+
+namespace {
+
+/// The string table holds the display names of the earlier version's components, a block of ids for each language of
+/// its user interface.
+constexpr UINT kBlocks = 10;
+constexpr UINT kBlockLength = 20;
+constexpr int kDisplayNameLength = 516;
+
+struct Member {
+  OldDocumentation language;
+  const char *code;
+  const char *decision;  ///< the property: "1" where the old documentation goes, else empty
+  const char *told;
+  const char *languageValue;
+  UINT slot;      ///< of the display names, in each block
+  bool pdfFirst;  ///< the order of the lists: PDF and HTML, or the other way round
+};
+
+// Deliberate: German tests the English value and slot, Italian and Japanese tell of English documents, and simplified
+// Chinese of traditional.
+constexpr Member kMembers[] = {
+    {OldDocumentation::deDe, "de_de", "ZQVDELOLDDEDE", "Deleting old Additional German Documents",
+     "Additional Languages\\en_us", 10, true},
+    {OldDocumentation::enUs, "en_us", "ZQVDELOLDENUS", "Deleting old Additional English Documents",
+     "Additional Languages\\en_us", 10, false},
+    {OldDocumentation::esEs, "es_es", "ZQVDELOLDESES", "Deleting old Additional Spanish Documents",
+     "Additional Languages\\es_es", 13, false},
+    {OldDocumentation::frFr, "fr_fr", "ZQVDELOLDFRFR", "Deleting old Additional French Documents",
+     "Additional Languages\\fr_fr", 11, false},
+    {OldDocumentation::itIt, "it_it", "ZQVDELOLDITIT", "Deleting old Additional English Documents",
+     "Additional Languages\\it_it", 14, false},
+    {OldDocumentation::jaJp, "ja_jp", "ZQVDELOLDJAJP", "Deleting old Additional English Documents",
+     "Additional Languages\\ja_jp", 15, false},
+    {OldDocumentation::koKr, "ko_kr", "ZQVDELOLDKOKR", "Deleting old Additional Korean Documents",
+     "Additional Languages\\ko_kr", 16, true},
+    {OldDocumentation::ptBr, "pt_br", "ZQVDELOLDPTBR", "Deleting old Additional Brazilian Portuguese Documents",
+     "Additional Languages\\pt_br", 18, false},
+    {OldDocumentation::zhCn, "zh_cn", "ZQVDELOLDZHCN", "Deleting old Additional Traditional Chinese Documents",
+     "Additional Languages\\zh_cn", 19, true},
+    {OldDocumentation::zhTw, "zh_tw", "ZQVDELOLDZHTW", "Deleting old Additional Traditional Chinese Documents",
+     "Additional Languages\\zh_tw", 17, false},
+};
+
+constexpr bool InOrder() {
+  for (std::size_t at = 0; at < std::size(kMembers); ++at) {
+    if (kMembers[at].language != static_cast<OldDocumentation>(at)) {
+      return false;
+    }
+  }
+  return true;
+}
+static_assert(InOrder());
+
+/// True when the new documentation in the language is being installed. A feature whose state cannot be read is not.
+bool IsReplaced(const Member &member) {
+  const std::string feature = std::string("docs_") + member.code + "_eclipse";
+  INSTALLSTATE installed = INSTALLSTATE_UNKNOWN;
+  INSTALLSTATE action = INSTALLSTATE_UNKNOWN;
+  if (MsiGetFeatureStateA(Session().handle, feature.c_str(), &installed, &action) != ERROR_SUCCESS) {
+    installed = action = INSTALLSTATE_UNKNOWN;
+  }
+  Log("'%s' Installed: %d Action: %d", feature.c_str(), installed, action);
+  return action == INSTALLSTATE_LOCAL;
+}
+
+/// A result that is not looked at: the removal that could not be stacked is logged.
+void StackValueIfPresent(const std::string &name) {
+  const std::string key = std::string(kCurrentVersionKey) + "\\Components";
+  if (iwiRegReadValue(HKEY_LOCAL_MACHINE, key, name, nullptr, nullptr, nullptr) != 0) {
+    StackDeleteRegistryValue(key, name, kBaseComponent);
+  }
+}
+
+void StackValues(const Member &member) {
+  for (UINT block = 0; block < kBlocks; ++block) {
+    const UINT id = kBlockLength * block + member.slot;
+    char name[kDisplayNameLength];
+    if (LoadStringA(OwnModule(), id, name, kDisplayNameLength) > 0) {
+      StackValueIfPresent(name);
+    } else {
+      const DWORD error = GetLastError();
+      Log("***LoadString(%u) failed (%u)", id, static_cast<unsigned>(error));
+    }
+  }
+  StackValueIfPresent(member.languageValue);
+}
+
+void ProcessList(bool present, const char *format, const Member &member) {
+  if (present) {
+    ProcessUninstallList(std::string(format) + member.code);
+  }
+}
+
+}  // namespace
+
+UINT DeleteOldDocumentation(OldDocumentation language) {
+  if (InRunMode(MSIRUNMODE_SCHEDULED)) {
+    Log("Deferred execution");
+    return ERROR_SUCCESS;
+  }
+  if (InRunMode(MSIRUNMODE_ROLLBACK)) {
+    Log("Executing in rollback");
+    return ERROR_SUCCESS;
+  }
+  Log("Executing in script generation");
+  const Member &member = kMembers[static_cast<std::size_t>(language)];
+  const bool isReplaced = IsReplaced(member);
+  Log("%s", isReplaced ? "New feature replaces old" : member.told);
+  if (SetProperty(member.decision, isReplaced ? "" : "1") != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  if (!isReplaced) {
+    StackValues(member);
+  }
+  const DocumentationFormats &formats = FindOldDocumentation();
+  ProcessList(!isReplaced && formats.chm, "chm", member);
+  ProcessList(member.pdfFirst && formats.pdf, "pdf", member);
+  ProcessList(formats.htm, "htm", member);
+  ProcessList(!member.pdfFirst && formats.pdf, "pdf", member);
+  return ERROR_SUCCESS;
+}

@@ -1,0 +1,44 @@
+#include "previous/previous_installation.h"
+
+#include "runtime/load_state.h"
+#include "runtime/log.h"
+#include "services/path.h"
+#include "services/product_key.h"
+#include "services/registry.h"
+
+namespace {
+
+struct State {
+  PreviousInstallation installation;
+  bool asked = false;
+};
+LoadState<State> state;
+
+/// The value's text, empty where there is none.
+std::string Read(const char *name) {
+  std::string text;
+  ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, name, text);
+  return text;
+}
+
+}  // namespace
+
+void BeginPreviousInstallation() { state.Begin(); }
+
+void EndPreviousInstallation() { state.End(); }
+
+const PreviousInstallation &FindPreviousInstallation() {
+  PreviousInstallation &found = state->installation;
+  if (!state->asked) {
+    state->asked = true;
+    std::string vrmf;
+    found.exists = ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, "VRMF", vrmf) != 0;
+    found.programFolder = Trimmed(Read("PgmFolder"));
+    found.dataFolder = Trimmed(Read("DatFolder"));
+    found.logFolder = Trimmed(Read("LogFolder"));
+    Log("Previous installation level %d ('%s'), program folder '%s', data folder '%s', log folder '%s'",
+        found.exists ? 1 : 0, vrmf.c_str(), found.programFolder.c_str(), found.dataFolder.c_str(),
+        found.logFolder.c_str());
+  }
+  return found;
+}

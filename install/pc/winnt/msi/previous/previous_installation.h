@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+/// What the registry tells of a product that is installed already, asked for once a load, on first use.
+
+void BeginPreviousInstallation();
+void EndPreviousInstallation();
+
+struct PreviousInstallation {
+  bool exists = false;  ///< the product's key holds a VRMF; without one, all folders may be known all the same
+
+  // As the registry has them; empty where it has none.
+
+  std::string programFolder;
+  std::string dataFolder;
+  std::string logFolder;
+};
+
+const PreviousInstallation &FindPreviousInstallation();

@@ -1,0 +1,153 @@
+#include "previous/uninstall_list.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <string_view>
+
+#include "platform/c_file.h"
+#include "platform/owner.h"
+#include "previous/base_component.h"
+#include "runtime/log.h"
+#include "runtime/property.h"
+#include "runtime/temp_name.h"
+#include "runtime/text.h"
+#include "services/binary_stream.h"
+#include "services/delete_entry.h"
+#include "services/remove_file.h"
+
+namespace {
+
+constexpr int kWhenInstalled = 1;
+
+/// A line's longest text: no path that the system takes is longer.
+constexpr std::size_t kLineLength = MAX_PATH;
+
+/// The folder that an entry's first field stands for.
+struct BaseFolder {
+  std::string_view field;
+  std::string path;  ///< without a backslash at its end; empty when it is not known
+};
+
+/// The first one is that of the entries without a field.
+struct BaseFolders {
+  BaseFolder all[3];
+};
+
+BaseFolders ReadBaseFolders() {
+  // A folder that cannot be read, which is logged, is one that is not known.
+  GetKeptProperty(Kept::previousProgramFolder);
+  std::string data;
+  GetTrimmedProperty("ZQVPREVDAT", data);
+  GetKeptProperty(Kept::tempFolder);
+  return {{{"PGM,", ValueOf(Kept::previousProgramFolder)}, {"DAT,", data}, {"TMP,", ValueOf(Kept::tempFolder)}}};
+}
+
+/// Reads up to the next line feed; of a line that does not fit, `line` gets the beginning. False at the end of the
+/// file.
+bool ReadLine(std::FILE *file, std::string &line, bool &fits) {
+  line.clear();
+  fits = true;
+  int c = std::getc(file);
+  const bool more = c != EOF;
+  for (; c != EOF && c != '\n'; c = std::getc(file)) {
+    fits = line.size() < kLineLength;
+    if (fits) {
+      line += static_cast<char>(c);
+    }
+  }
+  return more;
+}
+
+bool IsControl(char c) { return static_cast<unsigned char>(c) < ' '; }
+
+/// True for ".." and for what the system may take for it: it drops the blanks and dots at an element's end.
+bool IsParent(std::string_view element) {
+  return element.starts_with("..") && element.find_first_not_of(". ") == std::string_view::npos;
+}
+
+/// True when the path is not one below a folder, or might not be.
+bool LeavesFolder(std::string_view path) {
+  if (path.front() == '\\' || path.front() == '/' || path.find(':') != std::string_view::npos) {
+    return true;
+  }
+  while (!path.empty()) {
+    const std::size_t end = std::min(path.find_first_of("\\/"), path.size());
+    if (IsParent(path.substr(0, end))) {
+      return true;
+    }
+    path.remove_prefix(std::min(end + 1, path.size()));
+  }
+  return false;
+}
+
+void StackEntry(const std::string &folder, const std::string &path) {
+  if (folder.empty()) {
+    Log("No folder for '%s'", path.c_str());
+    return;
+  }
+  if (LeavesFolder(path)) {
+    Log("***Path '%s' leaves the folder '%s'", path.c_str(), folder.c_str());
+    return;
+  }
+  const std::string full = folder + "\\" + path;
+  if (full.ends_with('\\')) {
+    iwiStackFolderForDeletion(full, kBaseComponent, kWhenInstalled);
+  } else {
+    iwiStackFilesForDeletion(full, kBaseComponent, kWhenInstalled);
+  }
+}
+
+void ProcessEntry(const BaseFolders &folders, const std::string &list, unsigned number, std::string_view entry) {
+  const BaseFolder *base = &folders.all[0];
+  for (const BaseFolder &folder : folders.all) {
+    if (entry.starts_with(folder.field)) {
+      base = &folder;
+      entry.remove_prefix(folder.field.size());
+      break;
+    }
+  }
+  if (entry.empty() || std::any_of(entry.begin(), entry.end(), IsControl)) {
+    Log("***Line %u of list '%s' is no path", number, list.c_str());
+    return;
+  }
+  StackEntry(base->path, std::string(entry));
+}
+
+void ProcessLines(const std::string &path, const std::string &list) {
+  const OwnedStream file(OpenCFile(path.c_str(), "rt"));
+  if (!file) {
+    Log("***Can't open '%s'", path.c_str());
+    return;
+  }
+  const BaseFolders folders = ReadBaseFolders();
+  std::string line;
+  bool fits = true;
+  for (unsigned number = 1; ReadLine(file.Get(), line, fits); ++number) {
+    const std::string_view entry = StripBlanks(line);
+    if (entry.starts_with(';') || entry.starts_with('#')) {
+      continue;
+    }
+    if (!fits) {
+      Log("***Line %u of list '%s' is longer than a path", number, list.c_str());
+    } else if (!entry.empty()) {
+      ProcessEntry(folders, list, number, entry);
+    }
+  }
+  if (std::ferror(file.Get()) != 0) {
+    Log("***Can't read '%s'", path.c_str());
+  }
+}
+
+}  // namespace
+
+void ProcessUninstallList(const std::string &name) {
+  const std::string path = TempName(false, "zqvu", ".txt");
+  if (path.empty()) {
+    Log("***No temporary file for list '%s'", name.c_str());
+    return;
+  }
+  if (iwiUnpackBinary(name, ".u00", path, nullptr) != 0) {
+    ProcessLines(path, name);
+  }
+  DeleteOneFile({.execute = true, .path = path, .report = true});
+}

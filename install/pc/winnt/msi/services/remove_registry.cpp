@@ -1,0 +1,54 @@
+#include "services/remove_registry.h"
+
+#include <string_view>
+
+#include "runtime/log.h"
+#include "runtime/text.h"
+#include "services/record_counter.h"
+#include "services/table_row.h"
+
+namespace {
+
+constexpr DWORD kRecordCounterLength = 64;
+constexpr UINT kRootIsInteger = 1U << 1;
+constexpr int kLocalMachine = 2;
+
+struct RootName {
+  std::string_view name;
+  int root;  ///< as the table numbers it
+};
+constexpr RootName kRootNames[] = {
+    {"HKEY_CLASSES_ROOT", 0}, {"HKEY_CURRENT_USER", 1}, {"HKEY_LOCAL_MACHINE", kLocalMachine}, {"HKEY_USERS", 3}};
+
+struct RootedKey {
+  int root;
+  std::string key;
+};
+
+RootedKey SplitRoot(const std::string &key) {
+  const std::size_t at = key.find('\\');
+  if (at != std::string::npos) {
+    for (const RootName &known : kRootNames) {
+      if (known.name == std::string_view(key).substr(0, at)) {
+        return {known.root, key.substr(at + 1)};
+      }
+    }
+  }
+  return {kLocalMachine, key};
+}
+
+}  // namespace
+
+UINT StackDeleteRegistryValue(const std::string &key, const std::string &name, const std::string &component) {
+  Log("StackDeleteRegistryValue '%s' '%s'", key.c_str(), name.c_str());
+  int counter = 0;
+  if (ReadRecordCounter(counter, kRecordCounterLength) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  const std::string row = Format("%s%d", "ZQVRECORD", counter);
+  const RootedKey rooted = SplitRoot(key);
+  const FieldValue values[] = {row.c_str(), rooted.root, rooted.key.c_str(), name.c_str(), component.c_str()};
+  const UINT added = iwiAddTableRow({"RemoveRegistry", kRootIsInteger, values});
+  const UINT counted = AdvanceRecordCounter(counter);
+  return counted != ERROR_SUCCESS ? counted : added;
+}

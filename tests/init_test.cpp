@@ -1,0 +1,326 @@
+#include <cstdio>
+
+#include "support.h"
+
+/// Primary initialisation.
+namespace {
+
+constexpr char kUi[] = "ZQV__setup_language";
+constexpr char kServer[] = "{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}";
+constexpr char kClient[] = "{5A8B5D80-6DCC-4317-9922-99EC0093BF24}";
+constexpr char kTest[] = "{62F00881-AC47-458F-BF38-2B84B38DBA50}";
+const std::string kVersionKey = "hklm\\Software\\Korvex\\QVSeries\\CurrentVersion";
+
+class InitTest : public LibraryTest {
+ protected:
+  InitTest() { Restart(); }
+
+  /// A new world: the server's package with a German transform, nothing installed.
+  void Restart() {
+    Unload();
+    world = World();
+    world.properties = {{"UpgradeCode", kServer},
+                        {"ProductVersion", "06.00.2"},
+                        {"TempFolder", "C:\\temp\\"},
+                        {"SystemLanguageID", "1033"},
+                        {"UILevel", "5"},
+                        {"VersionNT", "502"}};
+    world.MakeFolder("C:\\temp");
+    world.created = 133541078400000000;  // 5 March 2024, 10:24
+    world.packageCode = "{CODE}";
+    world.tables["UIText"] = {{"Key", "Text"}, {{"Other", "x"}, {kUi, "German"}}};
+    world.tables["Binary"].rows = {{"zqviwiln.dll", Bytes(5, 1)}};
+    for (const char letter : std::string("abfghijkrstz")) {
+      world.tables["Binary"].rows.push_back({std::string("zqvirc") + letter + "n.dll", Bytes(3, 1)});
+    }
+    for (const UINT id : {406, 613, 695, 2001, 2002, 2003, 2004, 2005, 2031, 2035, 2053, 2054, 2092}) {
+      world.modules["C:\\temp\\zqvl0001.dll"].strings[id] = "<" + std::to_string(id) + " %s%d>";
+    }
+    world.modules["C:\\temp\\zqvl0001.dll"].strings[2034] = "<2034 %1>";
+    LoadInSession();
+  }
+
+  using Properties = std::map<std::string, std::string>;
+
+  /// Runs the action in a new world that has these properties too.
+  UINT Run(const Properties &given = {}) {
+    for (const auto &[name, value] : given) {
+      world.properties[name] = value;
+    }
+    return iwiInstallInitPri(kSession);
+  }
+  void Expect(const Properties &expected) {
+    for (const auto &[name, value] : expected) {
+      EXPECT_EQ(world.properties.count(name) != 0 ? world.properties[name] : "", value) << name << '\n' << LogText();
+    }
+  }
+  std::string Box() { return world.boxes.empty() ? "" : world.boxes.back().text; }
+};
+
+TEST_F(InitTest, AServerIsInitialised) {
+  world.relatedProducts[kServer] = {"{P}", "{Q}", "{R}"};
+  world.relatedProducts[kClient] = {"{S}"};
+  world.productStates = {{"{P}", INSTALLSTATE_DEFAULT}, {"{Q}", INSTALLSTATE_BADCONFIG}, {"{S}", INSTALLSTATE_LOCAL}};
+  world.WriteFile("C:\\temp\\zqvcancl.txt", "");
+  EXPECT_EQ(Run({{"REMOVE", "All"}, {"KEEPQMDATA", "DELETE"}, {"KEEPWEBDATA", "DELETE"}}), 0u);
+  std::printf("installer calls of a whole initialisation:");
+  for (const auto &[name, count] : world.callCount) {
+    std::printf(name.starts_with("Msi") ? " %s %d" : "", name.c_str(), count);
+  }
+  std::printf("\n");
+  std::string reads, sets;
+  for (const std::string &line : world.installerLog) {
+    const std::size_t at = line.find("Property '"), end = line.find('\'', at + 10);
+    const bool set = line.find("value set to", end) != std::string::npos;
+    if (at != std::string::npos) {
+      (set ? sets : reads) += line.substr(at + 10, end - at - 10) + (set ? "=" + line.substr(end + 15) + "\n" : " ");
+    }
+  }
+  EXPECT_EQ(reads,
+            "ProductName ZQVEXTCA60000 MsiNTProductType UpgradeCode ProductVersion Installed ZQVTEMP TempFolder "
+            "SystemLanguageID "
+            "ZQVTEMPFILENUM ZQVLICENSETYPE ProductVersion PATCH ZQVCLIENT ZQVPRODUCT VersionNT Installed HIGHCONTRAST "
+            "USEINI ZQVHIGHCONTRAST ZQVHIGHCONTRAST USERCHOICE ONLYINI SAVEINI Installed UILevel AGREETOLICENSE "
+            "ZQVCHECKMSCS ZQVCHECKPUBSUB KEEPQMDATA KEEPWEBDATA REMOVE SAVEINI REINSTALLMODE VersionNT ADDLOCAL REMOVE "
+            "ADDSOURCE ADDDEFAULT REINSTALL ADVERTISE WIZPARMFILE ZQVTEMPFILENUM STARTSERVICE STARTTASKBAR "
+            "ZQVSERVICESHIPLEVEL ");
+  EXPECT_EQ(sets,
+            "ZQVBUILDDATE='Packaged on Mar 05 2024 at 10:24; version 1.231.1.7'\nZQVBUILDTIME='133541078400000000'\n"
+            "ZQVPACKAGECODE='{CODE}'\nZQVTEMPFILENUM=''\nZQVPRODUCT='server'\nZQVTEMP='C:\\temp'\n"
+            "ZQVSYSTEMLANGUAGECODE='en_US'\nZQVLANGUAGELIC='en_US'\nZQVTEMPFILENUM='0001'\nZQVLANGUAGECODE='g'\n"
+            "ZQVLANGUAGE='German'\nZQVVERSION='6'\nZQVRELEASE='0'\nZQVSETUPTITLE='<2001 6.0%d>'\n"
+            "ZQVSETHIGHCONTRAST=''\nZQVMIGRATE=''\nZQVUSERCHOICE='1'\nSAVEINI='C:\\temp\\QVSeries.ini'\nALLUSERS='1'\n"
+            "ZQVDISKFOLDERNAME='Vantrel QV'\nZQVLEAVEQMDATAINSTALL='delete'\nZQVLEAVEQMDATAREMOVE='delete'\n"
+            "ZQVLEAVEWEBDATAINSTALL='keep'\nZQVREMOVE='1'\nZQVREINSTALLOPTIONS='refresh'\nZQVQVISRUNNING=''\n"
+            "ZQVPERFMONISRUNNING=''\nZQVPRODUCTPREREQ='0'\nZQVENDUI='0'\nZQVSNAPSERVICES='<695 %s%d>'\n"
+            "ZQVSNAPEXPLORER='<613 %s%d>'\nZQVSTARTFOLDER='<406 %s%d>'\nREINSTALLMODE='amus'\nZQVSTARTSERVICE=''\n"
+            "ZQVSTARTTASKBAR=''\nZQVSERVICESHIPLEVEL='0.0'\nZQVVRMF='6.0.0.0'\nZQVSERVICELEVELMESSAGE='<2092 %s%d>'\n"
+            "ZQVLICENSEPATH='licenses'\n");
+  ExpectInLog(
+      {"Pri: Windows version 5.2.3790 platform 2 'Service Pack 2'\niwiInstallInitPri: Service pack 2.0 reserved "
+       "0x0003\n",
+       "Pri: Build Time is '133541078400000000'\n",
+       "Pri: Product {P} (Server) state is INSTALLSTATE_DEFAULT\niwiInstallInitPri: ***Product {Q} (Server) "
+       "state is INSTALLSTATE_BADCONFIG\niwiInstallInitPri: Product {R} (Server) state is INSTALLSTATE_UNKNOWN\n"
+       "iwiInstallInitPri: ***Product {S} (Client) state is 00000003\n",
+       "Pri: UI text key 'ZQV__setup_language': 'German'\n", "Pri: No service applied\n"});
+  EXPECT_EQ(world.ReadFile("C:\\temp\\zqvl0001.dll")->size() + world.ReadFile("C:\\temp\\zqvg0001.dll")->size(), 8u);
+  EXPECT_EQ(world.ReadFile("C:\\temp\\QVSeries.ini"), "");
+  EXPECT_FALSE(world.Exists("C:\\temp\\zqvcancl.txt"));
+  EXPECT_EQ(Box(), "");
+}
+
+TEST_F(InitTest, ClientsAndAdministrativeInstallations) {
+  EXPECT_EQ(Run({{"UpgradeCode", "{5a8b5d80-6DCC-4317-9922-99EC0093BF24}"}, {"STARTSERVICE", "1"}}), 0u);
+  Expect(
+      {{"ZQVPRODUCT", "client"}, {"ZQVSETUPTITLE", "<2004 6.0%d>"}, {"ZQVSNAPSERVICES", ""}, {"ZQVSTARTSERVICE", ""}});
+  Restart();
+  world.modes = {MSIRUNMODE_ADMIN};
+  EXPECT_EQ(Run({{"UpgradeCode", "{}"}, {"PATCH", "x"}, {"STARTTASKBAR", "1"}, {"LAUNCHWIZ", "1"}}), 0u);
+  Expect(
+      {{"ZQVPRODUCT", ""}, {"ZQVSETUPTITLE", "<2005 6.0%d>"}, {"LAUNCHWIZ", "0"}, {"ZQVSNAPSERVICES", "<695 %s%d>"}});
+  Expect({{"ZQVSTARTFOLDER", ""}, {"ZQVREINSTALLOPTIONS", ""}, {"REINSTALLMODE", ""}, {"ZQVSTARTTASKBAR", ""}});
+  EXPECT_FALSE(world.Exists("C:\\temp\\QVSeries.ini"));
+  ExpectInLog({"***Unknown product\n"});
+}
+
+TEST_F(InitTest, WhatIsInstalledAlready) {
+  const std::string program = "C:\\qv\\bin\\zqvmtbrn.exe";
+  const auto install = [&] {
+    Restart();
+    for (const auto &[name, value] : {std::pair{"VRMF", "5.3.0.1"}, {"PgmFolder", "C:\\qv\\"}}) {
+      world.registry[kVersionKey][name] = RegistryValue::Text(value);
+    }
+    world.WriteFile(program, "");
+    world.held = {program};
+    world.services["QVSeriesServices"].state = 4;
+  };
+  install();
+  EXPECT_EQ(Run({{"VersionNT", "400"}}), 0u);
+  Expect({{"ZQVMIGRATE", "1"}, {"ZQVSTARTSERVICE", "1"}, {"ZQVSTARTTASKBAR", "1"}, {"REINSTALLMODE", "omus"}});
+  ExpectInLog({"Registry VRMF is '5.3.0.1' (5.3.0.1)\n"});
+  install();
+  world.held.clear();
+  world.services["QVSeriesServices"].state = 1;
+  EXPECT_EQ(Run({{"REINSTALLMODE", "o"}}), 0u);
+  Expect({{"ZQVSTARTSERVICE", ""}, {"ZQVSTARTTASKBAR", ""}, {"REINSTALLMODE", "o"}});
+  install();
+  EXPECT_EQ(Run({{"STARTSERVICE", "NO"}, {"STARTTASKBAR", "maybe"}, {"USERCHOICE", "0"}}), 0u);
+  Expect({{"ZQVSTARTSERVICE", ""}, {"ZQVSTARTTASKBAR", "1"}, {"ZQVUSERCHOICE", ""}});
+}
+
+TEST_F(InitTest, LanguagesOfTheSystemAndTheInstallation) {
+  struct Case {
+    const char *system, *text;  // no text: no row
+    const char *longCode, *letter, *name;
+    UINT result;
+    const char *upgradeCode = kServer;
+  };
+  for (const Case &c : {Case{"1031", "", "de_DE", "g", "German", 1603},
+                        {"x", nullptr, "en_US", "a", "English", 1603},
+                        {"20490", "Q", "es_ES", "a", "English", 0},
+                        {"0", "h", "en_US", "h", "Hungarian", 0},
+                        {"1045", nullptr, "pl_PL", "a", "English", 1603},
+                        {"4100", " ", "zh_CN", "a", "English", 0},
+                        {"1031", nullptr, "de_DE", "a", "English", 0, kTest},
+                        {"1042", "TW", "ko_KR", "t", "Traditional Chinese", 0},
+                        {"1031", "r", "de_DE", "a", "English", 0, kTest}}) {
+    Restart();
+    world.tables["UIText"].rows = {{Cell{}, "g"}, {"zqv__SETUP_language", "g"}};
+    if (c.text != nullptr) {
+      world.tables["UIText"].rows.insert(world.tables["UIText"].rows.end(), {{kUi, c.text}, {kUi, "j"}});
+    }
+    EXPECT_EQ(Run({{"SystemLanguageID", c.system}, {"UpgradeCode", c.upgradeCode}}), c.result) << c.system;
+    Expect({{"ZQVSYSTEMLANGUAGECODE", c.longCode}, {"ZQVLANGUAGECODE", c.letter}, {"ZQVLANGUAGE", c.name}});
+    EXPECT_EQ(Box(), c.result == 0 ? "" : "<2031 %s%d>");
+  }
+  ExpectInLog({"TEST EXECUTION\n", "Written 3 bytes to 'C:\\temp\\zqvl0001.dll'\n"});
+  Restart();
+  world.tables["UIText"].rows = std::vector<Row>(10000, {"Other", "x"});
+  world.modules.clear();
+  EXPECT_EQ(Run(), 1603u);
+  EXPECT_EQ(Box(), "No installation language specified. Use the TRANSFORMS property. (ZQV4732)");
+  ExpectInLog({"***Can't find key 'ZQV__setup_language' in UIText table. No UI language transform.\n"});
+}
+
+TEST_F(InitTest, FailingCallsOfTheLanguageTable) {
+  const std::string query = " error 87. Query 'SELECT * FROM UIText'\n";
+  for (const auto &[call, nth, text] : {std::tuple{"MsiDatabaseOpenViewA", 1, "MsiDatabaseOpenView()"},
+                                        {"MsiViewExecute", 1, "MsiViewExecute()"},
+                                        {"MsiViewFetch", 1, "MsiViewFetch(1)"},
+                                        {"MsiViewFetch", 2, "MsiViewFetch(2)"},
+                                        {"MsiRecordGetStringA", 2, "MsiRecordGetString(1)"},
+                                        {"MsiRecordGetStringA", 3, "MsiRecordGetString(2)"}}) {
+    Restart();
+    Fail(call, 87, nth);
+    EXPECT_EQ(Run(), 1603u) << text;
+    ExpectInLog({"Pri: " + (text + query)});
+  }
+  Restart();
+  Fail("MsiGetActiveDatabase", 5);
+  EXPECT_EQ(Run(), 1603u);
+  Expect({{"ZQVBUILDDATE", "Packaged* on Aug  1 2007 at 23:17:22; version 1.231.1.7"}, {"ZQVBUILDTIME", ""}});
+}
+
+TEST_F(InitTest, AFailedMessageLibraryDecidesTheResult) {
+  world.tables["Binary"].rows.clear();
+  EXPECT_EQ(Run(), 1603u);
+  Expect({{"ZQVLICENSEPATH", "licenses"}});
+  Restart();
+  world.created.reset();
+  world.modules.clear();
+  EXPECT_EQ(Run({{"ZQVLICENSETYPE", "Trial"}}), 0u);
+  Expect({{"ZQVSETUPTITLE", "Vantrel QV V6.0 Setup"}, {"ZQVSTARTFOLDER", ""}, {"ZQVPACKAGECODE", "{CODE}"}});
+  Expect({{"ZQVBUILDDATE", "Packaged* on Aug  1 2007 at 23:17:22; version 1.231.1.7"}, {"ZQVBUILDTIME", ""}});
+  Restart();
+  world.created = ~std::uint64_t{0};
+  EXPECT_EQ(Run(), 0u);
+  Expect({{"ZQVBUILDDATE", "Packaged on 0 00 0000 at 00:00; version 1.231.1.7"},
+          {"ZQVBUILDTIME", "18446744073709551615"}});
+  ExpectInLog({"***FileTimeToSystemTime() failed (87)\n"});
+  // A second run in the same load speaks the new language.
+  world.tables["UIText"].rows = {{kUi, "f"}};
+  world.modules["C:\\temp\\zqvl0002.dll"].strings[2001] = "deux %s";
+  EXPECT_EQ(Run(), 0u);
+  Expect({{"ZQVSETUPTITLE", "deux 6.0"}, {"ZQVLANGUAGECODE", "f"}});
+}
+
+TEST_F(InitTest, HighContrast) {
+  struct Case {
+    const char *wanted, *registry;  // none: null
+    bool system;
+    DWORD colour;
+    const char *published, *choice, *line;
+  };
+  const char *const off = "Accessibility high contrast mode is off\n", *const none =
+                                                                           "Can't find QV registry high contrast";
+  for (const Case &c : {Case{"YES", "0", false, 0, "1", "1", "Pri: "},
+                        {"maybe", "0", false, 0, "1", "", "Pri: "},
+                        {"No", "1", true, 0, "0", "0", "Pri: "},
+                        {"", "1x", false, 0, "1", "", "contrast flag is '1x'\n"},
+                        {"", "0", true, 0, "1", "", "Accessibility high contrast mode is on\n"},
+                        {"", nullptr, false, 0x7F7F80, "", "", none},
+                        {"", "", true, 0, "1", "", "flag is ''\n"},
+                        {"", nullptr, false, 0x7F8080, "1", "", "Setting high contrast mode because of text colour\n"},
+                        {"", "0", false, 0x030201, "", "", off}}) {
+    Restart();
+    if (c.registry != nullptr) {
+      world.registry[kVersionKey]["HighContrastMode"] = RegistryValue::Text(c.registry);
+    }
+    world.highContrast = c.system;
+    world.textColour = c.colour;
+    EXPECT_EQ(Run({{"HIGHCONTRAST", c.wanted}}), 0u);
+    Expect({{"ZQVHIGHCONTRAST", c.published}, {"ZQVSETHIGHCONTRAST", c.choice}});
+    ExpectInLog({c.line});
+  }
+  ExpectInLog({"Text colour is R:1 G:2 B:3\n"});
+  Restart();
+  world.textColour = 0xFFFFFF;
+  Fail("SystemParametersInfoA", 87);
+  EXPECT_EQ(Run(), 0u);
+  Expect({{"ZQVHIGHCONTRAST", ""}});
+  ExpectInLog({"RC 87 from SystemParametersInfo(SPI_GETHIGHCONTRAST)\n"});
+}
+
+TEST_F(InitTest, VersionsAndServiceLevels) {
+  for (const auto &[version, level, result, vrmf] :
+       {std::tuple{"6", " 05 . 010", 0u, "6.0.5.10"},
+        {"6.", "A.1", 0u, "6.0.A.1"},
+        {"a.b", "", 0u, "0.0.0.0"},
+        {"00.00", "00.000", 0u, "0.0.0.0"},
+        {"010.a203.9", "7.8", 0u, "10.203.7.8"},
+        {"6.0", "99999999999999999999.0", 0u, "6.0.99999999999999999999.0"},
+        {"6.0", "1A.1", 1603u, ""},
+        {"6.0", "1.2.3", 1603u, ""},
+        {"6.0", "1.\xE4", 1603u, ""},
+        {"6.0", " ", 1603u, ""},
+        {"6.0", "\xC4.1", 1603u, ""}}) {
+    Restart();
+    EXPECT_EQ(Run({{"ProductVersion", version}, {"ZQVSERVICESHIPLEVEL", level}}), result) << level;
+    Expect({{"ZQVVRMF", vrmf}});
+    EXPECT_TRUE(result == 0 || LogText().find("Level '") != std::string::npos) << LogText();
+  }
+  for (const auto &[level, line] : {std::pair{"1.2.3", "***Invalid Modification.Fix Level 'ZQVSERVICESHIPLEVEL'\n"},
+                                    {"1A.1", "***Modification Level '1A' must be all numeric or all alphabetic\n"},
+                                    {"1.x", "***Fix Level 'x' must be numeric\n"}}) {
+    Restart();
+    EXPECT_EQ(Run({{"ZQVSERVICESHIPLEVEL", level}}), 1603u);
+    ExpectInLog({line});
+  }
+}
+
+TEST_F(InitTest, WhatStopsAnInstallation) {
+  world.registry[kVersionKey + "\\SupportPacs Applied\\MA0C"];
+  EXPECT_EQ(Run({{"ZQVCHECKMSCS", "1"}, {"ZQVCHECKPUBSUB", "0"}}), 1603u);
+  EXPECT_EQ(Box(), "<2054 %s%d>");
+  ExpectInLog({"ServicePac MC74 (MSCS support) is not installed\n", "ServicePac MA0C (Pub/Sub) is installed\n"});
+  Restart();
+  EXPECT_EQ(Run({{"WIZPARMFILE", "\"C:\\no file\""}}), 1603u);
+  EXPECT_EQ(Box(), "<2034 C:\\no file>");
+  Restart();
+  world.modules.clear();
+  EXPECT_EQ(Run({{"WIZPARMFILE", "C:\\no"}}), 1603u);
+  EXPECT_EQ(Box(), "Can't open file 'C:\\no'. (ZQV4734)");
+  Restart();
+  EXPECT_EQ(Run({{"ADDLOCAL", "Nothing"}}), 1603u);
+  ExpectInLog({"***Stopping because of unknown features\n"});
+  Restart();
+  EXPECT_EQ(Run({{"ZQVLICENSETYPE", "Gift"}}), 1603u);
+  ExpectInLog({"***Unknown licence type 'Gift'\n"});
+  Restart();
+  world.MakeFolder("C:\\new\\folder\\x.ini");
+  EXPECT_EQ(Run({{"SAVEINI", "C:\\new\\folder\\x.ini"}, {"ZQVLICENSETYPE", "TRIAL"}, {"AGREETOLICENSE", "maybe"}}), 0u);
+  EXPECT_EQ(Box(), "<2035 %s5>");
+  Expect({{"ZQVSETUPTITLE", "<2002 6.0%d>"}, {"AgreeToLicense", ""}});
+  ExpectInLog({"***AGREETOLICENSE value 'maybe' not acceptable\n"});
+  Restart();
+  EXPECT_EQ(Run({{"SAVEINI", " C:\\new\\a\\x.ini "},
+                 {"ZQVLICENSETYPE", "trial"},
+                 {"TRIALTOPROD", "1"},
+                 {"AGREETOLICENSE", "YES"}}),
+            0u);
+  EXPECT_EQ(world.ReadFile("C:\\new\\a\\x.ini"), "");
+  Expect({{"ZQVSETUPTITLE", "<2001 6.0%d>"}, {"AgreeToLicense", "Yes"}, {"SAVEINI", " C:\\new\\a\\x.ini "}});
+}
+
+}  // namespace
