@@ -9,11 +9,9 @@ The Wine prefix is the folder wine beside the build folder; each test removes wh
 import shutil
 import sys
 import unittest
-from pathlib import Path
 
 sys.dont_write_bytecode = True
-sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
-from installation import Machine, Package
+from case import prepare
 
 FOLDER = "documentation_test"
 KEY = r"HKLM\Software\Korvex\QVSeries"
@@ -106,9 +104,5 @@ class Upgrade(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) < 2 or not (Path(sys.argv[1]) / "vantrelqv.msi").exists():
-        sys.exit(__doc__)
-    build = Path(sys.argv.pop(1)).resolve()
-    package = Package(build / "vantrelqv.msi")
-    machine = Machine(build.parent / "wine")
+    build, package, machine = prepare(__doc__)
     unittest.main()

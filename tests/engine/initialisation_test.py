@@ -12,12 +12,10 @@ import subprocess
 import sys
 import time
 import unittest
-from pathlib import Path
 
 sys.dont_write_bytecode = True
-ROOT = Path(__file__).resolve().parents[2]
-sys.path.insert(0, str(ROOT / "tools"))
-from installation import FAILED, Machine, Package, published, read_text
+from case import message, prepare
+from installation import FAILED, published, read_text
 
 FOLDER = "initialisation_test"
 TEMP = rf"C:\{FOLDER}"
@@ -39,12 +37,6 @@ LANGUAGES = {
     "z": ("Simplified Chinese", "zh_cn"),
 }
 NO_LANGUAGE = "DELETE FROM `UIText` WHERE `Key`='ZQV__setup_language'"
-
-
-def message(number, folder="en_us"):
-    """A text as its table gives it."""
-    table = (ROOT / "catalogue" / folder / "messages.txt").read_text(encoding="utf-8")
-    return re.search(rf"^{number}\s+(.*)$", table, re.MULTILINE)[1]
 
 
 def language(text):
@@ -201,9 +193,5 @@ class Initialisation(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) < 2 or not (Path(sys.argv[1]) / "vantrelqv.msi").exists():
-        sys.exit(__doc__)
-    build = Path(sys.argv.pop(1)).resolve()
-    package = Package(build / "vantrelqv.msi")
-    machine = Machine(build.parent / "wine")
+    build, package, machine = prepare(__doc__)
     unittest.main()

@@ -10,28 +10,16 @@ import re
 import shutil
 import sys
 import unittest
-from pathlib import Path
 
 sys.dont_write_bytecode = True
-sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
-from installation import CANCELLED, FAILED, Machine, Package, read_text, response_answers, taken_answers, trace_problems
+from case import message, prepare, texts
+from installation import CANCELLED, FAILED, Package, read_text, response_answers, taken_answers, trace_problems
 
 FOLDER = "install_test"
 TEMP = rf"C:\{FOLDER}"
 NUMBER = "0001"  # of a fresh folder
 UNKNOWN_PRODUCT = 1605 & 0xFF
 GENERIC_FAILURE = "2041"
-
-
-def message(number):
-    """An English text as its table gives it."""
-    table = Path(__file__).resolve().parents[2] / "catalogue/en_us/messages.txt"
-    return re.search(rf"^{number}\s+(.*)$", table.read_text(encoding="utf-8"), re.MULTILINE)[1]
-
-
-def texts(lines):
-    """Action and text of each line, without merged lines and time stamps."""
-    return [line.split(" QVCA info ", 1)[1] for line in lines if not line.startswith(">>")]
 
 
 class Installation(unittest.TestCase):
@@ -315,10 +303,6 @@ class ResponseFiles(Installation):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) < 2 or not (Path(sys.argv[1]) / "vantrelqv.msi").exists():
-        sys.exit(__doc__)
-    build = Path(sys.argv.pop(1)).resolve()
-    Installation.package = Package(build / "vantrelqv.msi")
+    build, Installation.package, machine = prepare(__doc__)
     Services.package = Package(build / "engine_package/engine.msi")
-    machine = Machine(build.parent / "wine")
     unittest.main()

@@ -13,11 +13,10 @@ import shutil
 import stat
 import sys
 import unittest
-from pathlib import Path
 
 sys.dont_write_bytecode = True
-sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
-from installation import CANCELLED, FAILED, Machine, Package, read_text
+from case import prepare
+from installation import CANCELLED, FAILED, read_text
 from running_product import RunningProduct
 
 FOLDER = "running_test"
@@ -184,9 +183,5 @@ class Running(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) < 2 or not (Path(sys.argv[1]) / "vantrelqv.msi").exists():
-        sys.exit(__doc__)
-    build = Path(sys.argv.pop(1)).resolve()
-    package = Package(build / "vantrelqv.msi")
-    machine = Machine(build.parent / "wine")
+    build, package, machine = prepare(__doc__)
     unittest.main()
