@@ -107,13 +107,26 @@ bool SetDataOfRow(MSIHANDLE row, const std::string &listPath, UINT &result) {
   return set == ERROR_SUCCESS;
 }
 
-}  // namespace
-
-UINT WriteDeferredProperties() {
+/// Both actions name the same file. Without a name, deferred actions would run without properties.
+UINT NameValueList(std::string &path) {
   if (GetKeptProperty(Kept::tempFolder) != ERROR_SUCCESS) {
     return ERROR_INSTALL_FAILURE;
   }
-  const std::string path = ValueListName();
+  path = ValueListName();
+  if (path.empty()) {
+    LogLine("***No file name for the property value list");
+    return ERROR_INSTALL_FAILURE;
+  }
+  return ERROR_SUCCESS;
+}
+
+}  // namespace
+
+UINT WriteDeferredProperties() {
+  std::string path;
+  if (NameValueList(path) != ERROR_SUCCESS) {
+    return ERROR_INSTALL_FAILURE;
+  }
   std::string names;
   std::string entries;
   if (ReadNames(names) != ERROR_SUCCESS || ReadValues(names, entries) != ERROR_SUCCESS) {
@@ -123,10 +136,10 @@ UINT WriteDeferredProperties() {
 }
 
 UINT SetCustomActionData() {
-  if (GetKeptProperty(Kept::tempFolder) != ERROR_SUCCESS) {
+  std::string listPath;
+  if (NameValueList(listPath) != ERROR_SUCCESS) {
     return ERROR_INSTALL_FAILURE;
   }
-  const std::string listPath = ValueListName();
   UINT result = ERROR_SUCCESS;
   VisitRows(kActionQuery, result, [&](MSIHANDLE row) { return SetDataOfRow(row, listPath, result); });
   return result;
