@@ -8,7 +8,8 @@
 
 /// What the sections of primary initialisation learn for those behind them.
 struct Facts {
-  UINT result = ERROR_SUCCESS;  ///< of the action, unless a section ends it; a failed section that does not is kept here
+  /// Of the action, unless a section ends it; a failed section that does not is kept here.
+  UINT result = ERROR_SUCCESS;
   bool administrative = false;  ///< the installation only lays out an image of the package
   bool testRun = false;         ///< the package is the test package
 

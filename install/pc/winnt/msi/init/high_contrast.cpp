@@ -11,7 +11,7 @@
 namespace {
 
 constexpr char kProperty[] = "ZQVHIGHCONTRAST";
-constexpr UINT kSettingsSize = 12;      // HIGHCONTRAST of 32-bit Windows
+constexpr UINT kSettingsSize = 12;             // HIGHCONTRAST of 32-bit Windows
 constexpr unsigned kBrightText = 3 * 255 / 2;  // deliberately the half rounded down, and text must be brighter
 
 /// What the product that is installed already was told.

@@ -50,9 +50,18 @@ struct InstallationLanguage {
   const char *name;
 };
 constexpr InstallationLanguage kInstallationLanguages[] = {
-    {'t', "Traditional Chinese"}, {'z', "Simplified Chinese"}, {'g', "German"},     {'s', "Spanish"},
-    {'f', "French"},              {'i', "Italian"},            {'j', "Japanese"},   {'k', "Korean"},
-    {'b', "Portuguese"},          {'a', "English"},            {'h', "Hungarian"},  {'r', "Russian"},
+    {'t', "Traditional Chinese"},
+    {'z', "Simplified Chinese"},
+    {'g', "German"},
+    {'s', "Spanish"},
+    {'f', "French"},
+    {'i', "Italian"},
+    {'j', "Japanese"},
+    {'k', "Korean"},
+    {'b', "Portuguese"},
+    {'a', "English"},
+    {'h', "Hungarian"},
+    {'r', "Russian"},
 };
 
 constexpr char kLanguageKey[] = "ZQV__setup_language";
@@ -181,8 +190,8 @@ UINT RequireLanguageTransform(Facts &facts) {
   if (facts.transformFound) {
     return ERROR_SUCCESS;
   }
-  iiiDisplayMsgBox(NlsText(message::kNoLanguage,
-                           "No installation language specified. Use the TRANSFORMS property. (ZQV4732)"),
-                   MB_ICONERROR);
+  iiiDisplayMsgBox(
+      NlsText(message::kNoLanguage, "No installation language specified. Use the TRANSFORMS property. (ZQV4732)"),
+      MB_ICONERROR);
   return ERROR_INSTALL_FAILURE;
 }

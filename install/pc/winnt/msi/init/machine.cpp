@@ -57,8 +57,8 @@ UINT SettleTempFolder(Facts & /*facts*/) {
   if (GetTrimmedProperty("ZQVTEMP", folder) != ERROR_SUCCESS) {
     return ERROR_INSTALL_FAILURE;
   }
-  if (folder.empty() && (GetTrimmedProperty("TempFolder", folder) != ERROR_SUCCESS ||
-                         SetProperty("ZQVTEMP", folder) != ERROR_SUCCESS)) {
+  if (folder.empty() &&
+      (GetTrimmedProperty("TempFolder", folder) != ERROR_SUCCESS || SetProperty("ZQVTEMP", folder) != ERROR_SUCCESS)) {
     return ERROR_INSTALL_FAILURE;
   }
   ValueOf(Kept::tempFolder) = folder;

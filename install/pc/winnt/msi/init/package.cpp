@@ -24,8 +24,7 @@ constexpr UINT kTimeType = 64;
 
 constexpr char kDateProperty[] = "ZQVBUILDDATE";
 
-constexpr const char *kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                   "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+constexpr const char *kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
 /// The revision of the library's source: what follows the third-last blank of its identification, up to the next one.
 /// Empty when that has fewer blanks.
@@ -73,10 +72,10 @@ SummaryValue ReadSummary(MSIHANDLE summary, UINT property) {
 OwnedInstallerHandle OpenSummary() {
   OwnedInstallerHandle summary;
   const OwnedInstallerHandle database(MsiGetActiveDatabase(Session().handle));
-  UINT ignored = ERROR_SUCCESS;
   if (!database) {
     LogLine("***MsiGetActiveDatabase() failed");
   } else {
+    UINT ignored = ERROR_SUCCESS;
     iwiCheckMsiResult("MsiGetSummaryInformation", "",
                       MsiGetSummaryInformationA(database.Get(), nullptr, 0, summary.Out()), ignored);
   }
@@ -103,7 +102,8 @@ UINT PublishPackageStamp(const FILETIME &created) {
   if (SetProperty(kDateProperty, WithRevision(stamp)) != ERROR_SUCCESS) {
     return ERROR_INSTALL_FAILURE;
   }
-  const unsigned long long ticks = static_cast<unsigned long long>(created.dwHighDateTime) << 32 | created.dwLowDateTime;
+  const unsigned long long ticks =
+      static_cast<unsigned long long>(created.dwHighDateTime) << 32 | created.dwLowDateTime;
   const std::string text = std::to_string(ticks);
   if (SetProperty("ZQVBUILDTIME", text) != ERROR_SUCCESS) {
     return ERROR_INSTALL_FAILURE;

@@ -49,9 +49,9 @@ enum INSTALLSTATE {
 
 enum MSIMODIFY { MSIMODIFY_INSERT_TEMPORARY = 7 };
 
+// NOLINTBEGIN(readability-identifier-naming): the system's own names
 constexpr int MSI_NULL_INTEGER = static_cast<int>(0x80000000);
 
-// NOLINTBEGIN(readability-identifier-naming)
 extern "C" {
 
 UINT MsiCloseHandle(MSIHANDLE handle);

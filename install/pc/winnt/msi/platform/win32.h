@@ -40,6 +40,7 @@ using LPSTR = char *;
 using LPCSTR = const char *;
 using FARPROC = std::intptr_t(WINAPI *)();
 
+// NOLINTBEGIN(readability-identifier-naming): the system's own names
 constexpr BOOL FALSE = 0;
 constexpr BOOL TRUE = 1;
 constexpr DWORD MAX_PATH = 260;
@@ -85,7 +86,6 @@ struct SYSTEMTIME {
   WORD wMilliseconds;
 };
 
-// NOLINTBEGIN(readability-identifier-naming)
 extern "C" {
 
 DWORD GetLastError();

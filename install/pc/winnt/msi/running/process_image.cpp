@@ -91,7 +91,7 @@ std::string ImageOf(const ProcessStatus &status, DWORD id) {
   if (status.enumProcessModules(process.Get(), &module, sizeof module, &needed) == FALSE) {
     return {};
   }
-  return std::string(name, status.getModuleFileName(process.Get(), module, name, MAX_PATH));
+  return {name, status.getModuleFileName(process.Get(), module, name, MAX_PATH)};
 }
 
 void Terminate(DWORD id) {

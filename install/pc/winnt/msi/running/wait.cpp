@@ -14,9 +14,8 @@ int Seconds(int steps) { return static_cast<int>(static_cast<long long>(steps) *
 
 }  // namespace
 
-WaitBar::WaitBar() {
-  // A last field of 0: action data does not move the bar.
-  progress_ = MakeRecord({kProgressActionInfo, 1, 0});
+// A last field of 0: action data does not move the bar.
+WaitBar::WaitBar() : progress_(MakeRecord({kProgressActionInfo, 1, 0})) {
   if (progress_) {
     SendProgress(progress_.Get(), 0);
     SetFields(progress_.Get(), {kProgressIncrement, kTicksPerUnit, 0});

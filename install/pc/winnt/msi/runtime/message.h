@@ -11,7 +11,7 @@
 namespace message {
 
 // String-table identifiers.
-constexpr UINT kStartFolder = 406;     ///< names that the installation publishes
+constexpr UINT kStartFolder = 406;  ///< names that the installation publishes
 constexpr UINT kSnapInExplorer = 613;
 constexpr UINT kSnapInServices = 695;
 constexpr UINT kServiceWait = 1016;  ///< templates of action data: what is waited for
@@ -21,7 +21,7 @@ constexpr UINT kListenerWait = 1019;
 constexpr UINT kFilesWait = 1020;
 constexpr UINT kStopDescription = 1114;
 constexpr UINT kStoppingService = 1121;  ///< one insert: the service's name
-constexpr UINT kSetupTitle = 2001;  ///< titles of the setup; one insert, %s: version and release, as in 6.0
+constexpr UINT kSetupTitle = 2001;       ///< titles of the setup; one insert, %s: version and release, as in 6.0
 constexpr UINT kTrialTitle = 2002;
 constexpr UINT kBetaTitle = 2003;
 constexpr UINT kClientTitle = 2004;

@@ -48,7 +48,7 @@ bool LessNoCase::operator()(std::string_view a, std::string_view b) const {
 }
 
 int DecimalValue(std::string_view text) {
-  constexpr auto isSpace = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
+  const auto isSpace = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
   std::size_t at = 0;
   while (at < text.size() && isSpace(text[at])) {
     ++at;

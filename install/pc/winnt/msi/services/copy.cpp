@@ -12,7 +12,6 @@
 
 namespace {
 
-
 void Accumulate(UINT &result, UINT code) {
   if (code != ERROR_SUCCESS) {
     result = code;

@@ -87,7 +87,7 @@ int DeleteTree(const Walk &walk, std::string path, bool named) {
   }
   if (cut == std::string::npos || folder.empty()) {
     Log("***Invalid file pattern; path '%s', pattern '%s', dirs %d, FilePaths %d", folder.c_str(), pattern.c_str(),
-        walk.removeFolders, walk.deleteFiles);
+        static_cast<int>(walk.removeFolders), static_cast<int>(walk.deleteFiles));
     return 0;
   }
   int result = 1;

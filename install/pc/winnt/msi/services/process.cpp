@@ -62,7 +62,7 @@ void ReadExitCode(HANDLE process, const char *program, DWORD &exitCode) {
 
 UINT iwiLaunchAndWait(const std::string &program, const std::string &parameters, const std::string &folder, int show,
                       DWORD *exitCode, DWORD timeout) {
-  DWORD ownExitCode;
+  DWORD ownExitCode = kNoExitCode;
   DWORD &code = exitCode != nullptr ? *exitCode : ownExitCode;
   code = kNoExitCode;
   const bool isCommandProcessor = IsCommandProcessor(SplitAtLastBackslash(program).name);

@@ -43,7 +43,7 @@ class Search {
 
   std::string path_;
   OwnedSearch search_;
-  WIN32_FIND_DATAA entry_;
+  WIN32_FIND_DATAA entry_ = {};
   LONG error_ = ERROR_SUCCESS;
 };
 
