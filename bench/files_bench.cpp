@@ -1,52 +1,19 @@
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-#include <iterator>
-#include <limits>
 #include <string>
-#include <vector>
 
-#include "platform/msi.h"
+#include "bare.h"
+#include "measure.h"
 #include "platform/owner.h"
 #include "platform/win32.h"
-#include "runtime/log.h"
-#include "runtime/session.h"
 #include "services/copy.h"
 #include "services/create.h"
 #include "services/delete.h"
-#include "zqviwicn/load.h"
 
-/// What copying and deleting trees costs a file, beside bare loops over the same tree that write as many lines.
-///
-///     files_bench.exe [FILES...]
-///
-/// The reference package lies in the current folder. A tree is 100 files a folder and ten folders a folder.
+/// What copying and deleting a tree costs a file. A tree has 100 files a folder and ten folders a folder.
 namespace {
 
 constexpr int kFilesInFolder = 100;
 constexpr int kFoldersInFolder = 10;
-
-std::string base;
-std::string trace;
-
-/// The loops that the library is compared with.
-enum Loop {
-  kSameCalls,  ///< asks the system all that the library has to ask for a file, and logs with the library's log
-  kBare,       ///< copies or deletes and asks nothing, and logs with the library's log
-  kAppended,   ///< as kBare, but each line only opens the trace, appends to it and closes it
-};
-constexpr Loop kLoops[] = {kSameCalls, kBare, kAppended};
-
-void Write(Loop loop, const std::string &path) {
-  if (loop != kAppended) {
-    LogLine("Deleted file: '" + path + "'");
-    return;
-  }
-  if (std::FILE *file = std::fopen(trace.c_str(), "a+")) {
-    std::fprintf(file, "12:00:00 QVCA info files_bench: Deleted file: '%s'\n", path.c_str());
-    std::fclose(file);
-  }
-}
 
 void MakeTree(const std::string &root, int files) {
   for (int folder = 0; folder * kFilesInFolder < files; ++folder) {
@@ -75,164 +42,93 @@ void Walk(const std::string &folder, const Visit &visit) {
   } while (FindNextFileA(search.Get(), &entry) != FALSE);
 }
 
-void BareCopyFile(const std::string &from, const std::string &to, Loop loop) {
-  if (loop == kSameCalls) {
-    WIN32_FIND_DATAA marker;
-    const OwnedSearch cancelled(FindFirstFileA((base + "\\zqvcancl.txt").c_str(), &marker));
-    GetFileAttributesA(to.c_str());
-  }
-  CopyFileExA(from.c_str(), to.c_str(), nullptr, nullptr, nullptr, 0);
-  if (loop == kSameCalls) {
-    GetFileAttributesA(to.c_str());
-  }
-  Write(loop, from);
+void WriteLine(MSIHANDLE session, const std::string &path) {
+  BareLine(session, "12:00:00 QVCA info (CaProlog): Deleted file: '" + path + "'");
 }
 
-void BareCopy(const std::string &from, const std::string &to, Loop loop) {
-  CreateDirectoryA(to.c_str(), nullptr);
-  Walk(from, [&](const std::string &name, bool isFolder) {
-    (isFolder ? BareCopy : BareCopyFile)(from + "\\" + name, to + "\\" + name, loop);
-  });
-}
+/// Bare loops over a tree, which log a line for each file. Those with `asking` also ask all that copying has to ask.
+struct BareLoop {
+  MSIHANDLE session;
+  bool asking;
 
-void BareDelete(const std::string &folder, Loop loop) {
-  Walk(folder, [&](const std::string &name, bool isFolder) {
-    const std::string path = folder + "\\" + name;
-    if (isFolder) {
-      BareDelete(path, loop);
-    } else {
-      DeleteFileA(path.c_str());
-      Write(loop, path);
+  void CopyOneFile(const std::string &from, const std::string &to) const {
+    if (asking) {
+      WIN32_FIND_DATAA marker;
+      const OwnedSearch cancelled(FindFirstFileA((base + "\\" + kCancelMarker).c_str(), &marker));
+      GetFileAttributesA(to.c_str());
     }
-  });
-  RemoveDirectoryA(folder.c_str());
-}
-
-bool LibraryCopy(const std::string &from, const std::string &to) {
-  return iwiCopyPattern(from, to, "*", true) == ERROR_SUCCESS;
-}
-
-bool LibraryDelete(const std::string &folder) {
-  return iwiDeletePattern(false, true, nullptr, folder + "\\*", true, true, true, "", 0) != 0;
-}
-
-/// Microseconds that `work` takes.
-template <typename Work>
-double Time(const Work &work) {
-  LARGE_INTEGER frequency;
-  LARGE_INTEGER begin;
-  LARGE_INTEGER end;
-  QueryPerformanceFrequency(&frequency);
-  QueryPerformanceCounter(&begin);
-  work();
-  QueryPerformanceCounter(&end);
-  return static_cast<double>(end.QuadPart - begin.QuadPart) * 1e6 / static_cast<double>(frequency.QuadPart);
-}
-
-int CountLines() {
-  int lines = 0;
-  const OwnedStream file(std::fopen(trace.c_str(), "r"));
-  for (int character; file && (character = std::fgetc(file.Get())) != EOF;) {
-    lines += character == '\n' ? 1 : 0;
+    CopyFileExA(from.c_str(), to.c_str(), nullptr, nullptr, nullptr, 0);
+    if (asking) {
+      GetFileAttributesA(to.c_str());
+    }
+    WriteLine(session, from);
   }
-  return lines;
-}
 
-/// Microseconds of the best run: whatever else the machine does only adds.
-struct Figures {
-  double library = std::numeric_limits<double>::max();
-  double loops[std::size(kLoops)] = {library, library, library};
-  int lines = 0;
-};
-
-void Print(const char *operation, int files, const Figures &figures) {
-  std::printf("%-6s %6d files  %.2f lines/file  library %6.1f us/file  ", operation, files, 1.0 * figures.lines / files,
-              figures.library / files);
-  const char *const names[] = {"same calls", "bare", "bare, appended"};
-  for (const Loop loop : kLoops) {
-    std::printf("  %s %6.1f (x%.2f)", names[loop], figures.loops[loop] / files, figures.library / figures.loops[loop]);
-  }
-  std::printf("\n");
-  std::fflush(stdout);
-}
-
-/// Runs the library's operation, then each bare loop, each on what `prepare` makes.
-template <typename Prepare, typename Library, typename Bare>
-void Measure(int files, Figures &figures, const Prepare &prepare, const Library &library, const Bare &bare) {
-  prepare();
-  DeleteFileA(trace.c_str());
-  bool good = false;
-  figures.library = std::min(figures.library, Time([&] { good = library(); }));
-  figures.lines = CountLines();
-  if (!good || figures.lines < files) {
-    std::printf("The library failed; see %s\n", trace.c_str());
-    std::exit(1);
-  }
-  for (const Loop loop : kLoops) {
-    prepare();
-    DeleteFileA(trace.c_str());
-    const double time = Time([&] {
-      bare(loop);
-      // What the library logs beyond a line a file.
-      for (int more = files; more < figures.lines; ++more) {
-        Write(loop, base);
+  void Copy(const std::string &from, const std::string &to) const {
+    CreateDirectoryA(to.c_str(), nullptr);
+    Walk(from, [&](const std::string &name, bool isFolder) {
+      if (isFolder) {
+        Copy(from + "\\" + name, to + "\\" + name);
+      } else {
+        CopyOneFile(from + "\\" + name, to + "\\" + name);
       }
     });
-    figures.loops[loop] = std::min(figures.loops[loop], time);
   }
-}
 
-void Bench(int files) {
-  const std::string source = base + "\\source";
-  const std::string copy = base + "\\copy";
-  Figures copying;
-  Figures deleting;
-  MakeTree(source, files);
-  for (int run = 0; run < std::clamp(20000 / files, 3, 15); ++run) {
-    Measure(
-        files, copying, [&] { LibraryDelete(copy); }, [&] { return LibraryCopy(source, copy); },
-        [&](Loop loop) { BareCopy(source, copy, loop); });
-    Measure(
-        files, deleting, [&] { BareCopy(source, copy, kAppended); }, [&] { return LibraryDelete(copy); },
-        [&](Loop loop) { BareDelete(copy, loop); });
+  void Delete(const std::string &folder) const {
+    Walk(folder, [&](const std::string &name, bool isFolder) {
+      const std::string path = folder + "\\" + name;
+      if (isFolder) {
+        Delete(path);
+      } else {
+        DeleteFileA(path.c_str());
+        WriteLine(session, path);
+      }
+    });
+    RemoveDirectoryA(folder.c_str());
   }
-  LibraryDelete(source);
-  Print("copy", files, copying);
-  Print("delete", files, deleting);
-}
+};
 
 }  // namespace
 
-int main(int argc, char **argv) {
-  char temp[MAX_PATH];
-  GetTempPathA(MAX_PATH, temp);
-  base = temp + std::string("files_bench");
-  trace = base + "\\trace.log";
-  CreateDirectoryA(base.c_str(), nullptr);
-  MsiSetInternalUI(INSTALLUILEVEL_NONE, nullptr);
-  MSIHANDLE session = 0;
-  if (MsiOpenPackageExA("vantrelqv.msi", MSIOPENPACKAGEFLAGS_IGNOREMACHINESTATE, &session) != ERROR_SUCCESS) {
-    std::puts("vantrelqv.msi cannot be opened");
-    return 1;
+void BenchFiles(int files) {
+  const std::string source = base + "\\source";
+  const std::string copy = base + "\\copy";
+  const InstallerSession session;
+  MakeTree(source, files);
+  const auto libraryDeletes = [](const std::string &folder) {
+    return iwiDeletePattern(false, true, nullptr, folder + "\\*", true, true, true, "", 0) != 0;
+  };
+  // Each copies the tree and deletes the copy, so that the next one finds what the first one found.
+  Times libraryCopying, libraryDeleting, bareCopying, bareDeleting, askingCopying, askingDeleting;
+  const auto run = [](Times &times, const std::function<void()> &work) { times.push_back(Time(work)); };
+  for (int round = 0; round < std::clamp(30000 / files, 1, 9); ++round) {
+    DeleteLogs();
+    bool copied = false;
+    bool deleted = false;
+    run(libraryCopying, [&] { copied = iwiCopyPattern(source, copy, "*", true) == ERROR_SUCCESS; });
+    run(libraryDeleting, [&] { deleted = libraryDeletes(copy); });
+    const int lines = CountLines();
+    if (!copied || !deleted || lines < 2 * files) {
+      Fail("the tree cannot be copied and deleted");
+    }
+    const auto byLoop = [&](bool asking, Times &copying, Times &deleting) {
+      DeleteLogs();
+      const BareLoop loop{session.Get(), asking};
+      const auto logFolders = [&] {  // the lines that are no file's, half of them in each of the two
+        for (int line = 2 * files; line < lines; line += 2) {
+          WriteLine(session.Get(), base);
+        }
+      };
+      run(copying, [&] { loop.Copy(source, copy), logFolders(); });
+      run(deleting, [&] { loop.Delete(copy), logFolders(); });
+    };
+    byLoop(false, bareCopying, bareDeleting);
+    byLoop(true, askingCopying, askingDeleting);
   }
-  MsiSetPropertyA(session, "ZQVUSERTRACEPATH", trace.c_str());
-  MsiSetPropertyA(session, "ZQVTEMP", base.c_str());
-  Load();
-  Session().handle = session;
-  std::vector<int> sizes{1000, 10000};
-  if (argc > 1) {
-    sizes.clear();
-    std::transform(argv + 1, argv + argc, std::back_inserter(sizes),
-                   [](const char *text) { return std::max(1, std::atoi(text)); });
-  }
-  LibraryDelete(base);
-  CreateDirectoryA(base.c_str(), nullptr);
-  for (const int files : sizes) {
-    Bench(files);
-  }
-  Unload();
-  MsiCloseHandle(session);
-  DeleteFileA(trace.c_str());
-  RemoveDirectoryA(base.c_str());
-  return 0;
+  const std::string of = std::to_string(files) + " files: a bare loop, same lines";
+  Print("copy " + of, files, libraryCopying, bareCopying);
+  Print("copy " + of + " and questions", files, libraryCopying, askingCopying);
+  Print("delete " + of, files, libraryDeleting, bareDeleting);
+  libraryDeletes(source);
 }

@@ -1,46 +1,54 @@
-#include <windows.h>
+#include "measure.h"
+#include "platform/win32.h"
 
-#include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-
-/// What loading, finding an action and unloading cost, beside the same for an empty DLL in C: what each further action
-/// of an installation pays before its first line. The system's libraries are loaded already, as in an installer engine.
-///
-///     load_bench.exe
+/// What each further action of an installation pays for being in this library. The system's libraries are loaded
+/// already, as in an installer engine.
 namespace {
 
-constexpr int kRounds = 15;
-constexpr int kLoads = 200;
+constexpr int kRounds = 41;
+constexpr int kLoads = 10;
 
-double Microseconds(const char *library, const char *action) {
-  LARGE_INTEGER frequency, begin, end;
-  QueryPerformanceFrequency(&frequency);
-  QueryPerformanceCounter(&begin);
-  for (int load = 0; load < kLoads; ++load) {
-    const HMODULE module = LoadLibraryA(library);
-    if (module == nullptr || GetProcAddress(module, action) == nullptr) {
-      std::printf("%s cannot be loaded\n", library);
-      std::exit(1);
-    }
-    FreeLibrary(module);
+using EntryPoint = UINT(__stdcall *)(MSIHANDLE);
+
+/// Loads, finds and unloads, and with a session calls the action in between.
+void Use(const char *library, const char *action, MSIHANDLE session) {
+  const HMODULE module = LoadLibraryA(library);
+  const FARPROC entry = module == nullptr ? nullptr : GetProcAddress(module, action);
+  if (entry == nullptr) {
+    Fail(std::string(library) + " cannot be loaded");
   }
-  QueryPerformanceCounter(&end);
-  return 1e6 * static_cast<double>(end.QuadPart - begin.QuadPart) / static_cast<double>(frequency.QuadPart) / kLoads;
+  if (session != 0) {
+    reinterpret_cast<EntryPoint>(reinterpret_cast<void *>(entry))(session);
+  }
+  FreeLibrary(module);
+}
+
+double Repeat(const std::function<void()> &work) {
+  return Time([&] {
+    for (int load = 0; load < kLoads; ++load) {
+      work();
+    }
+  });
 }
 
 }  // namespace
 
-int main() {
-  LoadLibraryA("msi.dll");
+void BenchLoads() {
   LoadLibraryA("shell32.dll");
-  double empty = 1e9;
-  double library = 1e9;
-  for (int round = 0; round < kRounds; ++round) {  // the best one counts: whatever else the machine does only adds
-    empty = std::min(empty, Microseconds("empty_action.dll", "empty@4"));
-    library = std::min(library, Microseconds("zqviwicn.dll", "iwiUserExit"));
-  }
-  std::printf("load, find, unload: empty DLL %.0f us, zqviwicn.dll %.0f us, ratio %.2f\n", empty, library,
-              library / empty);
-  return 0;
+  const auto useLibrary = [](MSIHANDLE session) { Use("zqviwicn.dll", "iwiUserExit", session); };
+  const auto useEmpty = [](MSIHANDLE session) { Use("empty_action.dll", "empty@4", session); };
+  Compare(kRounds, kLoads, [&] { return Repeat([&] { useLibrary(0); }); },
+          {{"load, unload: an empty DLL in C", [&] { return Repeat([&] { useEmpty(0); }); }}});
+
+  const InstallerSession session;
+  useLibrary(session.Get());
+  const int lines = CountLines();
+  const auto act = [&] {
+    useEmpty(session.Get());
+    for (int line = 0; line < lines; ++line) {
+      BareLine(session.Get(), "12:00:00 QVCA info iwiUserExit: As long a line as most of them are");
+    }
+  };
+  Compare(kRounds, kLoads, [&] { return Repeat([&] { useLibrary(session.Get()); }); },
+          {{"first action: an empty DLL in C, same lines", [&] { return Repeat(act); }}});
 }
