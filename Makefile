@@ -7,7 +7,7 @@ dll: windows
 demo: windows
 	tools/demo build/windows
 
-# The installations of the one mostly wait, so that there is time for the other. What a part says is shown at its end.
+# Installations mostly wait, which leaves time for the rest. What each of the two says is shown at its end.
 test: host windows
 	@$(MAKE) --no-print-directory -j2 --output-sync=target test-windows test-host
 
@@ -15,8 +15,9 @@ test-windows:
 	ctest --preset windows
 
 test-host:
-	ctest --preset host
+	nice ctest --preset host
 	@grep -h '^Fault sweep: ' build/host/Testing/Temporary/LastTest.log
+	@nice $(MAKE) --no-print-directory lint
 
 # New inputs gather in the build folder; those that the tests replay are only read.
 fuzz:
@@ -26,8 +27,12 @@ fuzz:
 	mkdir -p build/fuzz/corpus
 	cd build/fuzz && tests/response_file_fuzz -max_total_time=60 -print_final_stats=1 corpus ../../tests/fuzz/corpus
 
+# FILES are the sizes of the trees that are copied and deleted, as in `make bench FILES=100000`.
 bench: windows
-	cmake --build --preset windows --target bench
+	@tools/setup bench
+	cmake --preset bench
+	cmake --build --preset bench
+	python3 bench/table.py build $(FILES)
 
 host windows: setup
 	cmake --preset $@

@@ -156,9 +156,8 @@ TEST_F(FeaturesTest, AResponseFileThatCannotBeWrittenFails) {
   };
   fail("", "Writing response file ''\niwiWriteResponseFile: ***Can't open ''\n");
   fail("C:\\temp", "***Can't open 'C:\\temp'\n");
-  world.failWritesTo = {kIni};
+  Fail("fwrite", 112);
   fail(kIni, "***Error writing 'C:\\temp\\r.ini'\n");
-  world.failWritesTo.clear();
   world.failCall = {"MsiGetFeatureStateA", world.callCount["MsiGetFeatureStateA"] + 2, 87};
   fail(kIni,
        ": Error 87 from MsiGetFeatureState(Server)\niwiWriteResponseFile: 'FTA_Server' Installed: 2 Action: -1\n");

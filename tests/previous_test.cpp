@@ -1,4 +1,3 @@
-#include "previous/documentation_scan.h"
 #include "previous/uninstall_list.h"
 #include "services/remove_registry.h"
 #include "support.h"
@@ -100,6 +99,7 @@ TEST_F(PreviousTest, TheModeDecidesWhatAnActionDoes) {
   world.modes = {};
   Fail("MsiSetPropertyA", 87, 1);
   EXPECT_EQ(iwiDeleteOldEn_us(kSession), 1603u);
+  ExpectInLog({"***msiSetProperty('ZQVDELOLDENUS') value('1') failed (87)\n"});
 }
 
 TEST_F(PreviousTest, KeysNameTheirRootAndRowsAreNumbered) {
@@ -156,18 +156,6 @@ TEST_F(PreviousTest, LargeListsAreSurvived) {
   Process(text);
   EXPECT_EQ(world.tables["RemoveFile"].rows.size(), 10u);
   Process(bytes);
-}
-
-TEST_F(PreviousTest, TheFormatsAreLookedForOnceALoad) {
-  world.Remove("C:\\old\\doc\\pdf");
-  world.registry["hklm\\" + kVersion]["PgmFolder"] = RegistryValue::Text("C:\\OLD\\");
-  for (const std::string property : {"C:\\new", "C:\\old", ""}) {  // the empty one leaves it to the registry
-    Reload();
-    world.properties["ZQVPREVPGM"] = property;
-    EXPECT_EQ(FindOldDocumentation().htm, property != "C:\\new");
-    EXPECT_FALSE(FindOldDocumentation().pdf);
-  }
-  EXPECT_EQ(Behind("Looking for: ", Lines()), "'C:\\OLD\\doc\\chm'\n'C:\\OLD\\doc\\pdf'\n'C:\\OLD\\doc\\htm'\n");
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 #include "runtime/property.h"
 
 #include "runtime/message.h"
-#include "runtime/path_property.h"
-#include "runtime/progress.h"
 #include "runtime/response_property.h"
 #include "runtime/text.h"
 #include "services/path.h"
@@ -14,9 +12,9 @@ const std::string kList = "C:\\temp\\zqvp0001.txt";
 
 class PropertyTest : public LibraryTest {
  protected:
-  std::string Read(const char *name, DWORD length = kPropertyLength) {
+  std::string Read(const char *name) {
     std::string value = "junk";
-    const UINT result = GetProperty(name, value, length);
+    const UINT result = GetProperty(name, value);
     return result == 0 ? value : Format("%u:%s", result, value.c_str());
   }
 
@@ -29,20 +27,6 @@ class PropertyTest : public LibraryTest {
     ForgetRunModes();
   }
 };
-
-TEST_F(PropertyTest, TableReadsAndSetsAreLogged) {
-  world.properties["A"] = "x";
-  EXPECT_EQ(Read("A"), "x");
-  EXPECT_EQ(Read("B"), "");
-  EXPECT_EQ(Read("A", 1), "1603:");
-  EXPECT_EQ(SetProperty("A", ""), 0u);
-  Fail("MsiSetPropertyA", 87);
-  EXPECT_EQ(SetProperty("A", "%d"), 1603u);
-  EXPECT_EQ(Lines(),
-            "Property 'A' value 'x' from property table\nProperty 'B' not defined in property table\n"
-            "***msiGetProperty('A') failed (234)\nProperty 'A' value set to ''\n"
-            "***msiSetProperty('A') value('%d') failed (87)\n");
-}
 
 TEST_F(PropertyTest, ValueListEntriesAreWalkedAsTheyAlwaysWere) {
   const std::tuple<std::string, const char *, std::string> cases[] = {
@@ -89,7 +73,7 @@ TEST_F(PropertyTest, AValueListIsLoadedOnceAndTriedAgainAfterAFailure) {
                          "***Can't get file size\nSize of value list is 512000\n" + none + none);
 }
 
-TEST_F(PropertyTest, TheResponseFileAnswersWhatTheTableDoesNot) {
+TEST_F(PropertyTest, TheResponseFileAnswersWhatTheTableDoesNotOrItsFailureIsShown) {
   world.properties.insert({{"USEINI", " C:\\temp\\answers.ini "}, {"KEEPQMDATA", "table"}});
   world.WriteFile("C:\\temp\\answers.ini", "[response]\r\nkeepqmdata=file\r\nPgmFolder = \" C:\\x \" \r\n");
   for (const auto &[name, value, response] :
@@ -101,28 +85,14 @@ TEST_F(PropertyTest, TheResponseFileAnswersWhatTheTableDoesNot) {
   }
   ExpectInLog({"Property 'PGMFOLDER', value ' C:\\x' from response file\n",
                "Property 'NOWHERE' not defined in response file\n"});
-}
-
-TEST_F(PropertyTest, AnUnreadableResponseFileIsShownAndFails) {
-  world.properties["USEINI"] = "C:\\temp\\none.ini";
+  Reload();
+  world.properties.insert({{"ZQVTEMPFILENUM", "0007"}});
   world.properties["UILevel"] = "5";
-  world.properties["ZQVTEMPFILENUM"] = "0007";
+  world.properties["USEINI"] = "C:\\temp\\none.ini";
   world.modules["C:\\temp\\zqvl0007.dll"].strings = {{2034, "Cannot read %1."}};
   std::string value;
   EXPECT_EQ(GetPropertyWithResponse("PGMFOLDER", value), 1603u);
-  ASSERT_EQ(world.boxes.size(), 1u);
-  EXPECT_EQ(world.boxes[0].text + world.boxes[0].caption, "Cannot read C:\\temp\\none.ini.Korvex Vantrel QV");
-}
-
-TEST_F(PropertyTest, PathPropertiesAreSharedAndCounted) {
-  std::string name, names;
-  for (const char *path : {"C:\\A\\", "c:\\a\\", "C:\\B\\"}) {
-    EXPECT_EQ(GetPathProperty(path, name), 0u);
-    names += name + " ";
-  }
-  EXPECT_EQ(names, "ZQVPATHPROPERTY0 ZQVPATHPROPERTY0 ZQVPATHPROPERTY1 ");
-  EXPECT_EQ(world.properties["ZQVPATHPROPERTY1"], "C:\\B\\");
-  EXPECT_EQ(world.properties["ZQVPROPERTYCOUNTER"], "2");
+  EXPECT_EQ(world.boxes.at(0).text + world.boxes[0].caption, "Cannot read C:\\temp\\none.ini.Korvex Vantrel QV");
 }
 
 TEST_F(PropertyTest, TheValueListHoldsTheNamedProperties) {
@@ -148,8 +118,8 @@ TEST_F(PropertyTest, TheValueListHoldsTheNamedProperties) {
   EXPECT_EQ(iwiWriteDeferredProperties(kSession), 0u);
   ExpectInLog({"***Can't open '" + kList + "'\n"});
   world.held.clear();
-  world.failWritesTo.insert(kList);
   Reload();
+  Fail("fwrite", 112);
   EXPECT_EQ(iwiWriteDeferredProperties(kSession), 1603u);
 }
 
@@ -198,20 +168,6 @@ TEST_F(MessageTest, InsertsAreFilledOrTheFormatIsGiven) {
   EXPECT_EQ(FormatInserts(text, "%1%1", std::string(300, 'x').c_str()), 0);
   EXPECT_EQ(text, "%1%1");
   EXPECT_EQ(Lines(), "***Error 122 from FormatMessage(), '%1%1'\n");
-}
-
-TEST_F(MessageTest, ProgressIsReportedInScheduledModeOnly) {
-  for (const std::set<int> &modes : {std::set<int>{}, {MSIRUNMODE_SCHEDULED}}) {
-    EXPECT_TRUE(world.messages.empty());
-    world.modes = modes;
-    ForgetRunModes();
-    SendProgress(0, 5);
-    SendActionData("x");
-  }
-  ASSERT_EQ(world.messages.size(), 2u);
-  EXPECT_EQ(world.messages[0].type, 0x0A000000);
-  EXPECT_EQ(world.messages[0].fields, (Row{{}, 2, 5, 0}));
-  EXPECT_EQ(world.messages[1].fields, (Row{{}, "x"}));
 }
 
 TEST(TextTest, PathsAreTidied) {

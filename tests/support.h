@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "fake/world.h"
@@ -44,10 +45,9 @@ class LibraryTest : public testing::Test {
   /// All lines so far, stamps removed: each is "ACTION: text".
   std::string LogText() {
     std::string text;
-    for (std::string line : world.installerLog) {
+    for (const std::string &line : world.installerLog) {
       constexpr std::string_view stamp = "10:25:15 QVCA info ";
-      text += line.starts_with(stamp) ? line.substr(stamp.size()) : line;
-      text += '\n';
+      text += (line.starts_with(stamp) ? line.substr(stamp.size()) : line) + '\n';
     }
     return text;
   }
@@ -55,11 +55,10 @@ class LibraryTest : public testing::Test {
   /// The same of one action, without its name; forgets all lines.
   std::string TakeLog(const std::string &action) {
     std::string text;
-    for (const std::string &line : world.installerLog) {
+    for (const std::string &line : std::exchange(world.installerLog, {})) {
       const std::size_t at = line.find(action + ": ");
       text += at == std::string::npos ? "" : line.substr(at + action.size() + 2) + '\n';
     }
-    world.installerLog.clear();
     return text;
   }
 

@@ -2,7 +2,6 @@
 
 #include "services/binary_stream.h"
 #include "services/components.h"
-#include "services/features.h"
 #include "services/products.h"
 #include "services/remove_file.h"
 #include "services/source_path.h"
@@ -105,22 +104,6 @@ TEST_F(TablesTest, TheRecordCounterMovesOnWheneverARowWasTried) {
   }
 }
 
-TEST_F(TablesTest, FeatureStatesAreSetAndFailuresAccumulate) {
-  world.features["Server"] = {};
-  UINT result = 0;
-  iwiSetFeatureLocal("Lost", true, result);
-  for (const int state : {-1, 1, 4, 5}) {
-    EXPECT_EQ(iwiSetFeatureState("Server", static_cast<INSTALLSTATE>(state)), 0u);
-  }
-  iwiSetFeatureLocal("Server", false, result);
-  EXPECT_EQ(result, 1603u);
-  EXPECT_EQ(world.features["Server"].action, INSTALLSTATE_ABSENT);
-  const std::string set = "'Server' feature state set to ";
-  EXPECT_EQ(Lines(), "***MsiSetFeatureState(Lost, INSTALLSTATE_LOCAL) rc: 0x00000646\n" + set +
-                         "INSTALLSTATE_UNKNOWN\n" + set + "INSTALLSTATE_ADVERTISED\n" + set + "INSTALLSTATE_SOURCE\n" +
-                         set + "00000005\n" + set + "INSTALLSTATE_ABSENT\n");
-}
-
 TEST_F(TablesTest, TheFirstLocalComponentIsFoundOnceALoad) {
   world.tables["Component"].rows = {
       {std::string(515, 'u')}, {std::string(516, 'c')}, {"absent"}, {"local"}, {"second"}};
@@ -216,21 +199,6 @@ TEST_F(TablesTest, SourcePathsAreMadeOfFolderAndLongName) {
     EXPECT_EQ(path, "");
     EXPECT_EQ(Lines(), lines);
   }
-}
-
-TEST_F(TablesTest, ARelatedProductCountsOnceItsNameIsRead) {
-  const std::string code = "{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}", named = "{" + std::string(36, '2') + "}";
-  const std::string begin = "Searching for upgrade code '" + code + "'\nFound product 'nameless'\n";
-  std::string product = "?";
-  world.relatedProducts[code] = {"nameless"};
-  EXPECT_EQ(iwiFindRelatedProduct(code, product), 0u);
-  EXPECT_EQ(product, "");
-  world.relatedProducts[code].push_back(named);
-  world.productInfo[named]["InstalledProductName"] = "Vantrel QV";
-  EXPECT_EQ(iwiFindRelatedProduct(code, product), 0u);
-  EXPECT_EQ(product, named);
-  EXPECT_EQ(Lines(),
-            begin + " - Not installed\n" + begin + "Found product '" + named + "'\n - 'Vantrel QV' is installed\n");
 }
 
 TEST_F(TablesTest, ProductDataFollowsThePackagesOwnUpgradeCode) {

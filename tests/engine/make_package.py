@@ -43,7 +43,7 @@ def main(reference, library, folder):
             name = line.split("\t")[0]
             rows[name] = call("msiinfo", "extract", package, f"Binary.{name}")
     rows |= {f"stream_{size}": stream(size) for size in STREAM_SIZES}
-    rows |= {"part_a.first": b"first", "part_b": b"second", "test_actions": library.read_bytes()}
+    rows["test_actions"] = library.read_bytes()
     for name, content in rows.items():
         (streams / f"{name}.ibd").write_bytes(content)
     lines = [*header, *(f"{name}\t{name}.ibd" for name in rows), ""]

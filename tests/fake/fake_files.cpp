@@ -28,7 +28,8 @@ Place FindExisting(World &world, LPCSTR path) {
 /// Checks that nobody who has `place` open forbids this access, nor is forbidden his own by `share`.
 void CheckShared(const World &world, const Place &place, DWORD access, DWORD share) {
   const auto needs = [](DWORD rights) {
-    return (rights & GENERIC_READ ? 1U : 0U) | (rights & GENERIC_WRITE ? 2U : 0U) | (rights & kDelete ? 4U : 0U);
+    return ((rights & GENERIC_READ) != 0 ? 1U : 0U) | ((rights & GENERIC_WRITE) != 0 ? 2U : 0U) |
+           ((rights & kDelete) != 0 ? 4U : 0U);
   };
   Require(world.held.count(place.path) == 0, ERROR_SHARING_VIOLATION);
   for (const auto &[handle, other] : world.objects) {
@@ -44,7 +45,7 @@ Place FindToOpen(World &world, LPCSTR path, DWORD access, DWORD share, bool mayC
     place.node = place.folder->entries[place.name] = std::make_shared<Node>();
   }
   const DWORD forbidding =
-      FILE_ATTRIBUTE_DIRECTORY | (access & (GENERIC_WRITE | kDelete) ? FILE_ATTRIBUTE_READONLY : 0);
+      FILE_ATTRIBUTE_DIRECTORY | ((access & (GENERIC_WRITE | kDelete)) != 0 ? FILE_ATTRIBUTE_READONLY : 0);
   Require(!(place.node->attributes & forbidding), ERROR_ACCESS_DENIED);
   CheckShared(world, place, access, share);
   return place;
@@ -70,7 +71,7 @@ ssize_t ReadStream(void *cookie, char *buffer, std::size_t size) {
 
 ssize_t WriteStream(void *cookie, const char *buffer, std::size_t size) {
   const OpenObject &stream = TheWorld().Object(Id(cookie), "stream");
-  if (TheWorld().Count("fwrite") != 0 || TheWorld().failWritesTo.count(stream.name) != 0) {
+  if (TheWorld().Count("fwrite") != 0) {
     errno = ENOSPC;
     return 0;
   }

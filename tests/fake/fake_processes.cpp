@@ -59,7 +59,6 @@ BOOL ShellExecuteExA(SHELLEXECUTEINFOA *info) {
     world.launched.push_back({OrEmpty(info->lpFile), OrEmpty(info->lpParameters), OrEmpty(info->lpDirectory),
                               OrEmpty(info->lpVerb), info->nShow, info->fMask});
     const Program &program = Known(world.programs, OrEmpty(info->lpFile), ERROR_FILE_NOT_FOUND);
-    Require(program.error == 0, program.error);
     info->hProcess = nullptr;
     if ((info->fMask & SEE_MASK_NOCLOSEPROCESS) && program.hasProcess) {
       const std::uint64_t end = std::max(world.clockMs + program.runtimeMs, program.runtimeMs);

@@ -15,7 +15,7 @@ std::uintptr_t last_handle = 0x1000;  // goes on from world to world, so that an
 
 /// The values of an open key, if it was opened with this access.
 NameMap<RegistryValue> &Values(World &world, HKEY key, DWORD access) {
-  OpenObject &object = world.Object(Id(key), "key");
+  const OpenObject &object = world.Object(Id(key), "key");
   Require((object.access & access) == access, ERROR_ACCESS_DENIED);
   return world.registry[object.name];
 }
@@ -132,9 +132,6 @@ void Sleep(DWORD milliseconds) {
   World &world = TheWorld();
   world.slept += milliseconds;
   world.clockMs += milliseconds;
-  if (world.onSleep) {
-    world.onSleep(milliseconds);
-  }
 }
 
 void GetLocalTime(SYSTEMTIME *time) {
@@ -153,11 +150,8 @@ BOOL FileTimeToSystemTime(const FILETIME *fileTime, SYSTEMTIME *time) {
     std::tm parts{};
     gmtime_r(&seconds, &parts);
     std::memset(time, kJunk, sizeof *time);
-    time->wYear = static_cast<WORD>(parts.tm_year + 1900);
-    time->wMonth = static_cast<WORD>(parts.tm_mon + 1);
-    time->wDay = static_cast<WORD>(parts.tm_mday);
-    time->wHour = static_cast<WORD>(parts.tm_hour);
-    time->wMinute = static_cast<WORD>(parts.tm_min);
+    std::tie(time->wYear, time->wMonth, time->wDay, time->wHour, time->wMinute) =
+        std::tuple{parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min};
   });
 }
 
@@ -177,8 +171,9 @@ BOOL CloseHandle(HANDLE handle) {
   return TheWorld().Close("CloseHandle", Id(handle), {"file", "mutex", "process"}) == 0;
 }
 
-HANDLE CreateMutexA(SECURITY_ATTRIBUTES *, BOOL, LPCSTR name) {
+HANDLE CreateMutexA(SECURITY_ATTRIBUTES *, BOOL owned, LPCSTR name) {
   return Call("CreateMutexA", HANDLE{}, [&](World &world) {
+    Require(owned == FALSE, ERROR_INVALID_PARAMETER);
     world.lastError = world.mutexes.count(OrEmpty(name)) != 0 ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS;
     return world.Open({.kind = "mutex", .name = OrEmpty(name)});
   });

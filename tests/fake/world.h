@@ -68,7 +68,6 @@ struct Module {
 };
 
 struct Program {
-  DWORD error = 0;  // the launch fails with this
   DWORD exitCode = 0;
   std::uint64_t runtimeMs = 0;
   bool hasProcess = true;  // false: the launch succeeds without a process handle, as a document's may
@@ -144,13 +143,12 @@ struct World {
   std::map<std::string, std::string> sourcePaths;
   std::optional<std::uint64_t> created;  // the package's summary information: FILETIME
   std::string packageCode;
-  NameMap<INSTALLSTATE> productStates;  // by product code
+  NameMap<INSTALLSTATE> productStates;                      // by product code
   NameMap<std::vector<std::string>> relatedProducts;        // product codes by upgrade code
   NameMap<std::map<std::string, std::string>> productInfo;  // attributes by product code
 
   // Files, by full Windows paths with backslashes. The paths that the functions take may be longer than Windows allows.
   NameSet held;  // open in another process, shared with nobody
-  NameSet failWritesTo;
   std::vector<std::string> rebootDeletes;
   Node &WriteFile(const std::string &path, std::string_view bytes);  // makes missing folders
   Node &MakeFolder(const std::string &path);
@@ -163,10 +161,9 @@ struct World {
   // Time, modules, environment, windows.
   std::uint64_t clockMs = 1709634315000;  // since 1970; Tuesday 5 March 2024, 10:25:15
   std::uint64_t slept = 0;                // milliseconds, all Sleep calls together
-  std::function<void(DWORD)> onSleep;
-  std::set<std::string> mutexes;  // of other processes
-  NameMap<Module> modules;        // by path, as it is loaded
-  Module ownModule;               // the library itself
+  std::set<std::string> mutexes;          // of other processes
+  NameMap<Module> modules;                // by path, as it is loaded
+  Module ownModule;                       // the library itself
   NameMap<std::string> environment;
   std::vector<Box> boxes;
   NameMap<Window> windows;  // by class
