@@ -53,8 +53,7 @@ struct BareLoop {
 
   void CopyOneFile(const std::string &from, const std::string &to) const {
     if (asking) {
-      WIN32_FIND_DATAA marker;
-      const OwnedSearch cancelled(FindFirstFileA((base + "\\" + kCancelMarker).c_str(), &marker));
+      GetFileAttributesA((base + "\\" + kCancelMarker).c_str());
       GetFileAttributesA(to.c_str());
     }
     CopyFileExA(from.c_str(), to.c_str(), nullptr, nullptr, nullptr, 0);

@@ -18,7 +18,7 @@ REASONS = {
     "size": "all that the library does",
     "load": "the size of the image, and its imports",
     "first action": "the load; run modes and properties that its frame asks for",
-    "copy": "asks for the cancel marker and for a read-only copy",
+    "copy": "asks for the cancel marker and for read-only copies",
     "delete": "asks for what a failure means, and whether folders are empty",
     "value list": "sorts the entries, once a load",
     "calls, a log line, no log set": "an empty property is asked for anew, by rule",
