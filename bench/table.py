@@ -3,8 +3,9 @@
 
     table.py BUILD [FILES...]
 
-BUILD holds the folders bench and windows, built. FILES are the sizes of the trees that are copied and deleted, 1000 and
-10000 if none is given; 100000 takes about ten minutes. A ratio above 1.15 is marked with what it pays for.
+BUILD holds the folders bench and windows, built. FILES are the sizes of the trees that are copied and deleted: 1000,
+10000 and 100000 if none is given, the last of which takes some ten minutes. A ratio above 1.15 is marked with what it
+pays for.
 """
 import json
 import pathlib
@@ -66,7 +67,7 @@ def windows_rows(folder, sizes):
 
 def main():
     build = pathlib.Path(sys.argv[1]).resolve()
-    rows = [*windows_rows(build / "windows", sys.argv[2:] or ["1000", "10000"]),
+    rows = [*windows_rows(build / "windows", sys.argv[2:] or ["1000", "10000", "100000"]),
             *host_rows(build / "bench" / "bench" / "host_bench")]
     print(f'{"operation":34} {"figure":>12} {"floor":>12}       {"ratio":>6}   {"the floor is":40}')
     for name, own, floor, unit in rows:
