@@ -1,9 +1,8 @@
 #include "runtime/temp_name.h"
 
+#include "runtime/new_file.h"
 #include "runtime/property.h"
 #include "runtime/text.h"
-#include "services/create.h"
-#include "services/path.h"
 
 namespace {
 

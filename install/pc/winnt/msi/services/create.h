@@ -2,11 +2,7 @@
 
 #include <string>
 
-/// Making files and folders.
-
-/// Makes an empty file where there was none. Returns the path, or an empty text when the file exists already, cannot be
-/// made, or `path` is empty.
-std::string iwiCreateNewFile(const std::string &path);
+/// Making folders.
 
 /// Makes every folder on the path up to its last backslash: for a path of a drive from behind the drive's colon, for
 /// one of a server from behind its share; for any other path nothing. Returns 1 when nothing had to be made and 0 when
