@@ -3,10 +3,10 @@
 #include <fstream>
 #include <iterator>
 
+#include "base/yes_no.h"
 #include "features/feature_table.h"
 #include "features/response_file.h"
 #include "runtime/response_property.h"
-#include "runtime/yes_no.h"
 #include "support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);

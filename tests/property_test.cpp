@@ -1,9 +1,9 @@
 #include "runtime/property.h"
 
+#include "base/path.h"
+#include "base/text.h"
 #include "runtime/message.h"
 #include "runtime/response_property.h"
-#include "runtime/text.h"
-#include "services/path.h"
 #include "support.h"
 
 namespace {

@@ -1,8 +1,8 @@
+#include "base/text.h"
 #include "running/file_in_use.h"
 #include "running/process_image.h"
 #include "running/product_files.h"
 #include "running/service.h"
-#include "runtime/text.h"
 #include "support.h"
 
 namespace {

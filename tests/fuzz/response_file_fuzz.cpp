@@ -2,10 +2,10 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "base/text.h"
 #include "fake/world.h"
 #include "features/response_file.h"
 #include "runtime/session.h"
-#include "runtime/text.h"
 #include "zqviwicn/load.h"
 
 /// Whatever bytes a response file holds, reading it and looking its lines up ends, and gives values that the format

@@ -2,10 +2,10 @@
 
 #include <string>
 
+#include "base/text.h"
+#include "base/yes_no.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
-#include "runtime/text.h"
-#include "runtime/yes_no.h"
 #include "services/product_key.h"
 #include "services/registry.h"
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
+#include "base/load_state.h"
 #include "platform/msi.h"
-#include "runtime/load_state.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
 #include "runtime/session.h"

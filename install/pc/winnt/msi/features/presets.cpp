@@ -3,11 +3,11 @@
 #include <span>
 #include <string>
 
+#include "base/text.h"
 #include "features/client_only.h"
 #include "features/feature_table.h"
 #include "features/install_level.h"
 #include "runtime/property.h"
-#include "runtime/text.h"
 #include "services/features.h"
 
 namespace {

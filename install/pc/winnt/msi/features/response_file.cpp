@@ -7,12 +7,12 @@
 #include <unordered_map>
 #include <utility>
 
+#include "base/load_state.h"
+#include "base/pair_list.h"
+#include "base/text.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
-#include "runtime/load_state.h"
 #include "runtime/log.h"
-#include "runtime/pair_list.h"
-#include "runtime/text.h"
 #include "services/environment.h"
 
 namespace {

@@ -6,13 +6,13 @@
 #include <string_view>
 #include <vector>
 
+#include "base/text.h"
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
 #include "runtime/message.h"
 #include "runtime/property_source.h"
 #include "runtime/response_property.h"
 #include "runtime/table_query.h"
-#include "runtime/text.h"
 
 namespace {
 

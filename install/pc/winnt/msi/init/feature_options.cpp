@@ -2,11 +2,11 @@
 
 #include <string>
 
+#include "base/load_state.h"
+#include "base/text.h"
 #include "init/feature_lists.h"
 #include "init/sections.h"
-#include "runtime/load_state.h"
 #include "runtime/property.h"
-#include "runtime/text.h"
 
 namespace {
 

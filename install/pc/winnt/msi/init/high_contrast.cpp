@@ -1,10 +1,10 @@
 #include <string>
 
+#include "base/yes_no.h"
 #include "init/sections.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
 #include "runtime/response_property.h"
-#include "runtime/yes_no.h"
 #include "services/product_key.h"
 #include "services/registry.h"
 

@@ -1,6 +1,7 @@
 #include <array>
 #include <string>
 
+#include "base/text.h"
 #include "init/sections.h"
 #include "platform/owner.h"
 #include "runtime/installer_result.h"
@@ -9,7 +10,6 @@
 #include "runtime/property.h"
 #include "runtime/session.h"
 #include "runtime/table_query.h"
-#include "runtime/text.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 #include <string>
 
+#include "base/text.h"
+#include "base/yes_no.h"
 #include "init/sections.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
 #include "runtime/response_property.h"
-#include "runtime/text.h"
-#include "runtime/yes_no.h"
 
 namespace {
 

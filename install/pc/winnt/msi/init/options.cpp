@@ -1,5 +1,8 @@
 #include <string>
 
+#include "base/path.h"
+#include "base/text.h"
+#include "base/yes_no.h"
 #include "init/sections.h"
 #include "platform/msi.h"
 #include "platform/owner.h"
@@ -10,11 +13,8 @@
 #include "runtime/property.h"
 #include "runtime/response_property.h"
 #include "runtime/session.h"
-#include "runtime/text.h"
-#include "runtime/yes_no.h"
 #include "services/create.h"
 #include "services/existence.h"
-#include "services/path.h"
 
 namespace {
 

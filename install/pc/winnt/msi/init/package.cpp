@@ -2,6 +2,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/text.h"
 #include "build_stamp.h"
 #include "init/sections.h"
 #include "platform/owner.h"
@@ -11,7 +12,6 @@
 #include "runtime/property.h"
 #include "runtime/session.h"
 #include "runtime/temp_name.h"
-#include "runtime/text.h"
 #include "services/binary_stream.h"
 
 namespace {

@@ -3,12 +3,12 @@
 #include <string>
 #include <string_view>
 
+#include "base/text.h"
 #include "init/sections.h"
 #include "platform/msi.h"
 #include "runtime/log.h"
 #include "runtime/message.h"
 #include "runtime/property.h"
-#include "runtime/text.h"
 
 namespace {
 

@@ -6,10 +6,10 @@
 #include <new>
 #include <string_view>
 
-#include "init/vrmf.h"
+#include "base/text.h"
+#include "base/vrmf.h"
 #include "platform/owner.h"
 #include "runtime/log.h"
-#include "runtime/text.h"
 #include "services/existence.h"
 #include "services/registry.h"
 

@@ -2,12 +2,12 @@
 #include <string>
 #include <string_view>
 
+#include "base/text.h"
+#include "base/vrmf.h"
 #include "init/sections.h"
-#include "init/vrmf.h"
 #include "runtime/log.h"
 #include "runtime/message.h"
 #include "runtime/property.h"
-#include "runtime/text.h"
 #include "services/product_key.h"
 
 namespace {

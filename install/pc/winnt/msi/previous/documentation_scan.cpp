@@ -2,8 +2,8 @@
 
 #include <string>
 
+#include "base/load_state.h"
 #include "previous/previous_installation.h"
-#include "runtime/load_state.h"
 #include "runtime/property.h"
 #include "services/existence.h"
 

@@ -1,8 +1,8 @@
 #include "previous/previous_installation.h"
 
-#include "runtime/load_state.h"
+#include "base/load_state.h"
+#include "base/path.h"
 #include "runtime/log.h"
-#include "services/path.h"
 #include "services/product_key.h"
 #include "services/registry.h"
 

@@ -4,13 +4,13 @@
 #include <cstdio>
 #include <string_view>
 
+#include "base/text.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
 #include "previous/base_component.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
 #include "runtime/temp_name.h"
-#include "runtime/text.h"
 #include "services/binary_stream.h"
 #include "services/delete_entry.h"
 #include "services/remove_file.h"

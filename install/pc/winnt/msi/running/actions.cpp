@@ -2,12 +2,12 @@
 
 #include <string>
 
+#include "base/text.h"
 #include "running/product_files.h"
 #include "running/service.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
 #include "runtime/session.h"
-#include "runtime/text.h"
 
 namespace {
 

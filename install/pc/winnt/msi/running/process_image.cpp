@@ -3,14 +3,14 @@
 #include <new>
 #include <vector>
 
+#include "base/path.h"
+#include "base/text.h"
 #include "platform/owner.h"
 #include "running/file_in_use.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
-#include "runtime/text.h"
 #include "services/binary_stream.h"
 #include "services/existence.h"
-#include "services/path.h"
 
 namespace {
 

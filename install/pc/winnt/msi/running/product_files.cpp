@@ -1,9 +1,9 @@
 #include "running/product_files.h"
 
+#include "base/text.h"
 #include "running/file_in_use.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
-#include "runtime/text.h"
 #include "services/existence.h"
 #include "services/process.h"
 

@@ -1,9 +1,9 @@
 #include "running/queue_managers.h"
 
+#include "base/text.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
 #include "runtime/log.h"
-#include "runtime/text.h"
 
 namespace {
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/text.h"
 #include "running/process_image.h"
 #include "running/product_files.h"
 #include "running/queue_managers.h"
@@ -16,7 +17,6 @@
 #include "runtime/property.h"
 #include "runtime/record.h"
 #include "runtime/session.h"
-#include "runtime/text.h"
 #include "services/existence.h"
 #include "services/process.h"
 

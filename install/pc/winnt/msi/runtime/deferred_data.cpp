@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/text.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
 #include "runtime/installer_result.h"
@@ -13,7 +14,6 @@
 #include "runtime/response_property.h"
 #include "runtime/table_query.h"
 #include "runtime/temp_name.h"
-#include "runtime/text.h"
 
 namespace {
 

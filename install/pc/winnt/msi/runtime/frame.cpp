@@ -2,15 +2,15 @@
 
 #include <exception>
 
+#include "base/load_state.h"
+#include "base/text.h"
 #include "build_stamp.h"
 #include "platform/owner.h"
 #include "runtime/copy_cancel.h"
-#include "runtime/load_state.h"
 #include "runtime/log.h"
 #include "runtime/message.h"
 #include "runtime/property.h"
 #include "runtime/session.h"
-#include "runtime/text.h"
 
 namespace {
 

@@ -3,12 +3,12 @@
 #include <cstdarg>
 #include <ctime>
 
+#include "base/load_state.h"
+#include "base/text.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
-#include "runtime/load_state.h"
 #include "runtime/property_source.h"
 #include "runtime/session.h"
-#include "runtime/text.h"
 
 namespace {
 

@@ -2,16 +2,16 @@
 
 #include <vector>
 
+#include "base/path.h"
+#include "base/text.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
 #include "runtime/response_property.h"
 #include "runtime/temp_name.h"
-#include "runtime/text.h"
 #include "services/create.h"
 #include "services/delete.h"
-#include "services/path.h"
 
 namespace {
 

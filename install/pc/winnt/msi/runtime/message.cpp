@@ -2,15 +2,15 @@
 
 #include <array>
 
+#include "base/load_state.h"
+#include "base/text.h"
 #include "platform/msi.h"
 #include "platform/owner.h"
 #include "runtime/installer_result.h"
-#include "runtime/load_state.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
 #include "runtime/session.h"
 #include "runtime/temp_name.h"
-#include "runtime/text.h"
 
 namespace {
 

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <new>
 
-#include "runtime/load_state.h"
+#include "base/load_state.h"
+#include "base/pair_list.h"
+#include "base/text.h"
 #include "runtime/log.h"
-#include "runtime/pair_list.h"
 #include "runtime/property.h"
-#include "runtime/text.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include "runtime/property.h"
 
+#include "base/path.h"
 #include "platform/msi.h"
 #include "runtime/log.h"
 #include "runtime/session.h"
-#include "services/path.h"
 
 UINT GetProperty(const char *name, std::string &value, DWORD length) { return ReadProperty(name, value, length, Log); }
 

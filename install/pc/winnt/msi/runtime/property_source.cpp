@@ -3,11 +3,11 @@
 #include <array>
 #include <vector>
 
+#include "base/load_state.h"
+#include "base/path.h"
 #include "platform/msi.h"
-#include "runtime/load_state.h"
 #include "runtime/session.h"
 #include "runtime/value_list.h"
-#include "services/path.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
+#include "base/note.h"
 #include "platform/win32.h"
-#include "runtime/note.h"
 
 /// Where a property's value comes from: the session's property table in the immediate phase; in a deferred action,
 /// which is shown no table, the value list whose path CustomActionData holds. Nothing here writes to the log: each step

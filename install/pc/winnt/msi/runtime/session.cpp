@@ -3,7 +3,7 @@
 #include <array>
 #include <optional>
 
-#include "runtime/load_state.h"
+#include "base/load_state.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "runtime/temp_name.h"
 
+#include "base/text.h"
 #include "runtime/new_file.h"
 #include "runtime/property.h"
-#include "runtime/text.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <new>
 
+#include "base/text.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
-#include "runtime/text.h"
 
 namespace {
 

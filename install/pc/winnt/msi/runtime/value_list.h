@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "runtime/note.h"
+#include "base/note.h"
 
 /// The values that an immediate action left for the deferred ones: one line of "NAME=value;" entries in a text file.
 class ValueList {

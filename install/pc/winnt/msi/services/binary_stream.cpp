@@ -1,11 +1,11 @@
 #include "services/binary_stream.h"
 
+#include "base/text.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
 #include "runtime/table_query.h"
-#include "runtime/text.h"
 
 namespace {
 

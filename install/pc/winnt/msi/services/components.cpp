@@ -1,7 +1,7 @@
 #include "services/components.h"
 
+#include "base/load_state.h"
 #include "runtime/installer_result.h"
-#include "runtime/load_state.h"
 #include "runtime/log.h"
 #include "runtime/session.h"
 #include "runtime/table_query.h"

@@ -1,5 +1,6 @@
 #include "services/copy.h"
 
+#include "base/path.h"
 #include "runtime/copy_cancel.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
@@ -7,7 +8,6 @@
 #include "services/create.h"
 #include "services/error_text.h"
 #include "services/existence.h"
-#include "services/path.h"
 #include "services/search.h"
 
 namespace {

@@ -2,9 +2,9 @@
 
 #include <new>
 
+#include "base/pair_list.h"
+#include "base/path.h"
 #include "runtime/log.h"
-#include "runtime/pair_list.h"
-#include "services/path.h"
 #include "services/search.h"
 
 namespace {

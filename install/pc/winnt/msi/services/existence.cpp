@@ -1,8 +1,8 @@
 #include "services/existence.h"
 
+#include "base/path.h"
+#include "base/text.h"
 #include "runtime/log.h"
-#include "runtime/text.h"
-#include "services/path.h"
 #include "services/search.h"
 
 int iwiFileExists(const std::string &path) {

@@ -2,9 +2,9 @@
 
 #include <string>
 
+#include "base/text.h"
 #include "runtime/log.h"
 #include "runtime/session.h"
-#include "runtime/text.h"
 
 namespace {
 

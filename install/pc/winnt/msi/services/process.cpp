@@ -1,9 +1,9 @@
 #include "services/process.h"
 
+#include "base/path.h"
+#include "base/text.h"
 #include "runtime/log.h"
-#include "runtime/text.h"
 #include "services/existence.h"
-#include "services/path.h"
 
 namespace {
 

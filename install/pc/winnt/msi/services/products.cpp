@@ -2,11 +2,11 @@
 
 #include <string_view>
 
+#include "base/load_state.h"
+#include "base/text.h"
 #include "platform/msi.h"
-#include "runtime/load_state.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
-#include "runtime/text.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "services/record_counter.h"
 
-#include "runtime/text.h"
+#include "base/text.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/text.h"
 #include "platform/owner.h"
 #include "runtime/log.h"
-#include "runtime/text.h"
 
 namespace {
 

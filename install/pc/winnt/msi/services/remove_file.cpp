@@ -1,9 +1,9 @@
 #include "services/remove_file.h"
 
+#include "base/path.h"
+#include "base/text.h"
 #include "runtime/log.h"
 #include "runtime/path_property.h"
-#include "runtime/text.h"
-#include "services/path.h"
 #include "services/record_counter.h"
 #include "services/table_row.h"
 

@@ -2,8 +2,8 @@
 
 #include <string_view>
 
+#include "base/text.h"
 #include "runtime/log.h"
-#include "runtime/text.h"
 #include "services/record_counter.h"
 #include "services/table_row.h"
 

@@ -2,8 +2,8 @@
 
 #include <string_view>
 
+#include "base/path.h"
 #include "runtime/log.h"
-#include "services/path.h"
 
 bool Search::Next() {
   if (IsTooLong(path_)) {

@@ -1,11 +1,11 @@
 #include "services/source_path.h"
 
+#include "base/text.h"
 #include "platform/owner.h"
 #include "runtime/log.h"
 #include "runtime/property_source.h"
 #include "runtime/session.h"
 #include "runtime/table_query.h"
-#include "runtime/text.h"
 #include "services/existence.h"
 
 namespace {

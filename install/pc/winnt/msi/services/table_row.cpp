@@ -1,10 +1,10 @@
 #include "services/table_row.h"
 
+#include "base/text.h"
 #include "platform/owner.h"
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
 #include "runtime/session.h"
-#include "runtime/text.h"
 
 namespace {
 

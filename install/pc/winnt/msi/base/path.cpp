@@ -1,6 +1,6 @@
-#include "services/path.h"
+#include "base/path.h"
 
-#include "runtime/text.h"
+#include "base/text.h"
 
 std::string &iwiTidyPath(PathEnd end, std::string &path) {
   path = std::string(StripBlanks(path));

@@ -1,8 +1,8 @@
-#include "services/version.h"
+#include "base/version.h"
 
 #include <algorithm>
 
-#include "runtime/text.h"
+#include "base/text.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include "runtime/yes_no.h"
+#include "base/yes_no.h"
 
-#include "runtime/text.h"
+#include "base/text.h"
 
 namespace {
 

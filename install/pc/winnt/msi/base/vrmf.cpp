@@ -1,8 +1,8 @@
-#include "init/vrmf.h"
+#include "base/vrmf.h"
 
 #include <algorithm>
 
-#include "runtime/text.h"
+#include "base/text.h"
 
 namespace {
 
