@@ -5,9 +5,9 @@
 #include "measure.h"
 #include "platform/owner.h"
 #include "platform/win32.h"
-#include "services/copy.h"
-#include "services/create.h"
-#include "services/delete.h"
+#include "services/files/copy.h"
+#include "services/files/create.h"
+#include "services/files/delete.h"
 
 /// What copying and deleting a tree costs a file. A tree has 100 files a folder and ten folders a folder.
 namespace {

@@ -17,7 +17,7 @@
 #include "runtime/property.h"
 #include "runtime/session.h"
 #include "runtime/value_list.h"
-#include "services/table_row.h"
+#include "services/tables/table_row.h"
 #include "zqviwicn/entry_points.h"
 #include "zqviwicn/load.h"
 

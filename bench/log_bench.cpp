@@ -4,7 +4,7 @@
 #include "runtime/log.h"
 #include "runtime/property.h"
 #include "runtime/session.h"
-#include "services/table_row.h"
+#include "services/tables/table_row.h"
 #include "zqviwicn/load.h"
 
 /// Log lines and table rows, each of which is several calls of the installer.

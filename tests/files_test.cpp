@@ -1,8 +1,8 @@
-#include "services/attributes.h"
-#include "services/copy.h"
-#include "services/create.h"
-#include "services/delete.h"
-#include "services/existence.h"
+#include "services/files/attributes.h"
+#include "services/files/copy.h"
+#include "services/files/create.h"
+#include "services/files/delete.h"
+#include "services/files/existence.h"
 #include "support.h"
 
 namespace {

@@ -1,5 +1,5 @@
 #include "previous/uninstall_list.h"
-#include "services/remove_registry.h"
+#include "services/tables/remove_registry.h"
 #include "support.h"
 
 namespace {

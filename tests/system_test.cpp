@@ -1,7 +1,7 @@
 #include "base/version.h"
-#include "services/environment.h"
-#include "services/process.h"
-#include "services/registry.h"
+#include "services/system/environment.h"
+#include "services/system/process.h"
+#include "services/system/registry.h"
 #include "support.h"
 
 namespace {

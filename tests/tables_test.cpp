@@ -1,11 +1,11 @@
 #include <algorithm>
 
-#include "services/binary_stream.h"
-#include "services/components.h"
-#include "services/products.h"
-#include "services/remove_file.h"
-#include "services/source_path.h"
-#include "services/table_row.h"
+#include "services/files/source_path.h"
+#include "services/tables/binary_stream.h"
+#include "services/tables/components.h"
+#include "services/tables/products.h"
+#include "services/tables/remove_file.h"
+#include "services/tables/table_row.h"
 #include "support.h"
 
 namespace {

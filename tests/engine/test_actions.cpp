@@ -1,10 +1,10 @@
 #include "runtime/frame.h"
 #include "runtime/property.h"
-#include "services/components.h"
-#include "services/delete.h"
-#include "services/products.h"
-#include "services/remove_file.h"
-#include "services/table_row.h"
+#include "services/files/delete.h"
+#include "services/tables/components.h"
+#include "services/tables/products.h"
+#include "services/tables/remove_file.h"
+#include "services/tables/table_row.h"
 
 /// Actions that the engine runs in installations of the test package, on what the test has put into ZQVTEMP.
 namespace {

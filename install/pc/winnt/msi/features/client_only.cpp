@@ -6,8 +6,8 @@
 #include "base/yes_no.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
-#include "services/product_key.h"
-#include "services/registry.h"
+#include "services/system/product_key.h"
+#include "services/system/registry.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "features/feature_table.h"
 #include "features/install_level.h"
 #include "runtime/property.h"
-#include "services/features.h"
+#include "services/tables/feature_state.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include "platform/c_file.h"
 #include "platform/owner.h"
 #include "runtime/log.h"
-#include "services/environment.h"
+#include "services/system/environment.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include "runtime/log.h"
 #include "runtime/property.h"
 #include "runtime/response_property.h"
-#include "services/product_key.h"
-#include "services/registry.h"
+#include "services/system/product_key.h"
+#include "services/system/registry.h"
 
 namespace {
 

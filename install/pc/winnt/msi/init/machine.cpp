@@ -7,9 +7,9 @@
 #include "runtime/message.h"
 #include "runtime/property.h"
 #include "runtime/response_property.h"
-#include "services/copy.h"
-#include "services/delete_entry.h"
-#include "services/product_key.h"
+#include "services/files/copy.h"
+#include "services/files/delete_entry.h"
+#include "services/system/product_key.h"
 
 namespace {
 

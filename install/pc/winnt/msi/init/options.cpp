@@ -13,8 +13,8 @@
 #include "runtime/property.h"
 #include "runtime/response_property.h"
 #include "runtime/session.h"
-#include "services/create.h"
-#include "services/existence.h"
+#include "services/files/create.h"
+#include "services/files/existence.h"
 
 namespace {
 

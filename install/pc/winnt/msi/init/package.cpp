@@ -12,7 +12,7 @@
 #include "runtime/property.h"
 #include "runtime/session.h"
 #include "runtime/temp_name.h"
-#include "services/binary_stream.h"
+#include "services/tables/binary_stream.h"
 
 namespace {
 

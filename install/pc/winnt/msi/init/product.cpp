@@ -1,4 +1,4 @@
-#include "services/products.h"
+#include "services/tables/products.h"
 
 #include <string>
 #include <string_view>

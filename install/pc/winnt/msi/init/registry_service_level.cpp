@@ -10,8 +10,8 @@
 #include "base/vrmf.h"
 #include "platform/owner.h"
 #include "runtime/log.h"
-#include "services/existence.h"
-#include "services/registry.h"
+#include "services/files/existence.h"
+#include "services/system/registry.h"
 
 namespace {
 

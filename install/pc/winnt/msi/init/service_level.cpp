@@ -8,7 +8,7 @@
 #include "runtime/log.h"
 #include "runtime/message.h"
 #include "runtime/property.h"
-#include "services/product_key.h"
+#include "services/system/product_key.h"
 
 namespace {
 

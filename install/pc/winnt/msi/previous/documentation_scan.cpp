@@ -5,7 +5,7 @@
 #include "base/load_state.h"
 #include "previous/previous_installation.h"
 #include "runtime/property.h"
-#include "services/existence.h"
+#include "services/files/existence.h"
 
 namespace {
 

@@ -10,9 +10,9 @@
 #include "runtime/log.h"
 #include "runtime/property.h"
 #include "runtime/session.h"
-#include "services/product_key.h"
-#include "services/registry.h"
-#include "services/remove_registry.h"
+#include "services/system/product_key.h"
+#include "services/system/registry.h"
+#include "services/tables/remove_registry.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include "base/load_state.h"
 #include "base/path.h"
 #include "runtime/log.h"
-#include "services/product_key.h"
-#include "services/registry.h"
+#include "services/system/product_key.h"
+#include "services/system/registry.h"
 
 namespace {
 

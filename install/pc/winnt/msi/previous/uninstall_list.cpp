@@ -11,9 +11,9 @@
 #include "runtime/log.h"
 #include "runtime/property.h"
 #include "runtime/temp_name.h"
-#include "services/binary_stream.h"
-#include "services/delete_entry.h"
-#include "services/remove_file.h"
+#include "services/files/delete_entry.h"
+#include "services/tables/binary_stream.h"
+#include "services/tables/remove_file.h"
 
 namespace {
 

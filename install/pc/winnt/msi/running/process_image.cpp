@@ -9,8 +9,8 @@
 #include "running/file_in_use.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
-#include "services/binary_stream.h"
-#include "services/existence.h"
+#include "services/files/existence.h"
+#include "services/tables/binary_stream.h"
 
 namespace {
 

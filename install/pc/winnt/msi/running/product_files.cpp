@@ -4,8 +4,8 @@
 #include "running/file_in_use.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
-#include "services/existence.h"
-#include "services/process.h"
+#include "services/files/existence.h"
+#include "services/system/process.h"
 
 namespace {
 

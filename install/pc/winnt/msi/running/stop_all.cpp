@@ -17,8 +17,8 @@
 #include "runtime/property.h"
 #include "runtime/record.h"
 #include "runtime/session.h"
-#include "services/existence.h"
-#include "services/process.h"
+#include "services/files/existence.h"
+#include "services/system/process.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 #include "runtime/property.h"
 #include "runtime/response_property.h"
 #include "runtime/temp_name.h"
-#include "services/create.h"
-#include "services/delete.h"
+#include "services/files/create.h"
+#include "services/files/delete.h"
 
 namespace {
 

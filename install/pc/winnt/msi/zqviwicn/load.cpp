@@ -14,8 +14,8 @@
 #include "runtime/property_source.h"
 #include "runtime/response_property.h"
 #include "runtime/session.h"
-#include "services/components.h"
-#include "services/products.h"
+#include "services/tables/components.h"
+#include "services/tables/products.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "services/delete.h"
+#include "services/files/delete.h"
 
 #include <new>
 
 #include "base/pair_list.h"
 #include "base/path.h"
 #include "runtime/log.h"
-#include "services/search.h"
+#include "services/files/search.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "services/source_path.h"
+#include "services/files/source_path.h"
 
 #include "base/text.h"
 #include "platform/owner.h"
@@ -6,7 +6,7 @@
 #include "runtime/property_source.h"
 #include "runtime/session.h"
 #include "runtime/table_query.h"
-#include "services/existence.h"
+#include "services/files/existence.h"
 
 namespace {
 

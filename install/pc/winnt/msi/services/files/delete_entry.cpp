@@ -1,13 +1,13 @@
-#include "services/delete_entry.h"
+#include "services/files/delete_entry.h"
 
 #include <span>
 #include <string_view>
 
 #include "runtime/log.h"
 #include "runtime/progress.h"
-#include "services/existence.h"
-#include "services/remove_file.h"
-#include "services/search.h"
+#include "services/files/existence.h"
+#include "services/files/search.h"
+#include "services/tables/remove_file.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "services/table_row.h"
+#include "services/tables/table_row.h"
 
 #include "base/text.h"
 #include "platform/owner.h"

@@ -1,4 +1,4 @@
-#include "services/search.h"
+#include "services/files/search.h"
 
 #include <string_view>
 

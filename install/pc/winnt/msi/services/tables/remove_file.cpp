@@ -1,11 +1,11 @@
-#include "services/remove_file.h"
+#include "services/tables/remove_file.h"
 
 #include "base/path.h"
 #include "base/text.h"
 #include "runtime/log.h"
 #include "runtime/path_property.h"
-#include "services/record_counter.h"
-#include "services/table_row.h"
+#include "services/tables/record_counter.h"
+#include "services/tables/table_row.h"
 
 namespace {
 

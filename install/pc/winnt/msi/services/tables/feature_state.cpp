@@ -1,4 +1,4 @@
-#include "services/features.h"
+#include "services/tables/feature_state.h"
 
 #include <string>
 

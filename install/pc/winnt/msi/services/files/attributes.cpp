@@ -1,7 +1,7 @@
-#include "services/attributes.h"
+#include "services/files/attributes.h"
 
 #include "runtime/log.h"
-#include "services/error_text.h"
+#include "services/files/error_text.h"
 
 UINT RemoveReadOnly(const std::string &path, bool report) {
   const DWORD attributes = GetFileAttributesA(path.c_str());

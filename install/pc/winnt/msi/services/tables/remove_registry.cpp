@@ -1,11 +1,11 @@
-#include "services/remove_registry.h"
+#include "services/tables/remove_registry.h"
 
 #include <string_view>
 
 #include "base/text.h"
 #include "runtime/log.h"
-#include "services/record_counter.h"
-#include "services/table_row.h"
+#include "services/tables/record_counter.h"
+#include "services/tables/table_row.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "services/delete_entry.h"
+#include "services/files/delete_entry.h"
 
 /// Deletion of files, patterns and trees. The counting and the executing pass visit the same entries in the same order.
 

@@ -1,4 +1,4 @@
-#include "services/binary_stream.h"
+#include "services/tables/binary_stream.h"
 
 #include "base/text.h"
 #include "platform/c_file.h"

@@ -1,10 +1,10 @@
-#include "services/environment.h"
+#include "services/system/environment.h"
 
 #include <memory>
 #include <new>
 
 #include "runtime/log.h"
-#include "services/registry.h"
+#include "services/system/registry.h"
 
 namespace {
 

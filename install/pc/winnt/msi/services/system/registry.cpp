@@ -1,4 +1,4 @@
-#include "services/registry.h"
+#include "services/system/registry.h"
 
 #include <algorithm>
 #include <cstring>

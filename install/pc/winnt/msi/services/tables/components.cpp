@@ -1,4 +1,4 @@
-#include "services/components.h"
+#include "services/tables/components.h"
 
 #include "base/load_state.h"
 #include "runtime/installer_result.h"

@@ -1,4 +1,4 @@
-#include "services/record_counter.h"
+#include "services/tables/record_counter.h"
 
 #include "base/text.h"
 

@@ -1,9 +1,9 @@
-#include "services/existence.h"
+#include "services/files/existence.h"
 
 #include "base/path.h"
 #include "base/text.h"
 #include "runtime/log.h"
-#include "services/search.h"
+#include "services/files/search.h"
 
 int iwiFileExists(const std::string &path) {
   if (path.find('\\') == std::string::npos) {

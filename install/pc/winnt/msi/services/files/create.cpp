@@ -1,9 +1,9 @@
-#include "services/create.h"
+#include "services/files/create.h"
 
 #include <algorithm>
 
 #include "runtime/log.h"
-#include "services/error_text.h"
+#include "services/files/error_text.h"
 
 namespace {
 

@@ -1,14 +1,14 @@
-#include "services/copy.h"
+#include "services/files/copy.h"
 
 #include "base/path.h"
 #include "runtime/copy_cancel.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
-#include "services/attributes.h"
-#include "services/create.h"
-#include "services/error_text.h"
-#include "services/existence.h"
-#include "services/search.h"
+#include "services/files/attributes.h"
+#include "services/files/create.h"
+#include "services/files/error_text.h"
+#include "services/files/existence.h"
+#include "services/files/search.h"
 
 namespace {
 

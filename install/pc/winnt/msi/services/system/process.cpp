@@ -1,9 +1,9 @@
-#include "services/process.h"
+#include "services/system/process.h"
 
 #include "base/path.h"
 #include "base/text.h"
 #include "runtime/log.h"
-#include "services/existence.h"
+#include "services/files/existence.h"
 
 namespace {
 
