@@ -11,7 +11,7 @@
 
 #include "bare.h"
 #include "fake/world.h"
-#include "features/response_file.h"
+#include "features/answers/response_file.h"
 #include "platform/c_file.h"
 #include "runtime/log.h"
 #include "runtime/property.h"

@@ -4,9 +4,9 @@
 #include <iterator>
 
 #include "base/yes_no.h"
+#include "features/answers/response_file.h"
+#include "features/answers/response_property.h"
 #include "features/feature_table.h"
-#include "features/response_file.h"
-#include "runtime/response_property.h"
 #include "support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);

@@ -1,6 +1,6 @@
 #include "base/vrmf.h"
-#include "init/feature_lists.h"
-#include "init/registry_service_level.h"
+#include "init/primary/feature_lists.h"
+#include "init/primary/registry_service_level.h"
 #include "support.h"
 
 namespace {

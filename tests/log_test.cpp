@@ -1,6 +1,6 @@
 #include "runtime/log.h"
 
-#include "runtime/log_actions.h"
+#include "runtime/actions/log_actions.h"
 #include "runtime/temp_name.h"
 #include "support.h"
 

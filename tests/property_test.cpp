@@ -2,8 +2,8 @@
 
 #include "base/path.h"
 #include "base/text.h"
+#include "features/answers/response_property.h"
 #include "runtime/message.h"
-#include "runtime/response_property.h"
 #include "support.h"
 
 namespace {

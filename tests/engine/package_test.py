@@ -28,8 +28,8 @@ class Agreement(unittest.TestCase):
         self.assertEqual(set(table), rows)
 
     def test_the_sample_response_file_explains_every_keyword(self):
-        written = re.findall('"([A-Z]+)"', (SOURCES / "features/response_writer.cpp").read_text())
-        passed = (SOURCES / "runtime/deferred_data.cpp").read_text().split("kResponseNames[] = {")[1].split("}")[0]
+        written = re.findall('"([A-Z]+)"', (SOURCES / "features/answers/response_writer.cpp").read_text())
+        passed = (SOURCES / "runtime/actions/deferred_data.cpp").read_text().split("kResponseNames[] = {")[1].split("}")[0]
         own = re.compile("ZQV|SAVEINI")  # properties that are no answers
         known = {name for name in [*written, *re.findall('"([A-Z]+)"', passed)] if not own.match(name)}
         self.assertGreater(len(known), 15)

@@ -4,7 +4,7 @@
 
 #include "base/text.h"
 #include "fake/world.h"
-#include "features/response_file.h"
+#include "features/answers/response_file.h"
 #include "runtime/session.h"
 #include "zqviwicn/load.h"
 

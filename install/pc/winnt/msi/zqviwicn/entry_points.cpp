@@ -2,16 +2,16 @@
 
 #include <type_traits>
 
+#include "features/answers/response_writer.h"
 #include "features/presets.h"
-#include "features/response_writer.h"
-#include "init/primary.h"
+#include "init/primary/primary.h"
 #include "previous/old_documentation.h"
 #include "running/actions.h"
 #include "running/stop_all.h"
-#include "runtime/deferred_data.h"
+#include "runtime/actions/deferred_data.h"
+#include "runtime/actions/log_actions.h"
+#include "runtime/actions/trial_actions.h"
 #include "runtime/frame.h"
-#include "runtime/log_actions.h"
-#include "runtime/plain_actions.h"
 
 // The signature is asserted because a linker exports a wrong calling convention without a word.
 #define ACTION(entry, name, initialResult, guard, body)                          \

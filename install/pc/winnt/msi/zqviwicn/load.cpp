@@ -2,9 +2,10 @@
 
 #include <iterator>
 
+#include "features/answers/response_file.h"
+#include "features/answers/response_property.h"
 #include "features/install_level.h"
-#include "features/response_file.h"
-#include "init/feature_options.h"
+#include "init/primary/feature_options.h"
 #include "previous/documentation_scan.h"
 #include "previous/previous_installation.h"
 #include "runtime/frame.h"
@@ -12,7 +13,6 @@
 #include "runtime/message.h"
 #include "runtime/path_property.h"
 #include "runtime/property_source.h"
-#include "runtime/response_property.h"
 #include "runtime/session.h"
 #include "services/tables/components.h"
 #include "services/tables/products.h"

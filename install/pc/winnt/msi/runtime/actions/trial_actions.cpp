@@ -1,4 +1,4 @@
-#include "runtime/plain_actions.h"
+#include "runtime/actions/trial_actions.h"
 
 UINT Pause() {
   MessageBoxA(GetForegroundWindow(), "Pause", "Debug", MB_OK);

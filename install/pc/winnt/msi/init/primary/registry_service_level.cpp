@@ -1,4 +1,4 @@
-#include "init/registry_service_level.h"
+#include "init/primary/registry_service_level.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
-#include "init/primary.h"
+#include "init/primary/primary.h"
 
 #include "features/client_only.h"
-#include "init/sections.h"
+#include "init/primary/sections.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "runtime/deferred_data.h"
+#include "runtime/actions/deferred_data.h"
 
 #include <algorithm>
 #include <new>
@@ -6,12 +6,12 @@
 #include <string_view>
 
 #include "base/text.h"
+#include "features/answers/response_property.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
-#include "runtime/response_property.h"
 #include "runtime/table_query.h"
 #include "runtime/temp_name.h"
 

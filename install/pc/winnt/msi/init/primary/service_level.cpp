@@ -4,7 +4,7 @@
 
 #include "base/text.h"
 #include "base/vrmf.h"
-#include "init/sections.h"
+#include "init/primary/sections.h"
 #include "runtime/log.h"
 #include "runtime/message.h"
 #include "runtime/property.h"

@@ -1,4 +1,4 @@
-#include "features/response_writer.h"
+#include "features/answers/response_writer.h"
 
 #include <string>
 #include <utility>

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "init/registry_service_level.h"
+#include "init/primary/registry_service_level.h"
 #include "platform/win32.h"
 
 /// What the sections of primary initialisation learn for those behind them.

@@ -2,10 +2,10 @@
 
 #include "base/text.h"
 #include "base/yes_no.h"
-#include "init/sections.h"
+#include "features/answers/response_property.h"
+#include "init/primary/sections.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
-#include "runtime/response_property.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
 #include <string>
 
-#include "init/sections.h"
+#include "features/answers/response_property.h"
+#include "init/primary/sections.h"
 #include "platform/owner.h"
 #include "previous/previous_installation.h"
 #include "runtime/log.h"
 #include "runtime/message.h"
 #include "runtime/property.h"
-#include "runtime/response_property.h"
 #include "services/files/copy.h"
 #include "services/files/delete_entry.h"
 #include "services/system/product_key.h"

@@ -1,10 +1,10 @@
 #include <string>
 
 #include "base/yes_no.h"
-#include "init/sections.h"
+#include "features/answers/response_property.h"
+#include "init/primary/sections.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
-#include "runtime/response_property.h"
 #include "services/system/product_key.h"
 #include "services/system/registry.h"
 

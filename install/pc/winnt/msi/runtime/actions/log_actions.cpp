@@ -1,14 +1,14 @@
-#include "runtime/log_actions.h"
+#include "runtime/actions/log_actions.h"
 
 #include <vector>
 
 #include "base/path.h"
 #include "base/text.h"
+#include "features/answers/response_property.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
-#include "runtime/response_property.h"
 #include "runtime/temp_name.h"
 #include "services/files/create.h"
 #include "services/files/delete.h"

@@ -1,4 +1,4 @@
-#include "init/feature_lists.h"
+#include "init/primary/feature_lists.h"
 
 #include <algorithm>
 #include <set>
@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "base/text.h"
+#include "features/answers/response_property.h"
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
 #include "runtime/message.h"
 #include "runtime/property_source.h"
-#include "runtime/response_property.h"
 #include "runtime/table_query.h"
 
 namespace {

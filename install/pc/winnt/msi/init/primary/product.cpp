@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "base/text.h"
-#include "init/sections.h"
+#include "init/primary/sections.h"
 #include "platform/msi.h"
 #include "runtime/log.h"
 #include "runtime/message.h"

@@ -1,7 +1,7 @@
-#include "runtime/response_property.h"
+#include "features/answers/response_property.h"
 
 #include "base/load_state.h"
-#include "features/response_file.h"
+#include "features/answers/response_file.h"
 #include "runtime/log.h"
 #include "runtime/message.h"
 #include "runtime/property.h"

@@ -1,4 +1,4 @@
-#include "features/response_file.h"
+#include "features/answers/response_file.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "init/facts.h"
+#include "init/primary/facts.h"
 
-/// The sections of primary initialisation, by theme; init/primary.cpp has their order. A section that cannot read or
-/// set a property ends the action.
+/// The sections of primary initialisation, by theme; init/primary/primary.cpp has their order. A section that cannot
+/// read or set a property ends the action.
 
 // machine.cpp
 

@@ -1,11 +1,11 @@
-#include "init/feature_options.h"
+#include "init/primary/feature_options.h"
 
 #include <string>
 
 #include "base/load_state.h"
 #include "base/text.h"
-#include "init/feature_lists.h"
-#include "init/sections.h"
+#include "init/primary/feature_lists.h"
+#include "init/primary/sections.h"
 #include "runtime/property.h"
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include "base/text.h"
 #include "build_stamp.h"
-#include "init/sections.h"
+#include "init/primary/sections.h"
 #include "platform/owner.h"
 #include "runtime/installer_result.h"
 #include "runtime/log.h"

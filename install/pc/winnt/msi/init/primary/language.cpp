@@ -2,7 +2,7 @@
 #include <string>
 
 #include "base/text.h"
-#include "init/sections.h"
+#include "init/primary/sections.h"
 #include "platform/owner.h"
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
