@@ -29,11 +29,11 @@ inline void BareAppend(std::initializer_list<std::string> files, const std::stri
 
 /// Adds a temporary row of these texts and of one integer behind them.
 inline void BareInsert(MSIHANDLE session, const char *query, std::initializer_list<const char *> texts, int last) {
-  const OwnedInstallerHandle database(MsiGetActiveDatabase(session));
-  OwnedInstallerHandle view;
+  const zqv::OwnedInstallerHandle database(MsiGetActiveDatabase(session));
+  zqv::OwnedInstallerHandle view;
   MsiDatabaseOpenViewA(database.Get(), query, view.Out());
   const UINT fields = static_cast<UINT>(texts.size()) + 1;
-  const OwnedInstallerHandle record(MsiCreateRecord(fields));
+  const zqv::OwnedInstallerHandle record(MsiCreateRecord(fields));
   UINT field = 0;
   for (const char *text : texts) {
     MsiRecordSetStringA(record.Get(), ++field, text);

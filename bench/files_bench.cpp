@@ -12,6 +12,8 @@
 /// What copying and deleting a tree costs a file. A tree has 100 files a folder and ten folders a folder.
 namespace {
 
+using namespace zqv;
+
 constexpr int kFilesInFolder = 100;
 constexpr int kFoldersInFolder = 10;
 

@@ -27,6 +27,8 @@
 /// A benchmark's name is the operation, a colon and the floor, then "/own" or "/floor".
 namespace {
 
+using namespace zqv;
+
 const std::string kList = "C:\\temp\\zqvp0001.txt";
 const std::string kResponses = "C:\\temp\\answers.ini";
 constexpr char kLine[] = "12:00:00 QVCA info (CaProlog): As long a line as most of them are";

@@ -10,6 +10,8 @@
 /// Log lines and table rows, each of which is several calls of the installer.
 namespace {
 
+using namespace zqv;
+
 constexpr int kRounds = 15;
 constexpr int kLines = 200;
 const std::string kText = "Property 'ZQVPRODUCT' value 'server' from property table";

@@ -22,6 +22,8 @@ std::string trace;
 
 namespace {
 
+using namespace zqv;
+
 constexpr int kRows = 10000;
 
 double Median(Times &times) {

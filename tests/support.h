@@ -13,6 +13,8 @@
 #include "zqviwicn/entry_points.h"
 #include "zqviwicn/load.h"
 
+using namespace zqv;
+
 /// A fresh world with the library loaded into it, as the engine's first action finds both. When the test ends the
 /// library is unloaded and must have left no handle open.
 class LibraryTest : public testing::Test {

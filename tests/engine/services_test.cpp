@@ -13,6 +13,8 @@
 
 namespace {
 
+using namespace zqv;
+
 using std::literals::operator""s;
 
 TEST_F(SessionTest, ActionsLeaveNoHandleOpenAndFailCleanlyWithoutASession) {

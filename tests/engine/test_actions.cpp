@@ -9,6 +9,8 @@
 /// Actions that the engine runs in installations of the test package, on what the test has put into ZQVTEMP.
 namespace {
 
+using namespace zqv;
+
 UINT Stack() {
   std::string folder;
   std::string product;

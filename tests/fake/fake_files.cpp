@@ -155,7 +155,7 @@ std::optional<std::string> World::ReadFile(const std::string &path) {
   return node != nullptr && !node->IsFolder() ? std::optional(node->bytes) : std::nullopt;
 }
 
-std::FILE *OpenCFile(const char *path, const char *mode) {
+std::FILE *zqv::OpenCFile(const char *path, const char *mode) {
   std::FILE *const none = nullptr;
   return Call("OpenCFile", none, [&](World &world) {
     const std::string how = OrEmpty(mode);

@@ -21,7 +21,7 @@ NameMap<RegistryValue> &Values(World &world, HKEY key, DWORD access) {
 }
 
 Module *Loaded(World &world, HMODULE handle) {
-  if (handle == OwnModule()) {
+  if (handle == zqv::OwnModule()) {
     return &world.ownModule;
   }
   for (auto &[path, module] : world.modules) {
@@ -58,7 +58,7 @@ int ShowBox(const char *call, LPCSTR text, LPCSTR caption, UINT type, int langua
 
 }  // namespace
 
-HMODULE OwnModule() { return reinterpret_cast<HMODULE>(&TheWorld().ownModule); }
+HMODULE zqv::OwnModule() { return reinterpret_cast<HMODULE>(&TheWorld().ownModule); }
 
 // The world itself.
 

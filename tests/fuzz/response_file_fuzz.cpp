@@ -13,6 +13,8 @@
 
 namespace {
 
+using namespace zqv;
+
 void Check(bool good) {
   if (!good) {
     std::abort();

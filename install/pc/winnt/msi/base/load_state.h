@@ -3,6 +3,8 @@
 #include <new>
 #include <utility>
 
+namespace zqv {
+
 /// State that lives exactly as long as the library is loaded. The static object itself neither constructs nor destroys
 /// anything, so that nothing runs before the loader's notification or after it: Begin() makes the state at load, End()
 /// frees it at unload. Between the two it is used like a pointer.
@@ -20,3 +22,5 @@ class LoadState {
 
   alignas(State) unsigned char storage_[sizeof(State)];
 };
+
+}  // namespace zqv

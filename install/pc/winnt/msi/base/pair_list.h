@@ -3,6 +3,8 @@
 #include <forward_list>
 #include <string>
 
+namespace zqv {
+
 /// Two texts that belong together. What they are is said where the list is kept.
 struct iwiPAIR {
   std::string first;
@@ -11,3 +13,5 @@ struct iwiPAIR {
 
 /// New pairs are put at the front, so a list is walked newest first. The list owns its texts.
 using iwiPAIRLIST = std::forward_list<iwiPAIR>;
+
+}  // namespace zqv

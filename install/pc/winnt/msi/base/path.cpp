@@ -2,6 +2,8 @@
 
 #include "base/text.h"
 
+namespace zqv {
+
 std::string &iwiTidyPath(PathEnd end, std::string &path) {
   path = std::string(StripBlanks(path));
   if (!path.empty() && path.front() == '"') {
@@ -36,3 +38,5 @@ SplitPath SplitAtLastBackslash(std::string_view path) {
   }
   return {path.substr(0, at), path.substr(at + 1)};
 }
+
+}  // namespace zqv

@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+namespace zqv {
+
 /// Paths as pure text: nothing here looks at a disk.
 
 /// How iwiTidyPath leaves the end of a path.
@@ -22,3 +24,5 @@ struct SplitPath {
   std::string_view name;    ///< what follows it
 };
 SplitPath SplitAtLastBackslash(std::string_view path);
+
+}  // namespace zqv

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <limits>
 
+namespace zqv {
+
 namespace {
 
 char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
@@ -83,3 +85,5 @@ std::string_view CutAtLineBreak(std::string_view text) {
 }
 
 int NextCounter(int counter) { return counter == std::numeric_limits<int>::max() ? counter : counter + 1; }
+
+}  // namespace zqv

@@ -6,6 +6,8 @@
 
 #include "platform/compiler.h"
 
+namespace zqv {
+
 /// Formats as printf does; the text may be of any length.
 std::string Format(const char *format, ...) ZQV_PRINTF(1, 2);
 
@@ -38,3 +40,5 @@ std::string_view StripBlanks(std::string_view text);
 
 /// The text up to its first carriage return or line feed.
 std::string_view CutAtLineBreak(std::string_view text);
+
+}  // namespace zqv

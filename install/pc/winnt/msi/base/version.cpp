@@ -4,6 +4,8 @@
 
 #include "base/text.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr int kElements = 4;
@@ -28,3 +30,5 @@ int iwiCompareVersions(std::string_view a, std::string_view b) {
   }
   return 0;
 }
+
+}  // namespace zqv

@@ -4,6 +4,8 @@
 
 #include "base/text.h"
 
+namespace zqv {
+
 namespace {
 
 std::string TakeField(std::string_view &text) {
@@ -62,3 +64,5 @@ std::string_view StripLeadingZeros(std::string_view text) {
   const std::size_t first = text.find_first_not_of('0');
   return first == std::string_view::npos ? "0" : text.substr(first);
 }
+
+}  // namespace zqv

@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+namespace zqv {
+
 /// A product level: version.release.modification.fix. The lowest, "0.0.0.0", stands for no level.
 struct Vrmf {
   std::string version = "0";
@@ -23,3 +25,5 @@ bool IsNumber(std::string_view text);
 
 /// The text without its leading zeros; "0" when nothing is left of it.
 std::string_view StripLeadingZeros(std::string_view text);
+
+}  // namespace zqv

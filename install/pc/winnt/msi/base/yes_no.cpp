@@ -2,6 +2,8 @@
 
 #include "base/text.h"
 
+namespace zqv {
+
 namespace {
 
 YesNo Meaning(std::string_view value, YesNo byDefault) {
@@ -16,3 +18,5 @@ YesNo Meaning(std::string_view value, YesNo byDefault) {
 bool IsNo(std::string_view value, YesNo byDefault) { return Meaning(value, byDefault) == YesNo::no; }
 
 bool IsYes(std::string_view value, YesNo byDefault) { return Meaning(value, byDefault) == YesNo::yes; }
+
+}  // namespace zqv

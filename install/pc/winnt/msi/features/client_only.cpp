@@ -9,6 +9,8 @@
 #include "services/system/product_key.h"
 #include "services/system/registry.h"
 
+namespace zqv {
+
 namespace {
 
 bool InstalledProductIsClient() {
@@ -56,3 +58,5 @@ UINT IsClientOnly(bool &clientOnly) {
   Log("Client-only installation: %s", clientOnly ? "yes" : "no");
   return ERROR_SUCCESS;
 }
+
+}  // namespace zqv

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace zqv {
+
 /// The product's features, as the package's Feature table names them.
 
 // NOLINTBEGIN(readability-identifier-naming): the package's own names
@@ -18,3 +20,5 @@ inline constexpr const char *kFeatureNames[] = {
 };
 
 constexpr const char *NameOf(Feature feature) { return kFeatureNames[static_cast<int>(feature)]; }
+
+}  // namespace zqv

@@ -8,6 +8,8 @@
 #include "runtime/property.h"
 #include "runtime/session.h"
 
+namespace zqv {
+
 namespace {
 
 struct State {
@@ -37,3 +39,5 @@ UINT SetInstallLevel(int level) {
   state->isSet = code == ERROR_SUCCESS;
   return state->isSet ? ERROR_SUCCESS : ERROR_INSTALL_FAILURE;
 }
+
+}  // namespace zqv

@@ -2,6 +2,8 @@
 
 #include "platform/win32.h"
 
+namespace zqv {
+
 void BeginInstallLevel();
 void EndInstallLevel();
 
@@ -9,3 +11,5 @@ void EndInstallLevel();
 /// load; when it has been, and for level 0, nothing is. Returns ERROR_SUCCESS or ERROR_INSTALL_FAILURE, after which it
 /// may be tried again.
 UINT SetInstallLevel(int level);
+
+}  // namespace zqv

@@ -10,6 +10,8 @@
 #include "runtime/property.h"
 #include "services/tables/feature_state.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr int kPresetLevel = 100;
@@ -77,3 +79,5 @@ UINT SetFeatures(const Preset &preset) {
 UINT SetFeaturesMinimum() { return SetFeatures(kMinimum); }
 
 UINT SetFeaturesTypical() { return SetFeatures(kTypical); }
+
+}  // namespace zqv

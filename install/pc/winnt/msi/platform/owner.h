@@ -6,6 +6,8 @@
 #include "platform/msi.h"
 #include "platform/win32.h"
 
+namespace zqv {
+
 /// Handles that close themselves. An owner holds one handle and closes it when it goes; closing keeps the last error,
 /// so that a caller may read it after an owner has gone. The kinds below say what "no handle" is and how to close.
 
@@ -116,3 +118,5 @@ using OwnedKey = Owner<handle_kind::Key>;
 using OwnedService = Owner<handle_kind::Service>;
 using OwnedModule = Owner<handle_kind::Module>;
 using OwnedStream = Owner<handle_kind::Stream>;
+
+}  // namespace zqv

@@ -7,6 +7,8 @@
 #include "runtime/property.h"
 #include "services/files/existence.h"
 
+namespace zqv {
+
 namespace {
 
 struct State {
@@ -40,3 +42,5 @@ const DocumentationFormats &FindOldDocumentation() {
   }
   return state->formats;
 }
+
+}  // namespace zqv

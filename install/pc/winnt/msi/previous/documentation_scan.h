@@ -1,5 +1,7 @@
 #pragma once
 
+namespace zqv {
+
 /// The formats of documentation that an earlier version has brought, looked for once a load, on first use.
 
 void BeginDocumentationScan();
@@ -13,3 +15,5 @@ struct DocumentationFormats {
 
 /// Looks below the previous program folder (ZQVPREVPGM, else what the registry has); without one, none is there.
 const DocumentationFormats &FindOldDocumentation();
+
+}  // namespace zqv

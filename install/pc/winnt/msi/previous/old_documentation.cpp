@@ -14,6 +14,8 @@
 #include "services/system/registry.h"
 #include "services/tables/remove_registry.h"
 
+namespace zqv {
+
 namespace {
 
 /// The string table holds the display names of the earlier version's components, a block of ids for each language of
@@ -135,3 +137,5 @@ UINT DeleteOldDocumentation(OldDocumentation language) {
   ProcessList(!member.pdfFirst && formats.pdf, "pdf", member);
   return ERROR_SUCCESS;
 }
+
+}  // namespace zqv

@@ -2,6 +2,8 @@
 
 #include "platform/win32.h"
 
+namespace zqv {
+
 /// The languages of the documentation that an earlier version may have brought beside its own.
 enum class OldDocumentation { deDe, enUs, esEs, frFr, itIt, jaJp, koKr, ptBr, zhCn, zhTw };
 
@@ -16,3 +18,5 @@ template <OldDocumentation Language>
 UINT DeleteOld() {
   return DeleteOldDocumentation(Language);
 }
+
+}  // namespace zqv

@@ -6,6 +6,8 @@
 #include "services/system/product_key.h"
 #include "services/system/registry.h"
 
+namespace zqv {
+
 namespace {
 
 struct State {
@@ -42,3 +44,5 @@ const PreviousInstallation &FindPreviousInstallation() {
   }
   return found;
 }
+
+}  // namespace zqv

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace zqv {
+
 /// What the registry tells of a product that is installed already, asked for once a load, on first use.
 
 void BeginPreviousInstallation();
@@ -18,3 +20,5 @@ struct PreviousInstallation {
 };
 
 const PreviousInstallation &FindPreviousInstallation();
+
+}  // namespace zqv

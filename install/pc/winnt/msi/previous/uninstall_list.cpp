@@ -15,6 +15,8 @@
 #include "services/tables/binary_stream.h"
 #include "services/tables/remove_file.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr int kWhenInstalled = 1;
@@ -151,3 +153,5 @@ void ProcessUninstallList(const std::string &name) {
   }
   DeleteOneFile({.execute = true, .path = path, .report = true});
 }
+
+}  // namespace zqv

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace zqv {
+
 /// Stacks the removal of what an earlier version's uninstall list names: the stream of the Binary table that is called
 /// `name` and ".u00". The list is a text of one entry a line. Blanks around a line count for nothing; empty lines and
 /// those that begin with ";" or "#" are passed over. An entry is a path below the earlier version's program folder,
@@ -11,3 +13,5 @@
 /// Entries that are no path, or lead out of their folder, are reported and passed over; so are those whose folder is
 /// not known.
 void ProcessUninstallList(const std::string &name);
+
+}  // namespace zqv

@@ -9,6 +9,8 @@
 #include "runtime/property.h"
 #include "runtime/session.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr int kFullUserInterface = 5;
@@ -70,3 +72,5 @@ UINT SetZqvBoot() {
   }
   return SetSwitch("ZQVBOOT", scheduled || !replaced.empty());
 }
+
+}  // namespace zqv

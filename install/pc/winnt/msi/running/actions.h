@@ -2,6 +2,8 @@
 
 #include "platform/win32.h"
 
+namespace zqv {
+
 /// The small actions around a running product. Each is the body of the exported action named beside it.
 
 /// iwiIsQvRunning: publishes ZQVQVISRUNNING and ZQVPERFMONISRUNNING, each "1" or empty.
@@ -19,3 +21,5 @@ UINT RenameQvService();
 
 /// iwiSetZqvBoot: publishes as ZQVBOOT, "1" or empty, whether a restart is needed.
 UINT SetZqvBoot();
+
+}  // namespace zqv

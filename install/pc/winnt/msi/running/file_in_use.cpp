@@ -3,6 +3,8 @@
 #include "platform/owner.h"
 #include "runtime/log.h"
 
+namespace zqv {
+
 // Deliberate: both lines of failing calls spell "Attribues".
 
 int iwiIsFileInUse(const std::string &path) {
@@ -27,3 +29,5 @@ int iwiIsFileInUse(const std::string &path) {
   }
   return inUse ? 1 : 0;
 }
+
+}  // namespace zqv

@@ -12,6 +12,8 @@
 #include "services/files/existence.h"
 #include "services/tables/binary_stream.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr char kPsapi[] = "psapi.dll";
@@ -154,3 +156,5 @@ void iwiTerminateProcessByImage(const std::string &folder, const char *name) {
     Log("'%s': process not found", name);
   }
 }
+
+}  // namespace zqv

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace zqv {
+
 /// Ending processes by their executable's file.
 
 /// Finds the process-status library: in "uninst" of the previous program folder, else in the temporary folder, into
@@ -11,3 +13,5 @@ void iwiLocatePsapi(std::string *path);
 /// Ends every process whose first module has the file name `name`, without regard to case. Nothing is done unless
 /// "`folder`\`name`" is held open.
 void iwiTerminateProcessByImage(const std::string &folder, const char *name);
+
+}  // namespace zqv

@@ -7,6 +7,8 @@
 #include "services/files/existence.h"
 #include "services/system/process.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr char kQueueManagerProcess[] = "zqvzxma0.exe";
@@ -75,3 +77,5 @@ void iwiStartQvService() {
     Log("***Unable to launch '%s'", path.c_str());
   }
 }
+
+}  // namespace zqv

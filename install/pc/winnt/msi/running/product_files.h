@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace zqv {
+
 /// The product's program files, and what they tell of what is running. The program folder is ZQVPGMFOLDER, read once a
 /// load.
 
@@ -28,3 +30,5 @@ bool iwiListenersRunning();
 
 /// Starts the service executable, without a window.
 void iwiStartQvService();
+
+}  // namespace zqv

@@ -5,6 +5,8 @@
 #include "platform/owner.h"
 #include "runtime/log.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr char kListName[] = "zqvqmgrs.txt";
@@ -45,3 +47,5 @@ std::vector<std::string> ListQueueManagers(const std::string &dataFolder) {
   }
   return names;
 }
+
+}  // namespace zqv

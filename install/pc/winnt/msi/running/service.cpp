@@ -5,6 +5,8 @@
 #include "runtime/message.h"
 #include "runtime/progress.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr int kStopTicks = 1000000;
@@ -127,3 +129,5 @@ void RenameService(const char *service, const char *displayName) {
     Log("Error %d from ChangeServiceConfig()'", static_cast<int>(GetLastError()));
   }
 }
+
+}  // namespace zqv

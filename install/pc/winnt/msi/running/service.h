@@ -1,5 +1,7 @@
 #pragma once
 
+namespace zqv {
+
 /// Windows services, by their key names.
 
 inline constexpr char kFirstService[] = "KorvexQVSeries";
@@ -19,3 +21,5 @@ int iwiStopService(bool countOnly, bool ignored, int *ticks, const char *service
 /// Gives the service another display name and changes nothing else. One that cannot be opened is passed over in
 /// silence.
 void RenameService(const char *service, const char *displayName);
+
+}  // namespace zqv

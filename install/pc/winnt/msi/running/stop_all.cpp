@@ -20,6 +20,8 @@
 #include "services/files/existence.h"
 #include "services/system/process.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr char kEndQueueManager[] = "endqvm.exe";
@@ -191,3 +193,5 @@ UINT StopAllQv() {
   }
   return ERROR_SUCCESS;
 }
+
+}  // namespace zqv

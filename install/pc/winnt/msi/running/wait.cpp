@@ -6,6 +6,8 @@
 #include "runtime/record.h"
 #include "runtime/session.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr DWORD kStep = 500;  // milliseconds
@@ -87,3 +89,5 @@ void WaitBar::Step() {
     SendProgress(progress_.Get(), kTicksPerUnit);
   }
 }
+
+}  // namespace zqv

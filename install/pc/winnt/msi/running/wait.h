@@ -5,6 +5,8 @@
 
 #include "platform/owner.h"
 
+namespace zqv {
+
 /// Waiting in a deferred action, in steps of half a second, with a progress bar and a countdown in seconds. The bar
 /// always moves by one unit for each planned step, however soon the wait is over.
 class WaitBar {
@@ -28,3 +30,5 @@ class WaitBar {
   OwnedInstallerHandle actionData_;
   int shown_ = 0;  ///< the countdown that is shown; below zero: none yet
 };
+
+}  // namespace zqv

@@ -2,4 +2,8 @@
 
 #include "platform/compiler.h"
 
+namespace zqv {
+
 ZQV_SHARED_BETWEEN_PROCESSES BOOL copyCancelled = FALSE;
+
+}  // namespace zqv

@@ -12,6 +12,8 @@
 #include "runtime/property.h"
 #include "runtime/session.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr char kMutexName[] = "ZQV_QVSeriesInstallation";
@@ -242,3 +244,5 @@ void CaLogRunModes(MSIHANDLE /*hInstall*/) {
     }
   }
 }
+
+}  // namespace zqv

@@ -5,6 +5,8 @@
 
 #include "platform/msi.h"
 
+namespace zqv {
+
 /// The frame that every exported action runs inside: a prolog that records the session and begins the action's log, the
 /// run-mode guard, the action's own body, and an epilog that unwinds the prolog and settles the result.
 
@@ -60,3 +62,5 @@ UINT CaEpilog(MSIHANDLE hInstall, UINT rc);
 
 /// Logs the user's name and the run modes that are true.
 void CaLogRunModes(MSIHANDLE hInstall);
+
+}  // namespace zqv

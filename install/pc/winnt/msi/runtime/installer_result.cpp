@@ -2,6 +2,8 @@
 
 #include "runtime/log.h"
 
+namespace zqv {
+
 UINT iwiCheckMsiResult(const char *call, const char *argument, UINT answer, UINT &result) {
   if (answer != ERROR_SUCCESS) {
     result = answer;
@@ -14,3 +16,5 @@ UINT CheckFirstFailure(const char *call, const char *argument, UINT answer, UINT
   UINT later = ERROR_SUCCESS;
   return iwiCheckMsiResult(call, argument, answer, result == ERROR_SUCCESS ? result : later);
 }
+
+}  // namespace zqv

@@ -10,6 +10,8 @@
 #include "runtime/property_source.h"
 #include "runtime/session.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr char kLevel[] = "info";
@@ -157,3 +159,5 @@ UINT LogRaw(const std::string &text) {
 void UseDataFolderLog() { state->dataFolderLog = true; }
 
 void RetireTempLog() { state->tempLogRetired = true; }
+
+}  // namespace zqv

@@ -5,6 +5,8 @@
 #include "platform/compiler.h"
 #include "platform/win32.h"
 
+namespace zqv {
+
 /// The one writer of log lines. Every line goes to the installer's log and to each of up to three files: the trace log,
 /// the user log, and a third one, usually the temporary log. A file is opened and closed for each line, so that it is
 /// complete even when the process is killed.
@@ -29,3 +31,5 @@ void UseDataFolderLog();
 
 /// Leaves no third log: the temporary one is gone.
 void RetireTempLog();
+
+}  // namespace zqv

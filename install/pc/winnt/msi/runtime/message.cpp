@@ -12,6 +12,8 @@
 #include "runtime/session.h"
 #include "runtime/temp_name.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr int kMessageLength = 516;
@@ -206,3 +208,5 @@ int FormatInserts(std::string &text, const std::string &format, const char *a1, 
   text.assign(buffer.data(), length);
   return 1;
 }
+
+}  // namespace zqv

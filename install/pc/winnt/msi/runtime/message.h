@@ -5,6 +5,8 @@
 
 #include "platform/win32.h"
 
+namespace zqv {
+
 /// Messages to the user. Their texts are in the message library, a resource-only library with a string table that lies
 /// in the temporary folder, so that they can be translated; the lines of the log are English and built in.
 
@@ -68,3 +70,5 @@ void CloseSplash();
 /// 1, or 0 with the format itself in `text`.
 int FormatInserts(std::string &text, const std::string &format, const char *a1 = "", const char *a2 = "",
                   const char *a3 = "", const char *a4 = "");
+
+}  // namespace zqv

@@ -3,6 +3,8 @@
 #include "platform/owner.h"
 #include "runtime/log.h"
 
+namespace zqv {
+
 std::string iwiCreateNewFile(const std::string &path) {
   if (path.empty()) {
     return {};
@@ -22,3 +24,5 @@ std::string iwiCreateNewFile(const std::string &path) {
   }
   return {};
 }
+
+}  // namespace zqv

@@ -9,6 +9,8 @@
 #include "runtime/log.h"
 #include "runtime/property.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr char kCounter[] = "ZQVPROPERTYCOUNTER";
@@ -63,3 +65,5 @@ UINT GetPathProperty(const std::string &path, std::string &nameOut) {
   const UINT counted = SetProperty(kCounter, std::to_string(NextCounter(number)));
   return counted != ERROR_SUCCESS ? counted : result;
 }
+
+}  // namespace zqv

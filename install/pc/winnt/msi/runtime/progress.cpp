@@ -7,6 +7,8 @@
 #include "runtime/record.h"
 #include "runtime/session.h"
 
+namespace zqv {
+
 int AddTicks(int total, int ticks) {
   constexpr int kMost = std::numeric_limits<int>::max();
   return total > kMost - ticks ? kMost : total + ticks;
@@ -43,3 +45,5 @@ UINT SendActionData(const std::string &text) {
   }
   return ERROR_SUCCESS;
 }
+
+}  // namespace zqv

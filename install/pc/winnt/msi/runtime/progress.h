@@ -4,6 +4,8 @@
 
 #include "platform/msi.h"
 
+namespace zqv {
+
 /// What the user sees of a deferred action's progress. All of it acts in the scheduled mode only and always gives
 /// ERROR_SUCCESS.
 
@@ -27,3 +29,5 @@ UINT SendProgress(MSIHANDLE record, int ticks);
 
 /// Shows one line of action data.
 UINT SendActionData(const std::string &text);
+
+}  // namespace zqv

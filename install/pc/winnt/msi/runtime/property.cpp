@@ -5,6 +5,8 @@
 #include "runtime/log.h"
 #include "runtime/session.h"
 
+namespace zqv {
+
 UINT GetProperty(const char *name, std::string &value, DWORD length) { return ReadProperty(name, value, length, Log); }
 
 UINT GetTrimmedProperty(const char *name, std::string &value, DWORD length) {
@@ -43,3 +45,5 @@ UINT SetProperties(std::initializer_list<PropertyValue> properties) {
 }
 
 UINT GetKeptProperty(Kept property) { return FillKept(property, Log); }
+
+}  // namespace zqv

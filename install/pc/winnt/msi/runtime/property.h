@@ -5,6 +5,8 @@
 
 #include "runtime/property_source.h"
 
+namespace zqv {
+
 /// Reading and setting the installation's properties, with a log line for each access, so that the log shows every
 /// value that a decision rested on.
 
@@ -36,3 +38,5 @@ UINT SetProperties(std::initializer_list<PropertyValue> properties);
 
 /// Reads a kept property if its value is empty, and keeps it trimmed for the life of the load; ValueOf gives it.
 UINT GetKeptProperty(Kept property);
+
+}  // namespace zqv

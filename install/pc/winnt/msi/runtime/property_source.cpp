@@ -9,6 +9,8 @@
 #include "runtime/session.h"
 #include "runtime/value_list.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr DWORD kCustomActionDataLength = 324;
@@ -92,3 +94,5 @@ UINT FillKept(Kept property, Note note) {
   ValueOf(property) = Trimmed(value);
   return result;
 }
+
+}  // namespace zqv

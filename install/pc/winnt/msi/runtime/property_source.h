@@ -5,6 +5,8 @@
 #include "base/note.h"
 #include "platform/win32.h"
 
+namespace zqv {
+
 /// Where a property's value comes from: the session's property table in the immediate phase; in a deferred action,
 /// which is shown no table, the value list whose path CustomActionData holds. Nothing here writes to the log: each step
 /// is told to a note, so that the writer of the log can read its own files' paths with the very same code.
@@ -38,3 +40,5 @@ std::string &ValueOf(Kept property);
 
 /// Reads a kept property if its value is empty, and keeps it trimmed. Results as ReadProperty.
 UINT FillKept(Kept property, Note note);
+
+}  // namespace zqv

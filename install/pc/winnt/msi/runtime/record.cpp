@@ -5,6 +5,8 @@
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
 
+namespace zqv {
+
 void SetFields(MSIHANDLE record, std::initializer_list<FieldValue> fields) {
   UINT ignored = ERROR_SUCCESS;
   UINT number = 0;
@@ -28,3 +30,5 @@ OwnedInstallerHandle MakeRecord(std::initializer_list<FieldValue> fields) {
   }
   return record;
 }
+
+}  // namespace zqv

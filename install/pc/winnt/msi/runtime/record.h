@@ -4,6 +4,8 @@
 
 #include "platform/owner.h"
 
+namespace zqv {
+
 /// The installer's records: numbered fields, from 1, of an integer or a text each.
 
 struct FieldValue {
@@ -20,3 +22,5 @@ void SetFields(MSIHANDLE record, std::initializer_list<FieldValue> fields);
 
 /// Makes a record of these fields. Without one to be had, which is logged, no handle.
 OwnedInstallerHandle MakeRecord(std::initializer_list<FieldValue> fields);
+
+}  // namespace zqv

@@ -5,6 +5,8 @@
 
 #include "base/load_state.h"
 
+namespace zqv {
+
 namespace {
 
 struct State {
@@ -39,3 +41,5 @@ bool InDeferredMode() {
 }
 
 void ForgetRunModes() { state->runModes.fill(std::nullopt); }
+
+}  // namespace zqv

@@ -4,6 +4,8 @@
 
 #include "platform/msi.h"
 
+namespace zqv {
+
 /// The running installation session as one load of the library knows it: which session, which action, which run modes.
 
 struct SessionState {
@@ -31,3 +33,5 @@ bool InDeferredMode();
 
 /// Forgets the answers, at the beginning and the end of an action.
 void ForgetRunModes();
+
+}  // namespace zqv

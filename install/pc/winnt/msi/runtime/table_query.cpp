@@ -6,6 +6,8 @@
 #include "runtime/property_source.h"
 #include "runtime/session.h"
 
+namespace zqv {
+
 namespace {
 
 void Close(OwnedInstallerHandle &handle, UINT &result) {
@@ -65,3 +67,5 @@ bool VisitRows(const char *query, UINT &result, const std::function<bool(MSIHAND
   Close(database, result);
   return complete;
 }
+
+}  // namespace zqv

@@ -5,6 +5,8 @@
 
 #include "platform/msi.h"
 
+namespace zqv {
+
 /// Reading the tables of the running installation.
 
 /// Reads a text field. A text of more than 515 characters is an error (ERROR_MORE_DATA). Returns the installer's code,
@@ -15,3 +17,5 @@ UINT ReadRecordText(MSIHANDLE record, UINT field, std::string &text);
 /// the walk; `result` gets the code of the first one, unless it holds a failure already. Returns true when the walk
 /// came to the last row.
 bool VisitRows(const char *query, UINT &result, const std::function<bool(MSIHANDLE row)> &visit);
+
+}  // namespace zqv

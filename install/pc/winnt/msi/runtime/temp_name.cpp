@@ -4,6 +4,8 @@
 #include "runtime/new_file.h"
 #include "runtime/property.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr char kNumberProperty[] = "ZQVTEMPFILENUM";
@@ -62,3 +64,5 @@ std::string TempName(bool persistNumber, const char *prefix, const char *extensi
 std::string ValueListName() { return TempName(true, "zqvp", ".txt"); }
 
 std::string TempLogName() { return TempName(true, "zqvg", ".txt"); }
+
+}  // namespace zqv

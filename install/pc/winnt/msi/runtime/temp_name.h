@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace zqv {
+
 /// The full path of a file in the installation's temporary folder (ZQVTEMP, else TempFolder): prefix, four hexadecimal
 /// digits, extension. Normally the first number whose file did not exist, and that file is made, empty. With
 /// `persistNumber` the number is shared by all such names of the installation through ZQVTEMPFILENUM: once it is known,
@@ -11,3 +13,5 @@ std::string TempName(bool persistNumber, const char *prefix, const char *extensi
 /// The name of the file that hands values to deferred actions, and of the temporary log.
 std::string ValueListName();
 std::string TempLogName();
+
+}  // namespace zqv

@@ -7,6 +7,8 @@
 #include "platform/c_file.h"
 #include "platform/owner.h"
 
+namespace zqv {
+
 namespace {
 
 /// Taken for a file whose size cannot be had.
@@ -85,3 +87,5 @@ std::string_view ValueList::Find(std::string_view name) const {
                                       [](const Entry &entry, std::string_view wanted) { return entry.name < wanted; });
   return found != entries_.end() && found->name == name ? found->value : std::string_view();
 }
+
+}  // namespace zqv

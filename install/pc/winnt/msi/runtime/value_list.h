@@ -7,6 +7,8 @@
 
 #include "base/note.h"
 
+namespace zqv {
+
 /// The values that an immediate action left for the deferred ones: one line of "NAME=value;" entries in a text file.
 class ValueList {
  public:
@@ -32,3 +34,5 @@ class ValueList {
   std::unique_ptr<char[]> text_;
   std::vector<Entry> entries_;  ///< by name; of equal names the first in the list comes first
 };
+
+}  // namespace zqv

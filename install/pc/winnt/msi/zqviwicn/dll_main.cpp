@@ -3,9 +3,9 @@
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE /*instance*/, DWORD reason, void * /*reserved*/) {
   if (reason == DLL_PROCESS_ATTACH) {
-    Load();
+    zqv::Load();
   } else if (reason == DLL_PROCESS_DETACH) {
-    Unload();
+    zqv::Unload();
   }
   return TRUE;
 }

@@ -17,6 +17,8 @@
 #include "services/tables/components.h"
 #include "services/tables/products.h"
 
+namespace zqv {
+
 namespace {
 
 struct Module {
@@ -55,3 +57,5 @@ void Unload() {
     module->end();
   }
 }
+
+}  // namespace zqv

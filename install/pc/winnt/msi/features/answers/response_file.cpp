@@ -15,6 +15,8 @@
 #include "runtime/log.h"
 #include "services/system/environment.h"
 
+namespace zqv {
+
 namespace {
 
 /// A line's longest piece, terminator included; longer lines are read in pieces.
@@ -184,3 +186,5 @@ int iwiGetResponseValue(bool exactCase, const std::string &stanza, const std::st
   value = *found->second;
   return 1;
 }
+
+}  // namespace zqv

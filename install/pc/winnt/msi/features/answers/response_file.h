@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace zqv {
+
 /// Response files: the answers of an unattended installation, as stanzas of keyword lines in a text file.
 ///
 ///     ; a comment, as is a line that begins with #
@@ -24,3 +26,5 @@ int iwiReadResponseFile(const std::string &path);
 /// Looks a keyword up in the last stanza of the given name, which is compared without regard to case; the last line of
 /// the keyword counts. `exactCase` says whether the keyword's case matters. Returns 1, or 0 with `value` empty.
 int iwiGetResponseValue(bool exactCase, const std::string &stanza, const std::string &keyword, std::string &value);
+
+}  // namespace zqv

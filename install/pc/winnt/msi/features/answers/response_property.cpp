@@ -6,6 +6,8 @@
 #include "runtime/message.h"
 #include "runtime/property.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr char kStanza[] = "Response";
@@ -66,3 +68,5 @@ UINT GetPropertyWithResponse(const char *name, std::string &value, bool *fromRes
 }
 
 const std::string &ResponseFilePath() { return state->path; }
+
+}  // namespace zqv

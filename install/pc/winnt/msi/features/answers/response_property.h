@@ -5,6 +5,8 @@
 #include "platform/win32.h"
 #include "runtime/property_source.h"
 
+namespace zqv {
+
 /// Properties that a user may set on the command line or in a response file.
 
 void BeginResponseProperties();
@@ -21,3 +23,5 @@ UINT GetPropertyWithResponse(const char *name, std::string &value, bool *fromRes
 
 /// The response file's path, as USEINI gave it; empty until a read has asked for it.
 const std::string &ResponseFilePath();
+
+}  // namespace zqv

@@ -11,6 +11,8 @@
 #include "runtime/property.h"
 #include "runtime/session.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr UINT kUnknownFeature = 1606;  // ERROR_UNKNOWN_FEATURE
@@ -150,3 +152,5 @@ UINT WriteResponseFile() {
   const UINT written = WriteAndClose(file, path, text);
   return written != ERROR_SUCCESS ? written : result;
 }
+
+}  // namespace zqv

@@ -6,6 +6,8 @@
 #include "init/primary/registry_service_level.h"
 #include "platform/win32.h"
 
+namespace zqv {
+
 /// What the sections of primary initialisation learn for those behind them.
 struct Facts {
   /// Of the action, unless a section ends it; a failed section that does not is kept here.
@@ -31,3 +33,5 @@ using Section = UINT (*)(Facts &facts);
 
 /// As IsClientOnly, which is asked once.
 UINT AskClientOnly(Facts &facts, bool &clientOnly);
+
+}  // namespace zqv

@@ -14,6 +14,8 @@
 #include "runtime/property_source.h"
 #include "runtime/table_query.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr const char *kLists[] = {"ADDLOCAL", "REMOVE", "ADDSOURCE", "ADDDEFAULT", "REINSTALL", "ADVERTISE"};
@@ -112,3 +114,5 @@ UINT ValidateFeatureLists() {
   }
   return ERROR_SUCCESS;
 }
+
+}  // namespace zqv

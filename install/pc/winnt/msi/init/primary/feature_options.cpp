@@ -8,6 +8,8 @@
 #include "init/primary/sections.h"
 #include "runtime/property.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr int kNewestWithoutAmus = 400;  // VersionNT of Windows NT 4
@@ -47,3 +49,5 @@ UINT DefaultReinstallMode(Facts &facts) {
 }
 
 UINT CheckFeatureLists(Facts & /*facts*/) { return ValidateFeatureLists(); }
+
+}  // namespace zqv

@@ -1,4 +1,8 @@
 #pragma once
 
+namespace zqv {
+
 void BeginFeatureOptions();
 void EndFeatureOptions();
+
+}  // namespace zqv

@@ -8,6 +8,8 @@
 #include "services/system/product_key.h"
 #include "services/system/registry.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr char kProperty[] = "ZQVHIGHCONTRAST";
@@ -88,3 +90,5 @@ UINT PublishHighContrastChoice(Facts &facts) {
   const char *value = choice.empty() ? "" : IsNo(choice) ? "0" : IsYes(choice) ? "1" : "";
   return SetProperty("ZQVSETHIGHCONTRAST", value);
 }
+
+}  // namespace zqv

@@ -11,6 +11,8 @@
 #include "runtime/session.h"
 #include "runtime/table_query.h"
 
+namespace zqv {
+
 namespace {
 
 /// A language of the system: its Windows identifiers, up to the first 0. For a language without a message library of
@@ -195,3 +197,5 @@ UINT RequireLanguageTransform(Facts &facts) {
       MB_ICONERROR);
   return ERROR_INSTALL_FAILURE;
 }
+
+}  // namespace zqv

@@ -7,6 +7,8 @@
 #include "runtime/log.h"
 #include "runtime/property.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr char kAgreement[] = "AGREETOLICENSE";
@@ -57,3 +59,5 @@ UINT CheckLicenceAcceptance(Facts & /*facts*/) {
 }
 
 UINT PublishLicenceFolder(Facts & /*facts*/) { return SetProperty("ZQVLICENSEPATH", "licenses"); }
+
+}  // namespace zqv

@@ -11,6 +11,8 @@
 #include "services/files/delete_entry.h"
 #include "services/system/product_key.h"
 
+namespace zqv {
+
 namespace {
 
 struct SupportPac {
@@ -96,3 +98,5 @@ UINT CheckSupportPacs(Facts & /*facts*/) {
 }
 
 UINT PublishMigration(Facts & /*facts*/) { return SetSwitch("ZQVMIGRATE", FindPreviousInstallation().exists); }
+
+}  // namespace zqv

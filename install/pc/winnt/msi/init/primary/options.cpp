@@ -16,6 +16,8 @@
 #include "services/files/create.h"
 #include "services/files/existence.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr DWORD kOnlyIniLength = 64;
@@ -151,3 +153,5 @@ UINT PublishServiceStart(Facts &facts) { return PublishStart(facts, "ZQVSTARTSER
 UINT PublishTaskbarStart(Facts &facts) {
   return PublishStart(facts, "ZQVSTARTTASKBAR", "STARTTASKBAR", TaskbarProgramRuns);
 }
+
+}  // namespace zqv

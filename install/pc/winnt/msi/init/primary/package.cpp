@@ -14,6 +14,8 @@
 #include "runtime/temp_name.h"
 #include "services/tables/binary_stream.h"
 
+namespace zqv {
+
 namespace {
 
 // Properties and types of the summary information (Windows Installer, "Summary Property Descriptions").
@@ -152,3 +154,5 @@ UINT UnpackCatalogue(Facts & /*facts*/) {
   }
   return ERROR_SUCCESS;
 }
+
+}  // namespace zqv

@@ -3,6 +3,8 @@
 #include "features/client_only.h"
 #include "init/primary/sections.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr Section kSections[] = {
@@ -70,3 +72,5 @@ UINT AskClientOnly(Facts &facts, bool &clientOnly) {
   clientOnly = *facts.clientOnly;
   return ERROR_SUCCESS;
 }
+
+}  // namespace zqv

@@ -10,6 +10,8 @@
 #include "runtime/message.h"
 #include "runtime/property.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr DWORD kProductCodeLength = 39;
@@ -168,3 +170,5 @@ UINT PublishDisplayNames(Facts &facts) {
   return facts.administrative ? static_cast<UINT>(ERROR_SUCCESS)
                               : SetProperty("ZQVSTARTFOLDER", NlsText(message::kStartFolder));
 }
+
+}  // namespace zqv

@@ -13,6 +13,8 @@
 #include "services/files/existence.h"
 #include "services/system/registry.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr std::string_view kMarker = "Maint";
@@ -200,3 +202,5 @@ bool ReadRegistryServiceLevel(const std::string &rootKey, ServiceLevel &level) {
            MaintenanceOf(levels.latest), std::move(levels.rollbackFolder)};
   return true;
 }
+
+}  // namespace zqv

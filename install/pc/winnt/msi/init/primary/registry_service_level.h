@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace zqv {
+
 /// The maintenance that the registry records for an installed product: the value VRMF of its key "\CurrentVersion", and
 /// below that the key "Maintenance Applied", where each value "Maint MODIFICATION.FIX" holds the backup folder of a
 /// level and the value "Shipped" the level that the product came with.
@@ -23,3 +25,5 @@ struct ServiceLevel {
 /// while its backup folder holds the file "Valid.csd". Returns true when the record could be read, a missing key being
 /// an empty one. Otherwise, after a line in the log, false with every text of `level` empty.
 bool ReadRegistryServiceLevel(const std::string &rootKey, ServiceLevel &level);
+
+}  // namespace zqv

@@ -2,6 +2,8 @@
 
 #include "init/primary/facts.h"
 
+namespace zqv {
+
 /// The sections of primary initialisation, by theme; init/primary/primary.cpp has their order. A section that cannot
 /// read or set a property ends the action.
 
@@ -110,3 +112,5 @@ UINT ReadInstalledServiceLevel(Facts &facts);
 UINT PublishServiceLevel(Facts &facts);
 /// Publishes the message for an older package: ZQVSERVICELEVELMESSAGE.
 UINT PublishServiceLevelMessage(Facts &facts);
+
+}  // namespace zqv

@@ -10,6 +10,8 @@
 #include "runtime/property.h"
 #include "services/system/product_key.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr char kShipLevel[] = "ZQVSERVICESHIPLEVEL";
@@ -62,3 +64,5 @@ UINT PublishServiceLevel(Facts &facts) {
 UINT PublishServiceLevelMessage(Facts & /*facts*/) {
   return SetProperty("ZQVSERVICELEVELMESSAGE", NlsText(message::kServiceLevel));
 }
+
+}  // namespace zqv

@@ -15,6 +15,8 @@
 #include "runtime/table_query.h"
 #include "runtime/temp_name.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr const char *kNameLists[] = {"ZQVPROPERTYNAMELIST1", "ZQVPROPERTYNAMELIST2", "ZQVPROPERTYNAMELIST3"};
@@ -144,3 +146,5 @@ UINT SetCustomActionData() {
   VisitRows(kActionQuery, result, [&](MSIHANDLE row) { return SetDataOfRow(row, listPath, result); });
   return result;
 }
+
+}  // namespace zqv

@@ -2,6 +2,8 @@
 
 #include "platform/win32.h"
 
+namespace zqv {
+
 /// The hand-over of properties to the deferred actions, through a file in the temporary folder. Each is the body of the
 /// exported action named beside it, and belongs before the library's first deferred action.
 
@@ -12,3 +14,5 @@ UINT WriteDeferredProperties();
 /// iwiSetCustomActionData: sets the CustomActionData of every deferred action that is in a library to the file's path.
 /// Returns ERROR_SUCCESS or the first failing call's code.
 UINT SetCustomActionData();
+
+}  // namespace zqv

@@ -13,6 +13,8 @@
 #include "services/files/create.h"
 #include "services/files/delete.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr char kNoLog[] = "none";
@@ -147,3 +149,5 @@ UINT UnSetTempLogPath() {
 }
 
 UINT PrintSummary() { return GetKeptProperty(Kept::tempFolder); }
+
+}  // namespace zqv

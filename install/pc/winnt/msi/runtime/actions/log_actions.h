@@ -4,6 +4,8 @@
 
 #include "platform/win32.h"
 
+namespace zqv {
+
 /// The actions that open, fold away and point the library's logs. Each is the body of the exported action named beside
 /// it, and gives ERROR_SUCCESS or ERROR_INSTALL_FAILURE.
 
@@ -23,3 +25,5 @@ UINT PrintSummary();
 /// Copies the lines of the file `path` into the current logs, unstamped and marked ">>". An empty path stands for
 /// "zqvilogn.txt" in the data folder. `deleteAfter` deletes the file, also when it could not be read.
 void MergeTempLog(bool deleteAfter, std::string path);
+
+}  // namespace zqv

@@ -3,6 +3,8 @@
 #include "runtime/log.h"
 #include "services/files/error_text.h"
 
+namespace zqv {
+
 UINT RemoveReadOnly(const std::string &path, bool report) {
   const DWORD attributes = GetFileAttributesA(path.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES) {
@@ -26,3 +28,5 @@ UINT RemoveReadOnly(const std::string &path, bool report) {
   Log("Set attributes 0x%8.8lx '%s'", static_cast<unsigned long>(writable), path.c_str());
   return ERROR_SUCCESS;
 }
+
+}  // namespace zqv

@@ -10,6 +10,8 @@
 #include "services/files/existence.h"
 #include "services/files/search.h"
 
+namespace zqv {
+
 namespace {
 
 void Accumulate(UINT &result, UINT code) {
@@ -110,3 +112,5 @@ BOOL iwiIsCopyCancelled() {
   }
   return copyCancelled;
 }
+
+}  // namespace zqv

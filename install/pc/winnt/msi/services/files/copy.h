@@ -4,6 +4,8 @@
 
 #include "platform/win32.h"
 
+namespace zqv {
+
 /// Copying of files and trees, until the user cancels it.
 
 /// The file in the temporary folder that cancels it.
@@ -25,3 +27,5 @@ UINT iwiCopyFile(bool skipExistenceCheck, const std::string &source, const std::
 /// The copy-cancel flag. It rises, for good, when the user interface, another process, has left its marker file in
 /// ZQVTEMP, or when that property cannot be read.
 BOOL iwiIsCopyCancelled();
+
+}  // namespace zqv

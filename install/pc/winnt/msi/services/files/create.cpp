@@ -5,6 +5,8 @@
 #include "runtime/log.h"
 #include "services/files/error_text.h"
 
+namespace zqv {
+
 namespace {
 
 /// Where the folders of a tree begin: the index behind "C:", or behind "\\server\share"; npos for any other path.
@@ -77,3 +79,5 @@ void CreateTargetFolder(const std::string &path) {
     at = end + 1;
   }
 }
+
+}  // namespace zqv

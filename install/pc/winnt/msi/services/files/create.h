@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace zqv {
+
 /// Making folders.
 
 /// Makes every folder on the path up to its last backslash: for a path of a drive from behind the drive's colon, for
@@ -12,3 +14,5 @@ int iwiCreateFolderTree(const std::string &path);
 /// Makes the folder that is copied to, with its parents: of a drive's path every folder, of a server's path from the
 /// share on. Failures are logged and do not stop it.
 void CreateTargetFolder(const std::string &path);
+
+}  // namespace zqv

@@ -7,6 +7,8 @@
 #include "runtime/log.h"
 #include "services/files/search.h"
 
+namespace zqv {
+
 namespace {
 
 /// What a walk does in each folder.
@@ -132,3 +134,5 @@ int iwiDeletePattern(bool countOnly, bool execute, int *ticks, const std::string
                   .recurse = recurse};
   return DeleteTree(walk, path, true);
 }
+
+}  // namespace zqv

@@ -4,6 +4,8 @@
 
 #include "services/files/delete_entry.h"
 
+namespace zqv {
+
 /// Deletion of files, patterns and trees. The counting and the executing pass visit the same entries in the same order.
 
 /// Deletes the file of the request's path as DeleteOneFile does, or, when the last element of the path holds "*", all
@@ -19,3 +21,5 @@ int iwiDeleteFile(const DeletionRequest &request);
 /// is tried.
 int iwiDeletePattern(bool countOnly, bool execute, int *ticks, const std::string &path, bool deleteFiles,
                      bool removeFolders, bool recurse, const std::string &component, int installMode);
+
+}  // namespace zqv

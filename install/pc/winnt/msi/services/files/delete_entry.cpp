@@ -9,6 +9,8 @@
 #include "services/files/search.h"
 #include "services/tables/remove_file.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr int kFolderAttempts = 20;
@@ -218,3 +220,5 @@ int iwiRemoveFolderNow(const std::string &path) {
   const LONG error = CodeOf(RemoveDirectoryA, path);
   return Settle(Find(kFolderNowOutcomes, error), error, path, true);
 }
+
+}  // namespace zqv

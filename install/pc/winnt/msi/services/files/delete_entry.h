@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace zqv {
+
 /// Deletion of one file or one folder.
 
 /// What is to be deleted, and how:
@@ -34,3 +36,5 @@ int iwiDeleteAtReboot(const std::string &path, bool report, int *error);
 /// Deletes a folder if it is empty, in one try, with no progress and no row. Returns 1, also for a folder that is not
 /// there or not empty, or 0 for a failure.
 int iwiRemoveFolderNow(const std::string &path);
+
+}  // namespace zqv

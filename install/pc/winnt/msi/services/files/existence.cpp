@@ -5,6 +5,8 @@
 #include "runtime/log.h"
 #include "services/files/search.h"
 
+namespace zqv {
+
 int iwiFileExists(const std::string &path) {
   if (path.find('\\') == std::string::npos) {
     return 0;
@@ -89,3 +91,5 @@ int iwiFindExtension(const std::string &path, std::string &name) {
   Log("Can't find extension '%s\\%s*'", folder.c_str(), prefix.c_str());
   return 0;
 }
+
+}  // namespace zqv

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace zqv {
+
 /// What is there on the disk. Whatever is not there is no error and leaves no line beyond those that a test always
 /// writes; other failures are logged and count as not there.
 
@@ -22,3 +24,5 @@ int iwiFindFile(const std::string &pattern, std::string *name);
 /// first one's name in `name`, else 0 with `name` untouched. A path without a backslash is a folder to look for "dummy"
 /// in.
 int iwiFindExtension(const std::string &path, std::string &name);
+
+}  // namespace zqv

@@ -5,6 +5,8 @@
 #include "base/path.h"
 #include "runtime/log.h"
 
+namespace zqv {
+
 bool Search::Next() {
   if (IsTooLong(path_)) {
     error_ = kPathTooLong;
@@ -61,3 +63,5 @@ bool IsFolderLink(const std::string &path) {
   const DWORD attributes = GetFileAttributesA(path.c_str());
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & kBoth) == kBoth;
 }
+
+}  // namespace zqv

@@ -5,6 +5,8 @@
 #include "platform/owner.h"
 #include "platform/win32.h"
 
+namespace zqv {
+
 /// A walk over the entries of a folder that a path or pattern matches.
 ///
 ///     Search search(folder + "\\*");
@@ -57,3 +59,5 @@ inline bool IsTooLong(const std::string &path) { return path.size() >= MAX_PATH;
 
 /// True for a folder that is a link. Asks the system once; false also when it cannot say.
 bool IsFolderLink(const std::string &path);
+
+}  // namespace zqv

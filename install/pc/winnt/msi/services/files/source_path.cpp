@@ -8,6 +8,8 @@
 #include "runtime/table_query.h"
 #include "services/files/existence.h"
 
+namespace zqv {
+
 namespace {
 
 /// Logs a failing call; true when `code` is a success.
@@ -66,3 +68,5 @@ int iwiGetSourceFilePath(const std::string &file, const std::string &folder, std
   path = source + name;
   return iwiFileExists(path);
 }
+
+}  // namespace zqv

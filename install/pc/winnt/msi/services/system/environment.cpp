@@ -6,6 +6,8 @@
 #include "runtime/log.h"
 #include "services/system/registry.h"
 
+namespace zqv {
+
 namespace {
 
 /// What is added to a text's length for the first try.
@@ -78,3 +80,5 @@ int iwiRefreshEnvironmentVariable(const std::string &name) {
   Log("Set environment variable '%s'", name.c_str());
   return 1;
 }
+
+}  // namespace zqv

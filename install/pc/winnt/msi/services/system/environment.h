@@ -4,6 +4,8 @@
 
 #include "platform/win32.h"
 
+namespace zqv {
+
 /// Environment references, %NAME%, in texts.
 
 /// How an expansion ended; `code` is the system's where the outcome is `failed`.
@@ -22,3 +24,5 @@ int iwiExpandEnvironment(std::string &text);
 /// Gives the library's own process the machine-wide value that the registry has for a variable, references expanded, so
 /// that programs launched later see what the installation has changed. Returns 1 when it was set, else 0.
 int iwiRefreshEnvironmentVariable(const std::string &name);
+
+}  // namespace zqv

@@ -5,6 +5,8 @@
 #include "runtime/log.h"
 #include "services/files/existence.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr char kCommandProcessor[] = "cmd";
@@ -107,3 +109,5 @@ UINT iwiLaunch(const std::string &program, const std::string &parameters, const 
   Log("Launched OK");
   return ERROR_SUCCESS;
 }
+
+}  // namespace zqv

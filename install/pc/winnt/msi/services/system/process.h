@@ -4,6 +4,8 @@
 
 #include "platform/owner.h"
 
+namespace zqv {
+
 /// Running programs. `program` is a path or a bare name, which Windows then looks for; `folder` is the working folder,
 /// and when it is empty the program's own; `show` is the show command of its window. A path whose file does not exist
 /// is not launched.
@@ -25,3 +27,5 @@ UINT iwiLaunchAndWait(const std::string &program, const std::string &parameters,
 /// Returns ERROR_SUCCESS or ERROR_INSTALL_FAILURE.
 UINT iwiLaunch(const std::string &program, const std::string &parameters, const std::string &folder, int show,
                OwnedKernelHandle *process);
+
+}  // namespace zqv

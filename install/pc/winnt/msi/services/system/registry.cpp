@@ -7,6 +7,8 @@
 #include "platform/owner.h"
 #include "runtime/log.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr DWORD kProbe = 2;
@@ -188,3 +190,5 @@ std::string &iwiHexText(std::string &text, const BYTE *bytes, std::size_t count)
   }
   return text;
 }
+
+}  // namespace zqv

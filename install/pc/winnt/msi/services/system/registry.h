@@ -6,6 +6,8 @@
 
 #include "platform/win32.h"
 
+namespace zqv {
+
 /// Registry values. A null root stands for HKEY_LOCAL_MACHINE. No routine makes a key. An accumulated `result`, where
 /// one is given, gets ERROR_INSTALL_FAILURE on a failure and is left alone otherwise; a missing key or value is no
 /// failure.
@@ -36,3 +38,5 @@ int iwiRegDeleteValue(HKEY root, const std::string &key, const std::string &name
 
 /// Gives `text` two upper-case hexadecimal digits for each byte, and returns it.
 std::string &iwiHexText(std::string &text, const BYTE *bytes, std::size_t count);
+
+}  // namespace zqv

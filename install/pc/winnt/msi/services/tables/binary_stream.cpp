@@ -7,6 +7,8 @@
 #include "runtime/log.h"
 #include "runtime/table_query.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr DWORD kBlock = 256;
@@ -87,3 +89,5 @@ int iwiUnpackBinary(const std::string &prefix, const std::string &suffix, const 
   }
   return complete && found && result == ERROR_SUCCESS ? 1 : 0;
 }
+
+}  // namespace zqv

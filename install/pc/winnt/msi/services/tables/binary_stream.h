@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace zqv {
+
 /// Writes a stream of the package's Binary table to a file. A row is meant when its name begins with `prefix` and then,
 /// without a suffix (empty), ends or goes on with a dot; with one, goes on with `suffix`, whatever follows; letters'
 /// case does not matter. What stands in its name behind prefix, suffix and a dot is the component suffix, which
@@ -11,3 +13,5 @@
 /// was none or anything failed.
 int iwiUnpackBinary(const std::string &prefix, const std::string &suffix, const std::string &path,
                     std::string *componentSuffix);
+
+}  // namespace zqv

@@ -6,6 +6,8 @@
 #include "runtime/session.h"
 #include "runtime/table_query.h"
 
+namespace zqv {
+
 namespace {
 
 struct State {
@@ -48,3 +50,5 @@ const std::string &iwiFindLocalComponent(const std::string &otherwise) {
   }
   return state->found;
 }
+
+}  // namespace zqv

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace zqv {
+
 void BeginComponents();
 void EndComponents();
 
@@ -9,3 +11,5 @@ void EndComponents();
 /// component that rows of other tables can belong to. Looked up once; the answer, `otherwise` included, is kept for the
 /// life of the load.
 const std::string &iwiFindLocalComponent(const std::string &otherwise);
+
+}  // namespace zqv

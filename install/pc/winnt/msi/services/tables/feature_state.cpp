@@ -6,6 +6,8 @@
 #include "runtime/log.h"
 #include "runtime/session.h"
 
+namespace zqv {
+
 namespace {
 
 struct StateName {
@@ -46,3 +48,5 @@ void iwiSetFeatureLocal(const char *feature, bool local, UINT &result) {
     result = set;
   }
 }
+
+}  // namespace zqv

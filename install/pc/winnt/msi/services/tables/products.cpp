@@ -8,6 +8,8 @@
 #include "runtime/log.h"
 #include "runtime/property.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr DWORD kProductCodeLength = 39;
@@ -92,3 +94,5 @@ UINT iwiIsOwnUpgradeCode(const std::string &upgradeCode, bool &isOwn) {
   isOwn = EqualNoCase(upgradeCode, state->upgradeCode);
   return ERROR_SUCCESS;
 }
+
+}  // namespace zqv

@@ -4,6 +4,8 @@
 
 #include "platform/win32.h"
 
+namespace zqv {
+
 /// The package's own identity, and the products that are installed already.
 
 void BeginProducts();
@@ -21,3 +23,5 @@ std::string iwiGetProductData(int type, const char *version);
 /// Says whether the upgrade code is the package's own, without regard to case. Returns ERROR_SUCCESS, or
 /// ERROR_INSTALL_FAILURE with `isOwn` false when a property cannot be read.
 UINT iwiIsOwnUpgradeCode(const std::string &upgradeCode, bool &isOwn);
+
+}  // namespace zqv

@@ -2,6 +2,8 @@
 
 #include "base/text.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr char kRecordCounter[] = "ZQVRECORDCOUNTER";
@@ -16,3 +18,5 @@ UINT ReadRecordCounter(int &counter, DWORD length) {
 }
 
 UINT AdvanceRecordCounter(int counter) { return SetProperty(kRecordCounter, std::to_string(NextCounter(counter))); }
+
+}  // namespace zqv

@@ -2,6 +2,8 @@
 
 #include "runtime/property.h"
 
+namespace zqv {
+
 /// The property ZQVRECORDCOUNTER, which numbers the rows that the library adds to the installer's tables, so that no
 /// two of one installation have the same key. All tables share it.
 
@@ -12,3 +14,5 @@ UINT ReadRecordCounter(int &counter, DWORD length = kPropertyLength);
 /// Sets the counter to the number behind `counter`; in a deferred action that is only logged. Returns ERROR_SUCCESS or
 /// ERROR_INSTALL_FAILURE.
 UINT AdvanceRecordCounter(int counter);
+
+}  // namespace zqv

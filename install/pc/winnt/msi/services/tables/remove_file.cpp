@@ -7,6 +7,8 @@
 #include "services/tables/record_counter.h"
 #include "services/tables/table_row.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr UINT kInstallModeIsInteger = 1U << 4;
@@ -57,3 +59,5 @@ UINT iwiStackFolderForDeletion(const std::string &path, const std::string &compo
   }
   return AddRow(counter, component, path, nullptr, installMode);
 }
+
+}  // namespace zqv

@@ -4,6 +4,8 @@
 
 #include "platform/win32.h"
 
+namespace zqv {
+
 /// Leaving deletions to the installer: temporary rows of its RemoveFile table, which it carries out when it removes
 /// files. Each row's folder is named by a path property, its key is numbered by the record counter.
 ///
@@ -18,3 +20,5 @@ UINT iwiStackFilesForDeletion(const std::string &path, const std::string &compon
 /// Stacks the removal of a folder, if it is empty by then. The path must end in a backslash; otherwise nothing is added
 /// and the counter stays.
 UINT iwiStackFolderForDeletion(const std::string &path, const std::string &component, int installMode);
+
+}  // namespace zqv

@@ -7,6 +7,8 @@
 #include "services/tables/record_counter.h"
 #include "services/tables/table_row.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr DWORD kRecordCounterLength = 64;
@@ -52,3 +54,5 @@ UINT StackDeleteRegistryValue(const std::string &key, const std::string &name, c
   const UINT counted = AdvanceRecordCounter(counter);
   return counted != ERROR_SUCCESS ? counted : added;
 }
+
+}  // namespace zqv

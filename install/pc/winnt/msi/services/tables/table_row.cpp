@@ -6,6 +6,8 @@
 #include "runtime/log.h"
 #include "runtime/session.h"
 
+namespace zqv {
+
 namespace {
 
 constexpr UINT kMaskBits = 32;
@@ -72,3 +74,5 @@ UINT iwiAddTableRow(const TableRow &row) {
   }
   return result;
 }
+
+}  // namespace zqv

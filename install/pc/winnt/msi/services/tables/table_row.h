@@ -5,6 +5,8 @@
 #include "platform/win32.h"
 #include "runtime/record.h"
 
+namespace zqv {
+
 /// Adding rows to the tables of the running installation. The rows are temporary: they live in this session only and
 /// are never written to the package.
 
@@ -17,3 +19,5 @@ struct TableRow {
 /// Adds a row. Every field is tried, also after one has failed; the row is added if the last field could be set.
 /// Returns ERROR_SUCCESS, ERROR_INSTALL_FAILURE, or the code of the last installer call that failed.
 UINT iwiAddTableRow(const TableRow &row);
+
+}  // namespace zqv
