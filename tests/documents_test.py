@@ -41,7 +41,7 @@ class Documents(unittest.TestCase):
 
     def test_actions(self):
         table = (root / "install/pc/winnt/msi/zqviwicn/actions.inc").read_text(encoding="utf-8")
-        actions = set(re.findall(r"^ACTION\((\w+),", table, re.MULTILINE))
+        actions = set(re.findall(r"^ACTION(?:_AS)?\((\w+),", table, re.MULTILINE))
         self.expect_same(actions, full(r"\w+", spans(docs["actions.md"])))
         # Rows of the package's table may have other names, and log lines may name routines.
         rows = (root / "package/tables/CustomAction.idt").read_text(encoding="utf-8")

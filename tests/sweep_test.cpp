@@ -51,9 +51,8 @@ std::map<std::string, std::string> Entries(const std::string &text) {
 }
 
 const Scenario kScenarios[] = {
-#define ACTION(action, ...) {#action, action},
+#define ACTION_AS(action, ...) {#action, action},
 #include "zqviwicn/actions.inc"
-#undef ACTION
     {"external_copy",
      [](MSIHANDLE session) {
        TheWorld().properties["ZQVEXTCA60000"] = "C:\\copy";

@@ -14,12 +14,11 @@
 #include "runtime/frame.h"
 
 // The signature is asserted because a linker exports a wrong calling convention without a word.
+// The signature is asserted because a linker exports a wrong calling convention without a word.
+extern "C" {
 using namespace zqv;
-
-#define ACTION(entry, name, initialResult, guard, body)                          \
+#define ACTION_AS(entry, name, initialResult, guard, body)                       \
   static_assert(std::is_same_v<decltype(&entry), UINT(__stdcall *)(MSIHANDLE)>); \
   UINT __stdcall entry(MSIHANDLE hInstall) { return RunAction({name, initialResult, guard, body}, hInstall); }
-extern "C" {
 #include "zqviwicn/actions.inc"
 }
-#undef ACTION
