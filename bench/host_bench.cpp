@@ -122,8 +122,8 @@ void AddResponseFiles(int lines) {
   const std::string name = "response file, " + std::to_string(lines) + " lines: ";
   const Work prepare = [=] { Restart().WriteFile(kResponses, "[Response]\r\n" + Numbered(lines, "\r\n")); };
   const Work read = [] {
-    EndResponseFile();
-    BeginResponseFile();
+    responseFileState.End();
+    responseFileState.Begin();
     std::string value;
     iwiReadResponseFile(kResponses);
     iwiGetResponseValue(false, "response", "zqvproperty7", value);

@@ -2,7 +2,6 @@
 
 #include <string>
 
-#include "base/load_state.h"
 #include "platform/msi.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
@@ -15,13 +14,11 @@ namespace {
 struct State {
   bool isSet = false;
 };
-LoadState<State> state;
+constinit LoadState<State> state;
 
 }  // namespace
 
-void BeginInstallLevel() { state.Begin(); }
-
-void EndInstallLevel() { state.End(); }
+constinit LoadStateEntry &installLevelState = state;
 
 UINT SetInstallLevel(int level) {
   if (state->isSet) {

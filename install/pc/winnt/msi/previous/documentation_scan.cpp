@@ -2,7 +2,6 @@
 
 #include <string>
 
-#include "base/load_state.h"
 #include "previous/previous_installation.h"
 #include "runtime/property.h"
 #include "services/files/existence.h"
@@ -15,7 +14,7 @@ struct State {
   DocumentationFormats formats;
   bool scanned = false;
 };
-LoadState<State> state;
+constinit LoadState<State> state;
 
 /// Empty when there is none, or none is known.
 std::string PreviousProgramFolder() {
@@ -26,9 +25,7 @@ std::string PreviousProgramFolder() {
 
 }  // namespace
 
-void BeginDocumentationScan() { state.Begin(); }
-
-void EndDocumentationScan() { state.End(); }
+constinit LoadStateEntry &documentationScanState = state;
 
 const DocumentationFormats &FindOldDocumentation() {
   if (!state->scanned) {

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "base/load_state.h"
+
 namespace zqv {
 
 /// The formats of documentation that an earlier version has brought, looked for once a load, on first use.
 
-void BeginDocumentationScan();
-void EndDocumentationScan();
+extern LoadStateEntry &documentationScanState;
 
 struct DocumentationFormats {
   bool chm = false;  ///< HTML Help

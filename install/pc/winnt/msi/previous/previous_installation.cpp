@@ -1,6 +1,5 @@
 #include "previous/previous_installation.h"
 
-#include "base/load_state.h"
 #include "base/path.h"
 #include "runtime/log.h"
 #include "services/system/product_key.h"
@@ -14,7 +13,7 @@ struct State {
   PreviousInstallation installation;
   bool asked = false;
 };
-LoadState<State> state;
+constinit LoadState<State> state;
 
 /// The value's text, empty where there is none.
 std::string Read(const char *name) {
@@ -25,9 +24,7 @@ std::string Read(const char *name) {
 
 }  // namespace
 
-void BeginPreviousInstallation() { state.Begin(); }
-
-void EndPreviousInstallation() { state.End(); }
+constinit LoadStateEntry &previousInstallationState = state;
 
 const PreviousInstallation &FindPreviousInstallation() {
   PreviousInstallation &found = state->installation;

@@ -2,12 +2,13 @@
 
 #include <string>
 
+#include "base/load_state.h"
+
 namespace zqv {
 
 /// What the registry tells of a product that is installed already, asked for once a load, on first use.
 
-void BeginPreviousInstallation();
-void EndPreviousInstallation();
+extern LoadStateEntry &previousInstallationState;
 
 struct PreviousInstallation {
   bool exists = false;  ///< the product's key holds a VRMF; without one, all folders may be known all the same

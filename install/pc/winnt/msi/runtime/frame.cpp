@@ -2,7 +2,6 @@
 
 #include <exception>
 
-#include "base/load_state.h"
 #include "base/text.h"
 #include "build_stamp.h"
 #include "platform/owner.h"
@@ -38,13 +37,6 @@ constexpr RunMode kLoggedRunModes[] = {
     {MSIRUNMODE_ADMIN, "MSIRUNMODE_ADMIN"},
 };
 
-struct State {
-  std::string banner;
-  OwnedKernelHandle installationMutex;
-  OwnedModule externalLibrary;
-};
-LoadState<State> state;
-
 using EntryPoint = UINT(__stdcall *)(MSIHANDLE);
 
 /// "MODULE Built on DATE at TIME", with "; version VERSION" only if three blanks are found in the identification.
@@ -64,6 +56,18 @@ std::string MakeBanner() {
   }
   return Format("%s Built on %s at %s; version %s", kModuleName, kBuildDate, kBuildTime, version.c_str());
 }
+
+struct State {
+  std::string banner = MakeBanner();
+  OwnedKernelHandle installationMutex;
+  OwnedModule externalLibrary;
+
+  void Abandon() {
+    installationMutex.Release();
+    externalLibrary.Release();
+  }
+};
+constinit LoadState<State> state;
 
 /// Finds the action in a second copy of the library. Null when the action is to run here.
 EntryPoint FindExternalAction(const std::string &folder, const char *actionName, std::string &path) {
@@ -159,12 +163,7 @@ UINT RunInFrame(const Action &action, MSIHANDLE hInstall) {
 
 }  // namespace
 
-void BeginFrame() {
-  state.Begin();
-  state->banner = MakeBanner();
-}
-
-void EndFrame() { state.End(); }
+constinit LoadStateEntry &frameState = state;
 
 const std::string &BuildBanner() { return state->banner; }
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <string>
 
+#include "base/load_state.h"
 #include "platform/msi.h"
 
 namespace zqv {
@@ -43,8 +44,7 @@ struct Action {
   UINT (*body)();  ///< gives the result; null: the initial result is the result
 };
 
-void BeginFrame();
-void EndFrame();
+extern LoadStateEntry &frameState;
 
 /// The first line of each top-level action's log.
 const std::string &BuildBanner();

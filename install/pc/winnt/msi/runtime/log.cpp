@@ -3,7 +3,6 @@
 #include <cstdarg>
 #include <ctime>
 
-#include "base/load_state.h"
 #include "base/text.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
@@ -22,7 +21,7 @@ struct State {
   bool tempLogRetired = false;
   bool writing = false;
 };
-LoadState<State> state;
+constinit LoadState<State> state;
 
 /// Holds the writer's guard, also when a line is abandoned by an exception.
 class Writing {
@@ -123,9 +122,7 @@ UINT WriteRaw(const std::string &line) {
 
 }  // namespace
 
-void BeginLog() { state.Begin(); }
-
-void EndLog() { state.End(); }
+constinit LoadStateEntry &logState = state;
 
 UINT LogLine(const std::string &text) {
   if (state->writing) {

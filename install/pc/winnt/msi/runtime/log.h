@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "base/load_state.h"
 #include "platform/compiler.h"
 #include "platform/win32.h"
 
@@ -11,8 +12,7 @@ namespace zqv {
 /// the user log, and a third one, usually the temporary log. A file is opened and closed for each line, so that it is
 /// complete even when the process is killed.
 
-void BeginLog();
-void EndLog();
+extern LoadStateEntry &logState;
 
 /// Writes "HH:MM:SS QVCA info ACTION: text". The text is data, never a format. Returns ERROR_SUCCESS, or
 /// ERROR_INSTALL_FAILURE when the installer's record could not be made or closed or a log's path could not be read;

@@ -2,7 +2,6 @@
 
 #include <array>
 
-#include "base/load_state.h"
 #include "base/text.h"
 #include "platform/msi.h"
 #include "platform/owner.h"
@@ -42,8 +41,10 @@ constexpr WORD kDefaultButtonLanguage = 1024;
 struct State {
   std::string path;
   OwnedModule library;
+
+  void Abandon() { library.Release(); }
 };
-LoadState<State> state;
+constinit LoadState<State> state;
 
 const char *SeverityOf(UINT type) {
   for (const Severity &severity : kSeverities) {
@@ -95,9 +96,7 @@ void SendToInstallerLog(const std::string &text) {
 
 }  // namespace
 
-void BeginMessages() { state.Begin(); }
-
-void EndMessages() { state.End(); }
+constinit LoadStateEntry &messageState = state;
 
 int iwiLoadNlsString(std::string &text, UINT id) {
   if (!state->library && !LoadMessageLibrary(id)) {

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/load_state.h"
 #include "platform/win32.h"
 
 namespace zqv {
@@ -39,8 +40,7 @@ constexpr UINT kServiceLevel = 2092;
 
 }  // namespace message
 
-void BeginMessages();
-void EndMessages();
+extern LoadStateEntry &messageState;
 
 /// Loads a text of the message library, at most 515 characters of it; the library itself is loaded at the first use.
 /// Returns 1, or 0 with `text` untouched.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <new>
 
-#include "base/load_state.h"
 #include "base/pair_list.h"
 #include "base/text.h"
 #include "runtime/log.h"
@@ -19,7 +18,7 @@ constexpr char kCounter[] = "ZQVPROPERTYCOUNTER";
 struct State {
   iwiPAIRLIST properties;
 };
-LoadState<State> state;
+constinit LoadState<State> state;
 
 /// Copies `text`; false, and a line, when there is no memory for it.
 bool Copy(const std::string &text, const char *what, std::string &copy) {
@@ -34,9 +33,7 @@ bool Copy(const std::string &text, const char *what, std::string &copy) {
 
 }  // namespace
 
-void BeginPathProperties() { state.Begin(); }
-
-void EndPathProperties() { state.End(); }
+constinit LoadStateEntry &pathPropertyState = state;
 
 UINT GetPathProperty(const std::string &path, std::string &nameOut) {
   const auto known = std::find_if(state->properties.begin(), state->properties.end(),

@@ -3,7 +3,6 @@
 #include <array>
 #include <vector>
 
-#include "base/load_state.h"
 #include "base/path.h"
 #include "platform/msi.h"
 #include "runtime/session.h"
@@ -22,7 +21,7 @@ struct State {
   ValueList valueList;
   std::array<std::string, kKeptNames.size()> kept;
 };
-LoadState<State> state;
+constinit LoadState<State> state;
 
 UINT Fail(const char *name, UINT code, Note note) {
   note("***msiGetProperty('%s') failed (%d)", name, code);
@@ -48,9 +47,7 @@ UINT ReadTable(const char *name, std::string &value, DWORD length, Note note) {
 
 }  // namespace
 
-void BeginPropertySource() { state.Begin(); }
-
-void EndPropertySource() { state.End(); }
+constinit LoadStateEntry &propertySourceState = state;
 
 UINT ReadProperty(const char *name, std::string &value, DWORD length, Note note) {
   return InDeferredMode() ? ReadDeferredProperty(name, value, length, note) : ReadTable(name, value, length, note);

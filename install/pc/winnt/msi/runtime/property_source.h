@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "base/load_state.h"
 #include "base/note.h"
 #include "platform/win32.h"
 
@@ -18,8 +19,7 @@ constexpr DWORD kCounterLength = 32;
 constexpr DWORD kLongLength = 516;
 constexpr DWORD kNameListLength = 2048;
 
-void BeginPropertySource();
-void EndPropertySource();
+extern LoadStateEntry &propertySourceState;
 
 /// Reads a property from the source of the running phase. A property that is not there is no error and gives the empty
 /// text. Returns ERROR_SUCCESS, or ERROR_INSTALL_FAILURE with `value` empty.

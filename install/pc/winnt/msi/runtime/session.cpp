@@ -3,8 +3,6 @@
 #include <array>
 #include <optional>
 
-#include "base/load_state.h"
-
 namespace zqv {
 
 namespace {
@@ -13,13 +11,11 @@ struct State {
   SessionState session;
   std::array<std::optional<bool>, MSIRUNMODE_COMMIT + 1> runModes;
 };
-LoadState<State> state;
+constinit LoadState<State> state;
 
 }  // namespace
 
-void BeginSession() { state.Begin(); }
-
-void EndSession() { state.End(); }
+constinit LoadStateEntry &sessionState = state;
 
 SessionState &Session() { return state->session; }
 

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "base/load_state.h"
 #include "platform/msi.h"
 
 namespace zqv {
@@ -16,8 +17,7 @@ struct SessionState {
   bool messageShown = false;   ///< an error message has been shown since the top-level action began
 };
 
-void BeginSession();
-void EndSession();
+extern LoadStateEntry &sessionState;
 
 SessionState &Session();
 

@@ -1,6 +1,7 @@
 #include "zqviwicn/load.h"
 
-#include <iterator>
+#include <array>
+#include <new>
 
 #include "features/answers/response_file.h"
 #include "features/answers/response_property.h"
@@ -21,41 +22,54 @@ namespace zqv {
 
 namespace {
 
-struct Module {
-  void (*begin)();
-  void (*end)();
-};
-
 /// Lower modules come first.
-constexpr Module kModules[] = {
-    {BeginSession, EndSession},
-    {BeginPropertySource, EndPropertySource},
-    {BeginLog, EndLog},
-    {BeginPathProperties, EndPathProperties},
-    {BeginMessages, EndMessages},
-    {BeginResponseFile, EndResponseFile},
-    {BeginResponseProperties, EndResponseProperties},
-    {BeginComponents, EndComponents},
-    {BeginProducts, EndProducts},
-    {BeginInstallLevel, EndInstallLevel},
-    {BeginPreviousInstallation, EndPreviousInstallation},
-    {BeginFeatureOptions, EndFeatureOptions},
-    {BeginDocumentationScan, EndDocumentationScan},
-    {BeginFrame, EndFrame},
-};
+auto States() {
+  return std::array{&sessionState,
+                    &propertySourceState,
+                    &logState,
+                    &pathPropertyState,
+                    &messageState,
+                    &responseFileState,
+                    &responsePropertyState,
+                    &componentState,
+                    &productState,
+                    &installLevelState,
+                    &previousInstallationState,
+                    &featureOptionState,
+                    &documentationScanState,
+                    &frameState};
+}
+
+std::size_t begun = 0;  ///< how many of them there are now
 
 }  // namespace
 
-void Load() {
-  for (const Module &module : kModules) {
-    module.begin();
+bool Load() noexcept {
+  const auto states = States();
+  try {
+    for (; begun < states.size(); ++begun) {
+      states[begun]->Begin();
+    }
+  } catch (const std::bad_alloc &) {
+    Unload();
+    return false;
+  }
+  return true;
+}
+
+void Unload() noexcept {
+  const auto states = States();
+  while (begun > 0) {
+    states[--begun]->End();
   }
 }
 
-void Unload() {
-  for (auto module = std::rbegin(kModules); module != std::rend(kModules); ++module) {
-    module->end();
+void UnloadAtProcessEnd() noexcept {
+  const auto states = States();
+  for (std::size_t at = 0; at < begun; ++at) {
+    states[at]->Abandon();
   }
+  Unload();
 }
 
 }  // namespace zqv

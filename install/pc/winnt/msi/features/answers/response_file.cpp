@@ -7,7 +7,6 @@
 #include <unordered_map>
 #include <utility>
 
-#include "base/load_state.h"
 #include "base/pair_list.h"
 #include "base/text.h"
 #include "platform/c_file.h"
@@ -35,7 +34,7 @@ struct State {
   /// Without and with regard to the keywords' case. Each is made at its first look-up.
   std::array<Index, 2> indexes;
 };
-LoadState<State> state;
+constinit LoadState<State> state;
 
 bool AddStanza(std::string_view name) {
   state->stanzas.push_front({std::string(name), {}});
@@ -148,9 +147,7 @@ Index MakeIndex(bool exactCase) {
 
 }  // namespace
 
-void BeginResponseFile() { state.Begin(); }
-
-void EndResponseFile() { state.End(); }
+constinit LoadStateEntry &responseFileState = state;
 
 int iwiReadResponseFile(const std::string &path) {
   if (!state->stanzas.empty()) {

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "base/load_state.h"
+
 namespace zqv {
 
 /// Response files: the answers of an unattended installation, as stanzas of keyword lines in a text file.
@@ -15,8 +17,7 @@ namespace zqv {
 /// expanded from the environment. A switch such as /q or -q gives the keyword "-q" and the rest of the line as its
 /// value. A line has 515 characters at the most; a longer one counts as several.
 
-void BeginResponseFile();
-void EndResponseFile();
+extern LoadStateEntry &responseFileState;
 
 /// Loads a response file, once a load: when stanzas are loaded already nothing is done, and the answer is 1. Returns 1
 /// when every line was good. Otherwise 0: each bad line is logged and dropped, and the good ones are loaded; a file

@@ -1,6 +1,5 @@
 #include "features/answers/response_property.h"
 
-#include "base/load_state.h"
 #include "features/answers/response_file.h"
 #include "runtime/log.h"
 #include "runtime/message.h"
@@ -16,7 +15,7 @@ struct State {
   std::string path;  ///< USEINI, once read
   bool noResponseFile = false;
 };
-LoadState<State> state;
+constinit LoadState<State> state;
 
 void ShowUnreadable(const std::string &path) {
   std::string format;
@@ -30,9 +29,7 @@ void ShowUnreadable(const std::string &path) {
 
 }  // namespace
 
-void BeginResponseProperties() { state.Begin(); }
-
-void EndResponseProperties() { state.End(); }
+constinit LoadStateEntry &responsePropertyState = state;
 
 UINT GetPropertyWithResponse(const char *name, std::string &value, bool *fromResponse, DWORD length) {
   value.clear();

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "base/load_state.h"
 #include "platform/win32.h"
 #include "runtime/property_source.h"
 
@@ -9,8 +10,7 @@ namespace zqv {
 
 /// Properties that a user may set on the command line or in a response file.
 
-void BeginResponseProperties();
-void EndResponseProperties();
+extern LoadStateEntry &responsePropertyState;
 
 /// Reads a property; where the property table has nothing, the stanza "Response" of the response file that USEINI names
 /// is asked, whatever the case of its keywords. `fromResponse`, when given, tells whether the response file supplied

@@ -2,7 +2,6 @@
 
 #include <string>
 
-#include "base/load_state.h"
 #include "base/text.h"
 #include "init/primary/feature_lists.h"
 #include "init/primary/sections.h"
@@ -15,13 +14,11 @@ namespace {
 constexpr int kNewestWithoutAmus = 400;  // VersionNT of Windows NT 4
 
 /// REMOVE, read once a load.
-LoadState<std::string> removal;
+constinit LoadState<std::string> removal;
 
 }  // namespace
 
-void BeginFeatureOptions() { removal.Begin(); }
-
-void EndFeatureOptions() { removal.End(); }
+constinit LoadStateEntry &featureOptionState = removal;
 
 UINT PublishRemoval(Facts & /*facts*/) {
   if (removal->empty() && GetProperty("REMOVE", *removal, kNameListLength) != ERROR_SUCCESS) {

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "base/load_state.h"
+
 namespace zqv {
 
-void BeginFeatureOptions();
-void EndFeatureOptions();
+extern LoadStateEntry &featureOptionState;
 
 }  // namespace zqv

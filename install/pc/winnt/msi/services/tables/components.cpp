@@ -1,6 +1,5 @@
 #include "services/tables/components.h"
 
-#include "base/load_state.h"
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
 #include "runtime/session.h"
@@ -13,7 +12,7 @@ namespace {
 struct State {
   std::string found;
 };
-LoadState<State> state;
+constinit LoadState<State> state;
 
 /// False when `row` is the component that is looked for.
 bool PassOver(MSIHANDLE row) {
@@ -36,9 +35,7 @@ bool PassOver(MSIHANDLE row) {
 
 }  // namespace
 
-void BeginComponents() { state.Begin(); }
-
-void EndComponents() { state.End(); }
+constinit LoadStateEntry &componentState = state;
 
 const std::string &iwiFindLocalComponent(const std::string &otherwise) {
   if (state->found.empty()) {

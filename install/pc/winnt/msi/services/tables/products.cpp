@@ -2,7 +2,6 @@
 
 #include <string_view>
 
-#include "base/load_state.h"
 #include "base/text.h"
 #include "platform/msi.h"
 #include "runtime/log.h"
@@ -34,7 +33,7 @@ struct State {
   std::string upgradeCode;
   std::string version;
 };
-LoadState<State> state;
+constinit LoadState<State> state;
 
 UINT Fill(const char *name, std::string &kept) {
   return kept.empty() ? GetProperty(name, kept) : static_cast<UINT>(ERROR_SUCCESS);
@@ -46,9 +45,7 @@ const char *NameOf(const ProductData &entry, int type) {
 
 }  // namespace
 
-void BeginProducts() { state.Begin(); }
-
-void EndProducts() { state.End(); }
+constinit LoadStateEntry &productState = state;
 
 UINT iwiFindRelatedProduct(const std::string &upgradeCode, std::string &product) {
   Log("Searching for upgrade code '%s'", upgradeCode.c_str());

@@ -2,14 +2,14 @@
 
 #include <string>
 
+#include "base/load_state.h"
 #include "platform/win32.h"
 
 namespace zqv {
 
 /// The package's own identity, and the products that are installed already.
 
-void BeginProducts();
-void EndProducts();
+extern LoadStateEntry &productState;
 
 /// Finds an installed product of the upgrade code: `product` gets its product code, or is empty when there is none. A
 /// product whose name cannot be read does not count as installed. Always ERROR_SUCCESS.
