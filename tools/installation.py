@@ -4,6 +4,7 @@ import os
 import re
 import shutil
 import subprocess
+import tempfile
 from dataclasses import dataclass
 from pathlib import Path
 
@@ -24,13 +25,25 @@ class Package:
         self.path = Path(path).resolve()
         self.properties = {row["Property"]: row["Value"] for row in self.table("Property")}
 
+    def tables(self):
+        """The names of the tables."""
+        names = self.read("tables").splitlines()
+        return [name for name in names if name not in ("_SummaryInformation", "_ForceCodepage")]
+
+    def columns(self, name):
+        """The names of a table's columns."""
+        return self.read("export", name).splitlines()[0].split("\t")
+
     def table(self, name):
         """The rows of a table, each a dictionary of texts."""
-        lines = subprocess.run(
-            ["msiinfo", "export", self.path, name], check=True, capture_output=True, text=True
-        ).stdout.splitlines()
-        columns = lines[0].split("\t")
-        return [dict(zip(columns, line.split("\t"))) for line in lines[3:]]
+        columns = self.columns(name)
+        return [dict(zip(columns, line.split("\t"))) for line in self.read("export", name).splitlines()[3:]]
+
+    def read(self, command, *names):
+        """What msiinfo prints. It leaves a table's streams in the current folder."""
+        call = ["msiinfo", command, self.path, *names]
+        with tempfile.TemporaryDirectory() as folder:
+            return subprocess.run(call, check=True, capture_output=True, text=True, cwd=folder).stdout
 
     def files(self):
         """Paths below drive C of the files that an installation without further options brings, with their sizes."""
@@ -59,9 +72,10 @@ class Package:
             subprocess.run(["msibuild", path, "-q", query], check=True)
         return Package(path)
 
-    def actions(self, first, more=()):
+    def actions(self, first, more=(), removal=False):
         """The phase of each action of the library that runs in a successful first installation, or in another one or a
         removal: of those that always do, and of `more`, whose conditions hold."""
+        holds = {"": True, "NOT Installed": first, 'NOT REMOVE~="ALL"': not removal}
         types = {row["Action"]: int(row["Type"]) for row in self.table("CustomAction")}
         rows = sorted(self.table("InstallExecuteSequence"), key=lambda row: int(row["Sequence"]))
         phases = {}
@@ -69,8 +83,7 @@ class Package:
             kind = types.get(row["Action"], 0)
             if kind & SOURCE_MASK != FROM_LIBRARY or int(row["Sequence"]) < 0:
                 continue
-            always = not row["Condition"] or first and row["Condition"] == "NOT Installed"
-            if not always and row["Action"] not in more:
+            if not holds.get(row["Condition"], False) and row["Action"] not in more:
                 continue
             if not kind & DEFERRED:
                 phases[row["Action"]] = "immediate"
@@ -142,11 +155,11 @@ class Machine:
             subprocess.run(self.command("wineserver", "--kill"), timeout=60, stdin=subprocess.DEVNULL)
             raise RuntimeError(f"no end of {command}") from error
 
-    def msiexec(self, verb, package, folder, *options):
-        """A silent installation (verb /i) or removal (/x) that writes its log to `folder`."""
+    def msiexec(self, verb, package, folder, *options, level="/qn"):
+        """An installation (verb /i) or removal (/x), silent but for another level, that writes its log to `folder`."""
         log = self.drive / folder / "msiexec.log"
         log.unlink(missing_ok=True)
-        status = self.wine("wine", "msiexec", verb, package, "/qn", "/l*v", rf"C:\{folder}\msiexec.log", *options)
+        status = self.wine("wine", "msiexec", verb, package, level, "/l*v", rf"C:\{folder}\msiexec.log", *options)
         return Run(verb, status, read_text(log))
 
     def fresh_folder(self, name):

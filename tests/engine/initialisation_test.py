@@ -94,7 +94,7 @@ class Initialisation(unittest.TestCase):
             of = self.variant(*queries, *([language("j")] if code == TEST else []))
             lines, found = self.install(of)
             self.assertLessEqual(expected.items(), found.items())
-            self.assertEqual(found["ZQVVRMF"], "6.0.0.0")
+            self.assertEqual(found["ZQVVRMF"], "6.0.2.0")
             self.assertRegex(found["ZQVBUILDDATE"], r"^Packaged on [A-Z][a-z]{2} \d\d \d{4} at \d\d:\d\d; version [\d.]+$")
             self.assertEqual("ZQVSNAPSERVICES" in found, code != CLIENT)
             self.assertEqual("TEST EXECUTION" in lines, code == TEST)

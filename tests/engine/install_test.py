@@ -19,6 +19,7 @@ FOLDER = "install_test"
 TEMP = rf"C:\{FOLDER}"
 NUMBER = "0001"  # of a fresh folder
 UNKNOWN_PRODUCT = 1605 & 0xFF
+LATER = "{11111111-2222-4333-8444-555555555555}"  # the product code of a later version
 GENERIC_FAILURE = "2041"
 
 
@@ -27,34 +28,43 @@ class Installation(unittest.TestCase):
 
     def setUp(self):
         # A test that was cut short may have left the product.
-        if machine.product_files():
-            self.remove()
+        self.clear()
         self.folder = machine.fresh_folder(FOLDER)
         self.assertEqual(machine.product_files(), {})
 
     def tearDown(self):
-        if machine.product_files():
-            self.remove()
+        self.clear()
         shutil.rmtree(self.folder)
 
-    def install(self, *options):
-        return self.msiexec("/i", *options)
+    def clear(self):
+        """Takes away whatever is installed."""
+        if machine.product_files():
+            self.remove()
+        if machine.product_files():
+            machine.wine("wine", "msiexec", "/x", LATER, "/qn")
+
+    def install(self, *options, **more):
+        return self.msiexec("/i", *options, **more)
 
     def remove(self, *options):
         (machine.drive / FOLDER).mkdir(exist_ok=True)
         return self.msiexec("/x", *options)
 
-    def msiexec(self, verb, *options):
+    def msiexec(self, verb, *options, **more):
         own = (f"ZQVTEMP={TEMP}", "QVNOSTOP=1")
-        return machine.msiexec(verb, self.package.path, FOLDER, *own, *options)
+        return machine.msiexec(verb, self.package.path, FOLDER, *own, *options, **more)
 
     def read(self, name):
         return read_text(self.folder / name).splitlines()
 
+    def actions(self, run):
+        """Those that always run in a first installation, or in a removal."""
+        return self.package.actions(run.verb == "/i", removal=run.verb == "/x")
+
     def expect_actions(self, run, *more):
         """Every unconditional action, and those of `more`, ran once and in order, and gave 0."""
         ran = [(outcome.action, outcome.value, outcome.results) for outcome in run.outcomes() if outcome.results]
-        self.assertCountEqual(ran, [(action, 1, [0]) for action in (*self.package.actions(run.verb == "/i"), *more)])
+        self.assertCountEqual(ran, [(action, 1, [0]) for action in (*self.actions(run), *more)])
 
     def expect_rolled_back(self, run, status):
         self.assertEqual(run.status, status)
@@ -71,7 +81,7 @@ class Success(Installation):
             self.expect_actions(run)
             self.assertEqual(machine.product_files(), files)
             lines = self.read(f"new/{step.__name__}.log")
-            self.assertEqual(trace_problems(lines, len(self.package.actions(run.verb == "/i"))), [])
+            self.assertEqual(trace_problems(lines, len(self.actions(run))), [])
             # What deferred actions log, they know from the value list alone.
             deferred = "; from CustomActionData"
             for mode in ("MSIRUNMODE_SCHEDULED", "MSIRUNMODE_COMMIT"):
@@ -205,7 +215,7 @@ class Services(Installation):
         self.assertEqual(run.status, 0)
         self.expect_actions(run)
         lines = self.read("zqvt0001.log")
-        self.assertEqual(trace_problems(lines, len(self.package.actions(run.verb == "/i"))), [])
+        self.assertEqual(trace_problems(lines, len(self.actions(run))), [])
         (self.folder / "zqvt0001.log").unlink()
         return texts(lines)
 
@@ -239,6 +249,35 @@ class Services(Installation):
         files = [rf"file: '{tree}\a.txt'", rf"file: '{tree}\sub\b.txt'", rf"file: '{tree}\sub\deep\c.txt'"]
         folders = [rf"path: '{tree}\sub\deep'", rf"path: '{tree}\sub'", rf"path: '{tree}'"]
         self.assertEqual(deleted, files + folders)
+
+
+class Replacement(Installation):
+    """A later version with a product code of its own."""
+
+    def test_a_later_version_replaces_this_one_and_stays(self):
+        # The engine hands a product that gives way nothing of the command line.
+        insert = "INSERT INTO `Property` (`Property`, `Value`) VALUES ('%s', '%s')"
+        own = [insert % ("QVNOSTOP", "1"), insert % ("ZQVTEMP", TEMP)]
+        this = self.package.variant(self.folder / "this.msi", *own)
+        update = "UPDATE `Property` SET `Value`='%s' WHERE `Property`='%s'"
+        own += [update % (LATER, "ProductCode"), update % ("6.0.3", "ProductVersion")]
+        # Limits are part of the key.
+        columns, row = "`UpgradeCode`, `VersionMax`, `Attributes`, `ActionProperty`", "'6.0.3', 0, 'QVOLDER'"
+        code = self.package.properties["UpgradeCode"]
+        own += ["DELETE FROM `Upgrade`", f"INSERT INTO `Upgrade` ({columns}) VALUES ('{code}', {row})"]
+        later = self.package.variant(self.folder / "later.msi", *own)
+        for package in (this, later):
+            self.assertEqual(machine.msiexec("/i", package.path, FOLDER).status, 0)
+            self.assertEqual(machine.product_files(), self.package.files())
+        # The earlier version's own removal has its trace log between the two.
+        removal = texts(self.read("zqvt0003.log"))
+        self.assertIn("iwiInstallInitPri: Property 'ZQVREMOVE' value set to '1'", removal)
+        self.assertEqual(removal[-1], "iwiUnSetTempLogPath: Returning with rc 0")
+        run = machine.msiexec("/i", this.path, FOLDER)
+        self.assertEqual((run.status, machine.product_files()), (FAILED, self.package.files()))
+        codes = (self.package.properties["ProductCode"], LATER)
+        removed = [machine.wine("wine", "msiexec", "/x", code, "/qn") for code in codes]
+        self.assertEqual((removed, machine.product_files()), ([UNKNOWN_PRODUCT, 0], {}))
 
 
 class ResponseFiles(Installation):

@@ -15,6 +15,8 @@ SOURCES = ROOT / "install/pc/winnt/msi"
 sys.path.insert(0, str(ROOT / "tools"))
 from installation import Package, read_text
 
+SHORT_NAME = r"[\w~$-]{1,8}(\.[\w~$-]{1,3})?"
+
 
 class Agreement(unittest.TestCase):
     def test_features(self):
@@ -36,6 +38,63 @@ class Agreement(unittest.TestCase):
         sample = read_text(build / "sample.ini")
         self.assertEqual(set(re.findall(r"^;?([A-Z]+)=", sample, re.MULTILINE)), known)
         self.assertEqual(re.findall(r"^\[(.*)\]", sample, re.MULTILINE), ["Response"])
+
+    def test_level(self):
+        _, _, modification = package.properties["ProductVersion"].split(".")
+        self.assertEqual(package.properties["ZQVSERVICESHIPLEVEL"], f"{modification}.0")
+        limits = [row["VersionMin"] or row["VersionMax"] for row in package.table("Upgrade")]
+        self.assertEqual(limits, [package.properties["ProductVersion"]] * 2)
+
+    def test_components(self):
+        """Each program is a component's key path."""
+        keys = {row["KeyPath"] for row in package.table("Component")}
+        self.assertEqual([row["File"] for row in package.table("File") if row["File"] not in keys], [])
+
+
+class Validity(unittest.TestCase):
+    """The package's tables against its _Validation table."""
+
+    categories = {
+        "Identifier": r"[A-Za-z_][\w.]*",
+        "UpperCase": r"[A-Z_][A-Z0-9_.]*",
+        "Guid": r"\{[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\}",
+        "Filename": SHORT_NAME + r"(\|.+)?",
+        "DefaultDir": rf"(\.|SourceDir|{SHORT_NAME}(\|.+)?)",
+    }
+
+    def problem(self, rule, value):
+        """What is wrong with a value; None when it is as it should be."""
+        if not value:
+            return None if rule["Nullable"] == "Y" else "empty"
+        if rule["Set"] and value not in rule["Set"].split(";"):
+            return "not in the set"
+        if rule["MinValue"] and not int(rule["MinValue"]) <= int(value) <= int(rule["MaxValue"]):
+            return "out of range"
+        if rule["KeyTable"] and not any(value in self.keys.get(table, ()) for table in rule["KeyTable"].split(";")):
+            return "no such row" if rule["Category"] != "Version" else None
+        pattern = self.categories.get(rule["Category"])
+        return None if pattern is None or re.fullmatch(pattern, value) else f"no {rule['Category']}"
+
+    def test_tables(self):
+        rules = package.table("_Validation")
+        tables = {rule["Table"]: package.table(rule["Table"]) for rule in rules}
+        self.keys = {name: {next(iter(row.values())) for row in rows} for name, rows in tables.items()}
+        self.assertEqual(set(tables), set(package.tables()))
+        for name in tables:
+            columns = [rule["Column"] for rule in rules if rule["Table"] == name]
+            self.assertCountEqual(columns, package.columns(name), name)
+        wrong = [
+            (rule["Table"], rule["Column"], row[rule["Column"]], self.problem(rule, row[rule["Column"]]))
+            for rule in rules
+            for row in tables[rule["Table"]]
+        ]
+        self.assertEqual([entry for entry in wrong if entry[3]], [])
+
+    def test_short_names(self):
+        """Within a folder no two files have one short name."""
+        homes = {row["Component"]: row["Directory_"] for row in package.table("Component")}
+        names = [(homes[row["Component_"]], row["FileName"].split("|")[0].upper()) for row in package.table("File")]
+        self.assertEqual(len(set(names)), len(names))
 
 
 if __name__ == "__main__":
