@@ -143,6 +143,15 @@ class Success(Installation):
         left = ["QVSeries.ini", f"zqvp{NUMBER}.txt", f"zqvl{NUMBER}.dll", f"zqvg{NUMBER}.dll"]
         self.assertCountEqual([path.name for path in self.folder.iterdir()], [*left, "msiexec.log"])
 
+    def test_the_default_temporary_folder_is_protected(self):
+        common = machine.drive / "Program Files/Common Files"
+        before = set(common.iterdir())
+        self.addCleanup(lambda: [path.unlink() for path in set(common.iterdir()) - before])
+        for level, place in (("/qn", r"C:\Program Files\Common Files"), ("/qb", "C:\\users\\")):
+            run = self.install("ZQVTEMP=", level=level)
+            self.assertEqual(run.status, 0)
+            self.assertRegex(run.log, rf"'ZQVTEMPLOGPATH' value set to '{re.escape(place)}.*zqvg\d{{4}}\.txt'")
+
     def test_pause(self):
         run = self.install("QVPAUSE=1")
         self.assertEqual(run.status, 0)
@@ -174,6 +183,14 @@ class Failure(Installation):
         self.assertIn("iwiUserExit: Returning with rc 1602", lines)
         self.assertEqual(lines[-1], "iwiUnSetTempLogPath: Returning with rc 0")
         self.assertFalse([line for line in lines if " MB " in line or "***" in line])
+
+    def test_the_user_interface_sequence_folds_its_log_away(self):
+        for option, status in (("QVFAIL=1", FAILED), ("QVUSEREXIT=1", CANCELLED)):
+            self.expect_rolled_back(self.install(option, level="/qf"), status)
+            log = self.folder / "zqvt0001.log"
+            self.assertEqual(texts(self.read(log.name))[-1], "iwiUnSetTempLogPath: Returning with rc 0")
+            self.assertEqual(list(self.folder.glob("zqvg*.txt")), [])
+            log.unlink()
 
     def test_rollback(self):
         run = self.install("QVFAILDEFERRED=1")
@@ -328,6 +345,22 @@ class ResponseFiles(Installation):
         self.remove("QVNOSTOP=1")
         (self.folder / "zqvt0001.log").unlink()
         self.assertLessEqual(given.items(), self.install_from(self.folder / "saved.ini").items())
+
+    def test_answers_are_written_but_for_a_removal(self):
+        default = self.folder / "QVSeries.ini"
+        self.install()
+        answers = default.read_bytes()
+        self.assertIn(b'\r\nADDLOCAL="Base,', answers)
+        self.assertEqual(self.install("ONLYINI=1", rf"SAVEINI={TEMP}\more.ini").status, CANCELLED)
+        self.assertEqual((self.folder / "more.ini").read_bytes(), answers)
+        self.assertEqual(self.install("REINSTALL=ALL").status, 0)
+        self.assertEqual(default.read_bytes(), answers)
+        # A removal takes away the file that it has emptied, and no other one.
+        self.assertEqual(self.remove(rf"SAVEINI={TEMP}\more.ini").status, 0)
+        self.assertEqual(default.read_bytes(), answers)
+        self.install()
+        self.assertEqual(self.remove().status, 0)
+        self.assertFalse(default.exists())
 
     def test_the_sample_response_file(self):
         self.assertIn("STARTSERVICE", self.install_from(build / "sample.ini"))

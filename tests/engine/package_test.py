@@ -16,6 +16,8 @@ sys.path.insert(0, str(ROOT / "tools"))
 from installation import Package, read_text
 
 SHORT_NAME = r"[\w~$-]{1,8}(\.[\w~$-]{1,3})?"
+FIRST_ONLY_PROPERTY = 51 + 256
+FEATURE_LISTS = {"ADDLOCAL", "REMOVE", "ADDSOURCE", "ADDDEFAULT", "REINSTALL", "ADVERTISE"}  # the engine's own
 
 
 class Agreement(unittest.TestCase):
@@ -44,6 +46,19 @@ class Agreement(unittest.TestCase):
         sample = read_text(build / "sample.ini")
         self.assertCountEqual(re.findall(r"^;?([A-Z]+)=", sample, re.MULTILINE), set(self.answers()))
         self.assertEqual(re.findall(r"^\[(.*)\]", sample, re.MULTILINE), ["Response"])
+
+    def test_what_is_handed_to_an_elevated_installation(self):
+        secure = package.properties["SecureCustomProperties"].split(";")
+        self.assertEqual(len(secure), len(set(secure)))
+        # Whoever sets one of these has a library loaded.
+        self.assertFalse({"ZQVEXTCA60000", "ZQVTEMP", "ZQVPREVPGM"} & set(secure))
+        # What only the user-interface sequence finds out would be lost otherwise.
+        first = [row["Source"] for row in package.table("CustomAction") if int(row["Type"]) == FIRST_ONLY_PROPERTY]
+        related = [row["ActionProperty"] for row in package.table("Upgrade")]
+        self.assertLessEqual({*first, *related, *self.answers()} - FEATURE_LISTS, set(secure))
+        searched = {row["Property"] for row in package.table("AppSearch")}
+        self.assertEqual(searched & set(secure), set())
+        self.assertNotIn("AppSearch", [row["Action"] for row in package.table("InstallUISequence")])
 
     def test_level(self):
         _, _, modification = package.properties["ProductVersion"].split(".")
