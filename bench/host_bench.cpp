@@ -93,7 +93,7 @@ void AddValueLists(int entries) {
   // Another entry each time, all over the list.
   const auto name = [=] { return NameOf(*next = (*next + 7919) % entries); };
   const Work write = [=] { Restart().WriteFile(kList, *text); };
-  const Work load = [=] { Expect(list->Load(kList.c_str(), Ignore) == ERROR_SUCCESS); };
+  const Work load = [=] { Expect(list->Load(kList.c_str(), Ignore)); };
   const Work prepare = [=] {
     write();
     load();
@@ -125,8 +125,7 @@ void AddResponseFiles(int lines) {
     responseFileState.End();
     responseFileState.Begin();
     std::string value;
-    iwiReadResponseFile(kResponses);
-    iwiGetResponseValue(false, "response", "zqvproperty7", value);
+    Expect(iwiReadResponseFile(kResponses) && iwiGetResponseValue(false, "response", "zqvproperty7", value));
     Expect(value == "C:\\Program Files\\7");
   };
   AddPair(name + "an fgets loop", prepare, read,
@@ -239,7 +238,7 @@ int main(int argc, char **argv) {
       "calls, a property read" + floor,
       [] {
         std::string value;
-        GetProperty("ZQVPRODUCT", value);
+        Expect(GetProperty("ZQVPRODUCT", value));
       },
       [] {
         char value[260];
@@ -250,7 +249,7 @@ int main(int argc, char **argv) {
       "calls, a row of 5 fields" + floor,
       [] {
         const FieldValue values[] = {"key", "component", "file", "folder", 3};
-        iwiAddTableRow({"RemoveFile", 1U << 4, values});
+        Expect(iwiAddTableRow({"RemoveFile", 1U << 4, values}) == ERROR_SUCCESS);
       },
       [] {
         BareInsert(kSession, "SELECT * FROM RemoveFile", {"key", "component", "file", "folder"}, 3);

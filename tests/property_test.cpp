@@ -14,8 +14,7 @@ class PropertyTest : public LibraryTest {
  protected:
   std::string Read(const char *name) {
     std::string value = "junk";
-    const UINT result = GetProperty(name, value);
-    return result == 0 ? value : Format("%u:%s", result, value.c_str());
+    return GetProperty(name, value) ? value : "failed:" + value;
   }
 
   /// Runs what follows as a deferred action whose value list holds `list`.
@@ -40,7 +39,7 @@ TEST_F(PropertyTest, ValueListEntriesAreWalkedAsTheyAlwaysWere) {
       {"A=1;;B=2;D=3;", "D", "3"},
       {"A=\xE4\xFF;", "A", "\xE4\xFF"},
       {std::string(1000, '\0') + "A=1;", "A", ""},
-      {"A=" + std::string(260, 'x') + ";", "A", "1603:"},
+      {"A=" + std::string(260, 'x') + ";", "A", "failed:"},
       {"A=;B=" + std::string(259, 'y') + ";" + std::string(1000000, 'z'), "B", std::string(259, 'y')}};
   for (const auto &[list, name, value] : cases) {
     Defer(list);
@@ -49,7 +48,7 @@ TEST_F(PropertyTest, ValueListEntriesAreWalkedAsTheyAlwaysWere) {
   Defer("A=;");
   EXPECT_EQ(Read("A"), "");
   EXPECT_EQ(Read("Z"), "");
-  EXPECT_EQ(SetProperty("A", "v"), 0u);
+  EXPECT_TRUE(SetProperty("A", "v"));
   EXPECT_EQ(Lines(), "Property 'CustomActionData' value '" + kList +
                          "' from property table\nSize of value list is 3\n"
                          "Property 'A' value ''; from CustomActionData\n"
@@ -60,11 +59,11 @@ TEST_F(PropertyTest, ValueListEntriesAreWalkedAsTheyAlwaysWere) {
 TEST_F(PropertyTest, AValueListIsLoadedOnceAndTriedAgainAfterAFailure) {
   Defer("A=1;");
   world.held.insert(kList);
-  EXPECT_EQ(Read("A"), "1603:");
+  EXPECT_EQ(Read("A"), "failed:");
   world.held.clear();
   world.WriteFile(kList, "");
   std::string value;
-  EXPECT_EQ(CadGetProperty("A", value), 0u);
+  EXPECT_TRUE(CadGetProperty("A", value));
   world.WriteFile(kList, "A=2;");
   EXPECT_EQ(Read("A"), "");
   const std::string asked = "Property 'CustomActionData' value '" + kList + "' from property table\n",
@@ -80,7 +79,7 @@ TEST_F(PropertyTest, TheResponseFileAnswersWhatTheTableDoesNotOrItsFailureIsShow
        {std::tuple("KEEPQMDATA", "table", false), {"PGMFOLDER", " C:\\x", true}, {"NOWHERE", "", false}}) {
     std::string read;
     bool fromResponse = !response;
-    EXPECT_EQ(GetPropertyWithResponse(name, read, &fromResponse), 0u);
+    EXPECT_TRUE(GetPropertyWithResponse(name, read, &fromResponse));
     EXPECT_EQ(std::pair(read, fromResponse), std::pair(std::string(value), response));
   }
   ExpectInLog({"Property 'PGMFOLDER', value ' C:\\x' from response file\n",
@@ -91,7 +90,7 @@ TEST_F(PropertyTest, TheResponseFileAnswersWhatTheTableDoesNotOrItsFailureIsShow
   world.properties["USEINI"] = "C:\\temp\\none.ini";
   world.modules["C:\\temp\\zqvl0007.dll"].strings = {{2034, "Cannot read %1."}};
   std::string value;
-  EXPECT_EQ(GetPropertyWithResponse("PGMFOLDER", value), 1603u);
+  EXPECT_FALSE(GetPropertyWithResponse("PGMFOLDER", value));
   EXPECT_EQ(world.boxes.at(0).text + world.boxes[0].caption, "Cannot read C:\\temp\\none.ini.Korvex Vantrel QV");
 }
 
@@ -163,9 +162,9 @@ TEST_F(MessageTest, TheSeverityComesFromTheIcon) {
 
 TEST_F(MessageTest, InsertsAreFilledOrTheFormatIsGiven) {
   std::string text;
-  EXPECT_EQ(FormatInserts(text, "%2 %1 %4%5 100%%", "a", "b", "c", "d"), 1);
+  EXPECT_TRUE(FormatInserts(text, "%2 %1 %4%5 100%%", "a", "b", "c", "d"));
   EXPECT_EQ(text, "b a d 100%");
-  EXPECT_EQ(FormatInserts(text, "%1%1", std::string(300, 'x').c_str()), 0);
+  EXPECT_FALSE(FormatInserts(text, "%1%1", std::string(300, 'x').c_str()));
   EXPECT_EQ(text, "%1%1");
   EXPECT_EQ(Lines(), "***Error 122 from FormatMessage(), '%1%1'\n");
 }

@@ -62,16 +62,16 @@ class RunningTest : public LibraryTest {
 
 TEST_F(RunningTest, AFileInUseIsOneThatCannotBeSharedAndIsNoLongerReadOnly) {
   world.Attributes(Bin("zqvsvc.exe")) = FILE_ATTRIBUTE_READONLY;
-  EXPECT_EQ(iwiIsFileInUse(Bin("zqvsvc.exe")), 0);
+  EXPECT_FALSE(iwiIsFileInUse(Bin("zqvsvc.exe")));
   EXPECT_EQ(world.Attributes(Bin("zqvsvc.exe")) & FILE_ATTRIBUTE_READONLY, 0u);
-  EXPECT_EQ(iwiIsFileInUse(Bin("none.exe")), 0);
+  EXPECT_FALSE(iwiIsFileInUse(Bin("none.exe")));
   world.held.insert(Bin("zqvsvc.exe"));
-  EXPECT_EQ(iwiIsFileInUse(Bin("zqvsvc.exe")), 1);
+  EXPECT_TRUE(iwiIsFileInUse(Bin("zqvsvc.exe")));
   world.failCall = {"GetFileAttributesA", 0, 5};
-  EXPECT_EQ(iwiIsFileInUse(Bin("zqvsvc.exe")), 1);
+  EXPECT_TRUE(iwiIsFileInUse(Bin("zqvsvc.exe")));
   world.failCall = {"SetFileAttributesA", 0, 5};
   world.Attributes(Bin("zqvsvc.exe")) = FILE_ATTRIBUTE_READONLY;
-  EXPECT_EQ(iwiIsFileInUse(Bin("zqvsvc.exe")), 0);  // access is denied before sharing matters
+  EXPECT_FALSE(iwiIsFileInUse(Bin("zqvsvc.exe")));  // access is denied before sharing matters
   EXPECT_EQ(Lines(),
             "'C:\\qv\\bin\\zqvsvc.exe' is not in use\n"
             "'C:\\qv\\bin\\none.exe' is not in use\n"
@@ -139,20 +139,20 @@ TEST_F(RunningTest, AStopRequestGoesToActiveServicesAndItsFailuresHaveTheirLines
                                    {1051u, "***Error 1051 stopping service 's'"}}) {
     world.failCall = {"ControlService", 0, code};
     world.installerLog.clear();
-    EXPECT_EQ(iwiStopService(false, false, nullptr, "s"), 0);
+    EXPECT_FALSE(iwiStopService(false, false, nullptr, "s"));
     EXPECT_EQ(Lines(), Format("Stopping service 's'\n%s\n", line)) << code;
   }
   world.failCall = {"OpenServiceA", 0, 5};
-  EXPECT_EQ(iwiStopService(false, false, nullptr, "s"), 1);
+  EXPECT_TRUE(iwiStopService(false, false, nullptr, "s"));
   EXPECT_FALSE(iwiServiceExists("s"));
   world.failCall = {"OpenSCManagerA", 0, 5};
-  EXPECT_EQ(iwiStopService(false, false, nullptr, "s"), 0);
+  EXPECT_FALSE(iwiStopService(false, false, nullptr, "s"));
   EXPECT_FALSE(iwiServiceExists("s"));
   world.failCall = {};
   EXPECT_FALSE(iwiServiceExists("t"));
   EXPECT_TRUE(iwiServiceExists("s"));
   int ticks = 5;
-  EXPECT_EQ(iwiStopService(true, false, &ticks, "s"), 1);
+  EXPECT_TRUE(iwiStopService(true, false, &ticks, "s"));
   EXPECT_EQ(Lines(),
             "Stopping service 's'\n"
             "Couldn't open service 's' 5\n"

@@ -37,7 +37,7 @@ UINT InFrame(MSIHANDLE session) {
   return RunAction({"operation", 0, kAnyMode, [] { return static_cast<UINT>(Operation()); }}, session);
 }
 
-/// For operations that answer 1 for success: an allowed result that is no success, whatever they say.
+/// For operations that say whether they worked: an allowed result that is no success, whatever they say.
 constexpr auto kIgnored = [](auto &&...) { return ERROR_INSTALL_USEREXIT; };
 
 /// The entries of a text in which they are written NAME=value, with bars between them.
@@ -70,7 +70,7 @@ const Scenario kScenarios[] = {
     {"source_path", InFrame<[] {
        std::string path;
        UINT result = 0;
-       iwiGetSourceFilePath("file", "INSTALLDIR", path, result);
+       static_cast<void>(iwiGetSourceFilePath("file", "INSTALLDIR", path, result));
        return result;
      }>},
     {"products", InFrame<[] {
@@ -93,16 +93,16 @@ const Scenario kScenarios[] = {
     {"programs", InFrame<[] {
        DWORD code = 0;
        OwnedKernelHandle process;
-       const UINT launched = iwiLaunch("C:\\tree\\a.txt", "", "", 0, &process);
+       const UINT launched = ResultOf(iwiLaunch("C:\\tree\\a.txt", "", "", 0, &process));
        return std::max(launched, iwiLaunchAndWait("C:\\tree\\a.txt", "-x", "", 0, &code, 1000));
      }>},
     {"registry", InFrame<[] {
        std::vector<BYTE> data;
        UINT result = 0;
-       iwiRegReadValue(nullptr, "Software\\K", "v", &data, nullptr, &result);
-       iwiRegWriteValue(nullptr, "Software\\K", "v", REG_SZ, "x", 2, &result);
-       iwiRegSetValue(nullptr, "Software\\K", "v", REG_SZ, "y", -1);
-       iwiRegDeleteValue(nullptr, "Software\\K", "v", true);
+       kIgnored(iwiRegReadValue(nullptr, "Software\\K", "v", &data, nullptr, &result));
+       kIgnored(iwiRegWriteValue(nullptr, "Software\\K", "v", REG_SZ, "x", 2, &result));
+       kIgnored(iwiRegSetValue(nullptr, "Software\\K", "v", REG_SZ, "y", -1));
+       kIgnored(iwiRegDeleteValue(nullptr, "Software\\K", "v", true));
        return result;
      }>},
     {"environment", InFrame<[] { return kIgnored(iwiRefreshEnvironmentVariable("PATH")); }>},

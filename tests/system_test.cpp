@@ -56,10 +56,10 @@ TEST_F(SystemTest, OnlyPathsAreLookedForAndTheCommandProcessorNever) {
   }
   EXPECT_EQ(world.launched.size(), 4u);
   OwnedKernelHandle process;
-  EXPECT_EQ(iwiLaunch("tool", "-x", "C:\\w", 1, &process) + iwiLaunch("tool", "", "", 1, nullptr), 0u);
+  EXPECT_TRUE(iwiLaunch("tool", "-x", "C:\\w", 1, &process) && iwiLaunch("tool", "", "", 1, nullptr));
   EXPECT_EQ(world.OpenHandles("process"), 1) << "the caller's";
   EXPECT_EQ(world.launched.back().mask, 0x40u);
-  EXPECT_EQ(iwiLaunch("lost", "", "", 1, &process), 1603u);
+  EXPECT_FALSE(iwiLaunch("lost", "", "", 1, &process));
   EXPECT_TRUE(!process && Lines().ends_with("Launched OK\nLaunching process 'lost' ''; dir ''.\n"
                                             "***Unable to launch process; code 2.\n"));
 }
@@ -76,23 +76,23 @@ TEST_F(SystemTest, RegistryValuesOfEveryTypeAndSizeAreReadAndTerminated) {
         Case(REG_MULTI_SZ, "a\0b\0"s, "a\0b\0\0"s), Case(REG_DWORD, "123", "123"), Case(REG_BINARY, "", ""),
         Case(REG_BINARY, "\0\1\0"s, "\0\1\0"s)}) {
     world.registry["hklm\\Key"]["Value"] = {type, bytes};
-    EXPECT_EQ(iwiRegReadValue(nullptr, "Key", "Value", &data, &size, &result), 1);
+    EXPECT_TRUE(iwiRegReadValue(nullptr, "Key", "Value", &data, &size, &result));
     EXPECT_EQ(std::string(data.begin(), data.end()), read);
     EXPECT_EQ(size, bytes.size());
     std::string text = "?";
-    EXPECT_EQ(ReadRegistryText(HKEY_LOCAL_MACHINE, "Key", "Value", text), 1);
+    EXPECT_TRUE(ReadRegistryText(HKEY_LOCAL_MACHINE, "Key", "Value", text));
     EXPECT_EQ(text, bytes.c_str());
   }
-  EXPECT_EQ(iwiRegReadValue(nullptr, "Key", "Lost", &data, &size, &result), 0);
+  EXPECT_FALSE(iwiRegReadValue(nullptr, "Key", "Lost", &data, &size, &result));
   EXPECT_EQ(data.size() + size, 0u);
-  EXPECT_EQ(iwiRegReadValue(nullptr, "Lost", "Value", &data, &size, &result), 0);
+  EXPECT_FALSE(iwiRegReadValue(nullptr, "Lost", "Value", &data, &size, &result));
   world.failCall = {"RegQueryValueExA", world.callCount["RegQueryValueExA"] + 2, 5};
-  EXPECT_EQ(iwiRegReadValue(nullptr, "Key", "Value", &data, nullptr, &result), 0);
+  EXPECT_FALSE(iwiRegReadValue(nullptr, "Key", "Value", &data, nullptr, &result));
   EXPECT_TRUE(data.empty());
   EXPECT_EQ(result, 0u);
   EXPECT_EQ(world.openedKeys.back(), std::pair(std::string("hklm\\Key"), KEY_QUERY_VALUE));
   world.failCall = {"RegOpenKeyExA", 0, 5};
-  EXPECT_EQ(iwiRegReadValue(HKEY_CURRENT_USER, "Key", "Value", nullptr, nullptr, &result), 0);
+  EXPECT_FALSE(iwiRegReadValue(HKEY_CURRENT_USER, "Key", "Value", nullptr, nullptr, &result));
   EXPECT_EQ(result, 1603u);
   EXPECT_EQ(Lines(), "***Can't open key 'Key' 5\n");
 }
@@ -100,9 +100,9 @@ TEST_F(SystemTest, RegistryValuesOfEveryTypeAndSizeAreReadAndTerminated) {
 TEST_F(SystemTest, ValuesAreWrittenIntoExistingKeysOnly) {
   NameMap<RegistryValue> &key = world.registry["hklm\\Key"];
   UINT result = 0;
-  EXPECT_EQ(iwiRegWriteValue(nullptr, "Key", "Raw", REG_BINARY, "a\0b", 3, &result), 1);
+  EXPECT_TRUE(iwiRegWriteValue(nullptr, "Key", "Raw", REG_BINARY, "a\0b", 3, &result));
   EXPECT_EQ(key["Raw"].bytes, std::string("a\0b", 3));
-  EXPECT_EQ(iwiRegWriteValue(nullptr, "Lost", "Raw", REG_BINARY, "a", 1, &result), 0);
+  EXPECT_FALSE(iwiRegWriteValue(nullptr, "Lost", "Raw", REG_BINARY, "a", 1, &result));
   EXPECT_EQ(result, 0u);
   using Case = std::tuple<DWORD, const char *, int, int>;  // type, data, length, bytes written; below zero: none is
   for (const auto &[type, data, length, written] :
@@ -110,13 +110,13 @@ TEST_F(SystemTest, ValuesAreWrittenIntoExistingKeysOnly) {
         Case(REG_DWORD, "text", -1, 4), Case(REG_DWORD, "text", 1, 4), Case(REG_BINARY, "text", 0, 0),
         Case(REG_BINARY, "text", -1, -1), Case(REG_MULTI_SZ, "text", -1, -1), Case(REG_SZ, nullptr, -1, -1)}) {
     key.erase("Set");
-    EXPECT_EQ(iwiRegSetValue(nullptr, "Key", "Set", type, data, length), written < 0 ? 0 : 1);
+    EXPECT_EQ(iwiRegSetValue(nullptr, "Key", "Set", type, data, length), written >= 0);
     EXPECT_EQ(key.count("Set") == 0 ? -1 : static_cast<int>(key["Set"].bytes.size()), written);
   }
-  EXPECT_EQ(iwiRegSetValue(nullptr, "Lost", "Set", REG_SZ, "", -1), 0);
+  EXPECT_FALSE(iwiRegSetValue(nullptr, "Lost", "Set", REG_SZ, "", -1));
   world.failCall = {"RegSetValueExA", 0, 5};
-  EXPECT_EQ(iwiRegSetValue(nullptr, "Key", "Set", REG_SZ, "", -1), 0);
-  EXPECT_EQ(iwiRegWriteValue(nullptr, "Key", "Raw", REG_SZ, "", 1, &result), 0);
+  EXPECT_FALSE(iwiRegSetValue(nullptr, "Key", "Set", REG_SZ, "", -1));
+  EXPECT_FALSE(iwiRegWriteValue(nullptr, "Key", "Raw", REG_SZ, "", 1, &result));
   EXPECT_EQ(result, 1603u);
   EXPECT_EQ(world.openedKeys.back().second, KEY_SET_VALUE);
   EXPECT_EQ(Lines(),
@@ -125,18 +125,18 @@ TEST_F(SystemTest, ValuesAreWrittenIntoExistingKeysOnly) {
 }
 
 TEST_F(SystemTest, DeletedValuesAreLoggedWithTheirRoot) {
-  EXPECT_EQ(iwiRegDeleteValue(nullptr, "Key", "Value", false), 1);
+  EXPECT_TRUE(iwiRegDeleteValue(nullptr, "Key", "Value", false));
   EXPECT_TRUE(world.registry["hklm\\Key"].empty());
-  EXPECT_EQ(iwiRegDeleteValue(HKEY_CURRENT_USER, "Key", "Value", false), 1);
+  EXPECT_TRUE(iwiRegDeleteValue(HKEY_CURRENT_USER, "Key", "Value", false));
   for (const bool report : {false, true}) {
-    EXPECT_EQ(iwiRegDeleteValue(HKEY_LOCAL_MACHINE, "Lost", "Value", report), 1);
-    EXPECT_EQ(iwiRegDeleteValue(HKEY_CURRENT_USER, "Key", "Lost", report), 1);
+    EXPECT_TRUE(iwiRegDeleteValue(HKEY_LOCAL_MACHINE, "Lost", "Value", report));
+    EXPECT_TRUE(iwiRegDeleteValue(HKEY_CURRENT_USER, "Key", "Lost", report));
   }
-  EXPECT_EQ(iwiRegDeleteValue(nullptr, "Key", "", true), 1);
+  EXPECT_TRUE(iwiRegDeleteValue(nullptr, "Key", "", true));
   world.failCall = {"RegDeleteValueA", 0, 5};
-  EXPECT_EQ(iwiRegDeleteValue(nullptr, "Key", "Value", false), 0);
+  EXPECT_FALSE(iwiRegDeleteValue(nullptr, "Key", "Value", false));
   world.failCall = {"RegOpenKeyExA", 0, 5};
-  EXPECT_EQ(iwiRegDeleteValue(nullptr, "Key", "Value", false), 0);
+  EXPECT_FALSE(iwiRegDeleteValue(nullptr, "Key", "Value", false));
   EXPECT_EQ(Lines(),
             "Deleted value [HKLM\\HKLM\\Key] 'Value'\nDeleted value [HKLM\\\\Key] 'Value'\n"
             "Delete value key not found [HKLM\\Lost] 'Value'\nDelete value not found [\\Key] 'Lost'\n"
@@ -165,19 +165,19 @@ TEST_F(SystemTest, AMachineWideVariableReachesTheProcessExpanded) {
   for (const auto &[value, after] : {Case("%", "%"), Case("100% sure", "100% sure"), Case("%A%%", "1%"),
                                      Case("%none%", "%none%"), Case("%Big%|%a%", big + "|1"), Case("%Edge%", edge)}) {
     world.registry[key]["Path"] = {REG_EXPAND_SZ, value};
-    EXPECT_EQ(iwiRefreshEnvironmentVariable("Path"), 1);
+    EXPECT_TRUE(iwiRefreshEnvironmentVariable("Path"));
     EXPECT_EQ(world.environment["Path"], after);
     EXPECT_EQ(Lines(), "Environment variable 'Path' value is:\n" + value + "\nExpanded:\n" + value + "\n- to:\n" +
                            after + "\nSet environment variable 'Path'\n");
   }
   EXPECT_EQ(world.callCount["ExpandEnvironmentStringsA"], 7) << "only the big one needs more than the first room";
-  EXPECT_EQ(iwiRefreshEnvironmentVariable("Lost"), 0);
+  EXPECT_FALSE(iwiRefreshEnvironmentVariable("Lost"));
   world.registry[key]["Path"] = RegistryValue::Text("plain");
   world.failCall = {"SetEnvironmentVariableA", 0, 5};
-  EXPECT_EQ(iwiRefreshEnvironmentVariable("Path"), 0);
+  EXPECT_FALSE(iwiRefreshEnvironmentVariable("Path"));
   world.failCall = {"ExpandEnvironmentStringsA", 0, 87};
   std::string text = "%A%456789012345678901234567890";
-  EXPECT_EQ(iwiExpandEnvironment(text), 0);
+  EXPECT_FALSE(iwiExpandEnvironment(text));
   EXPECT_EQ(text, "%A%456789012345678901234567890");
   EXPECT_EQ(Lines(),
             "Can't find and set environment variable 'Lost'\nEnvironment variable 'Path' value is:\nplain\n"

@@ -126,7 +126,7 @@ TEST_F(TablesTest, StreamsOfEverySizeAreUnpackedWithOneReadABlock) {
     std::generate(bytes.begin(), bytes.end(), [n = 0u]() mutable { return static_cast<BYTE>(n++ % 251); });
     world.tables["Binary"].rows = {{"data.bin", bytes}};
     world.callCount.clear();
-    EXPECT_EQ(iwiUnpackBinary("DATA", "", "C:\\temp\\out", nullptr), 1);
+    EXPECT_TRUE(iwiUnpackBinary("DATA", "", "C:\\temp\\out", nullptr));
     EXPECT_EQ(world.ReadFile("C:\\temp\\out"), std::string(bytes.begin(), bytes.end()));
     EXPECT_EQ(world.callCount["MsiRecordReadStream"], static_cast<int>(size / 256 + 1));
     EXPECT_EQ(Lines(), "Unpacking binary Name: 'DATA'\nComponent suffix is: 'bin'\nWritten " + std::to_string(size) +
@@ -145,11 +145,11 @@ TEST_F(TablesTest, BinaryNamesMatchByPrefixAndSuffix) {
                                                       {"abc.dl", ".dll", "?"}}) {
     world.tables["Binary"].rows = {{name, Bytes{1}}};
     std::string found = "?";
-    EXPECT_EQ(iwiUnpackBinary("abc", suffix, "C:\\temp\\out", &found), *componentSuffix == '?' ? 0 : 1) << name;
+    EXPECT_EQ(iwiUnpackBinary("abc", suffix, "C:\\temp\\out", &found), *componentSuffix != '?') << name;
     EXPECT_EQ(found, componentSuffix) << name;
   }
   world.tables["Binary"].rows = {{"a.1", Bytes{'1'}}, {"b", Bytes{'b'}}, {"a.2", Bytes{'2'}}};
-  EXPECT_EQ(iwiUnpackBinary("a", "", "C:\\temp\\out", nullptr), 1);
+  EXPECT_TRUE(iwiUnpackBinary("a", "", "C:\\temp\\out", nullptr));
   EXPECT_EQ(world.ReadFile("C:\\temp\\out"), "2") << "every match is written, over the same file";
 }
 
@@ -167,7 +167,7 @@ TEST_F(TablesTest, WhatKeepsAStreamFromBeingUnpackedIsSaid) {
         {"OpenCFile", 1, begun + "***Can't open output: 'C:\\temp\\out'\n"},
         {"fwrite", 1, begun + "***Error writing 'C:\\temp\\out'\n"}}) {
     Fail(call, 87, nth);
-    EXPECT_EQ(iwiUnpackBinary("a", "", "C:\\temp\\out", nullptr), 0) << call;
+    EXPECT_FALSE(iwiUnpackBinary("a", "", "C:\\temp\\out", nullptr)) << call;
     EXPECT_EQ(Lines(), lines);
   }
 }
@@ -178,9 +178,9 @@ TEST_F(TablesTest, SourcePathsAreMadeOfFolderAndLongName) {
   world.WriteFile("C:\\src\\long name.txt", "");
   std::string path;
   UINT result = 99;
-  EXPECT_EQ(iwiGetSourceFilePath("f1", "DIR", path, result), 1);
+  EXPECT_TRUE(iwiGetSourceFilePath("f1", "DIR", path, result));
   EXPECT_EQ(path, "C:\\src\\long name.txt");
-  EXPECT_EQ(iwiGetSourceFilePath("f2", "DIR", path, result), 0);
+  EXPECT_FALSE(iwiGetSourceFilePath("f2", "DIR", path, result));
   EXPECT_EQ(path, "C:\\src\\plain.txt");
   EXPECT_EQ(result, 0u);
   const std::string query = ". Query 'SELECT FileName FROM File WHERE File='f2''\n",
@@ -194,7 +194,7 @@ TEST_F(TablesTest, SourcePathsAreMadeOfFolderAndLongName) {
       {"MsiGetSourcePathA", 234, "***MsiGetSourcePath() error 234. Directory 'DIR'\n" + file}};
   for (const auto &[call, code, lines] : cases) {
     Fail(call, code);
-    EXPECT_EQ(iwiGetSourceFilePath("f2", "DIR", path, result), 0);
+    EXPECT_FALSE(iwiGetSourceFilePath("f2", "DIR", path, result));
     EXPECT_EQ(std::exchange(result, 0), 1603u);
     EXPECT_EQ(path, "");
     EXPECT_EQ(Lines(), lines);
@@ -222,7 +222,7 @@ TEST_F(TablesTest, ProductDataFollowsThePackagesOwnUpgradeCode) {
   Reload();
   world.properties["ProductVersion"] = std::string(260, 'x');
   bool isOwn = true;
-  EXPECT_EQ(iwiIsOwnUpgradeCode(unknown, isOwn), 1603u);
+  EXPECT_FALSE(iwiIsOwnUpgradeCode(unknown, isOwn));
   EXPECT_FALSE(isOwn);
 }
 

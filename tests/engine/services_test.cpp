@@ -67,7 +67,7 @@ class ServicesTest : public SessionTest {
 TEST_F(ServicesTest, StreamsAreUnpackedByteForByte) {
   for (const char *size : {"0", "255", "256", "257", "512", "100000"}) {
     const std::string out = folder + "\\" + size;
-    EXPECT_EQ(iwiUnpackBinary("STREAM_", size, out, nullptr), 1) << size;
+    EXPECT_TRUE(iwiUnpackBinary("STREAM_", size, out, nullptr)) << size;
     EXPECT_TRUE(Exists(out) && ReadFile(out) == ReadFile("engine_package\\Binary\\stream_"s + size + ".ibd")) << size;
   }
 }
@@ -78,13 +78,13 @@ TEST_F(ServicesTest, SourcesAreFound) {
   }
   UINT result = 0;
   std::string path;
-  EXPECT_EQ(iwiGetSourceFilePath("readme.txt", "INSTALLDIR", path, result), 1);
+  EXPECT_TRUE(iwiGetSourceFilePath("readme.txt", "INSTALLDIR", path, result));
   EXPECT_TRUE(path.ends_with("\\engine_package\\readme.txt")) << path;
-  EXPECT_EQ(iwiGetSourceFilePath("toolkit.txt", "INSTALLDIR", path, result), 0);
+  EXPECT_FALSE(iwiGetSourceFilePath("toolkit.txt", "INSTALLDIR", path, result));
   EXPECT_EQ(result, 0u);
-  EXPECT_EQ(iwiGetSourceFilePath("absent.txt", "INSTALLDIR", path, result), 0);
+  EXPECT_FALSE(iwiGetSourceFilePath("absent.txt", "INSTALLDIR", path, result));
   EXPECT_EQ(result, 1603u);
-  EXPECT_EQ(iwiGetSourceFilePath("readme.txt", "NOWHERE", path, result), 0);
+  EXPECT_FALSE(iwiGetSourceFilePath("readme.txt", "NOWHERE", path, result));
   EXPECT_TRUE(Logged("***Unable to locate source path (267) for directory 'NOWHERE'"));
 }
 
@@ -94,20 +94,20 @@ TEST_F(ServicesTest, FilesInUseAndReadOnlyOnesAreLeftToTheRestart) {
   const std::string locked = Write("locked.txt", FILE_ATTRIBUTE_READONLY);
   for (const auto &[path, code] : {std::pair(held, ERROR_SHARING_VIOLATION), {locked, ERROR_ACCESS_DENIED}}) {
     int error = 0;
-    EXPECT_EQ(iwiDeleteFile({.execute = true, .path = path, .error = &error}), 1);
+    EXPECT_TRUE(iwiDeleteFile({.execute = true, .path = path, .error = &error}));
     EXPECT_EQ(error, code);
     EXPECT_TRUE(Logged("Stacked file for deletion upon reboot: '" + path + "'"));
     EXPECT_TRUE(Contains(RegistryValue(kSessionManager, "PendingFileRenameOperations"), path + '\0' + '\0'));
     EXPECT_TRUE(Exists(path));
   }
-  EXPECT_EQ(RemoveReadOnly(locked, true), 0u);
-  EXPECT_EQ(iwiDeleteFile({.execute = true, .path = folder + "\\lo*.txt"}), 1);
+  EXPECT_TRUE(RemoveReadOnly(locked, true));
+  EXPECT_TRUE(iwiDeleteFile({.execute = true, .path = folder + "\\lo*.txt"}));
   EXPECT_FALSE(Exists(locked));
 }
 
 TEST_F(ServicesTest, TreesAreCopied) {
   const std::string copy = folder + "\\new\\copy";
-  EXPECT_EQ(iwiCreateFolderTree(folder + "\\source\\one\\two\\"), 0);
+  EXPECT_FALSE(iwiCreateFolderTree(folder + "\\source\\one\\two\\"));
   for (const char *name : {"source\\a.txt", "source\\b.dat", "source\\one\\c.txt", "source\\one\\two\\d.txt"}) {
     Write(name, FILE_ATTRIBUTE_READONLY);
   }
@@ -140,21 +140,21 @@ TEST_F(ServicesTest, RegistryValuesAndTheEnvironment) {
   std::vector<BYTE> data;
   DWORD size = 0;
   UINT result = 0;
-  EXPECT_EQ(iwiRegReadValue(nullptr, kKey, "Odd", &data, &size, &result), 1);
+  EXPECT_TRUE(iwiRegReadValue(nullptr, kKey, "Odd", &data, &size, &result));
   EXPECT_EQ(data, (std::vector<BYTE>{'a', 'b', 0, 0}));
   EXPECT_EQ(size, 2u);
-  EXPECT_EQ(iwiRegWriteValue(nullptr, kKey, "Bytes", REG_BINARY, "\1\0\2", 3, &result), 1);
+  EXPECT_TRUE(iwiRegWriteValue(nullptr, kKey, "Bytes", REG_BINARY, "\1\0\2", 3, &result));
   EXPECT_EQ(RegistryValue(kKey, "Bytes"), std::string("\1\0\2", 3));
   RegDeleteKeyExA(HKEY_LOCAL_MACHINE, kKey, KEY_WOW64_32KEY, 0);
 
   const std::string environment = std::string(kSessionManager) + "\\Environment";
-  EXPECT_EQ(iwiRegSetValue(nullptr, environment, "ZQVENGINETEST", REG_EXPAND_SZ, "%SystemDrive%\\x", -1), 1);
-  EXPECT_EQ(iwiRefreshEnvironmentVariable("ZQVENGINETEST"), 1);
+  EXPECT_TRUE(iwiRegSetValue(nullptr, environment, "ZQVENGINETEST", REG_EXPAND_SZ, "%SystemDrive%\\x", -1));
+  EXPECT_TRUE(iwiRefreshEnvironmentVariable("ZQVENGINETEST"));
   char value[MAX_PATH] = "";
   GetEnvironmentVariableA("ZQVENGINETEST", value, MAX_PATH);
   EXPECT_STREQ(value, "C:\\x");
-  EXPECT_EQ(iwiRegDeleteValue(nullptr, environment, "ZQVENGINETEST", true), 1);
-  EXPECT_EQ(iwiRefreshEnvironmentVariable("ZQVENGINETEST"), 0);
+  EXPECT_TRUE(iwiRegDeleteValue(nullptr, environment, "ZQVENGINETEST", true));
+  EXPECT_FALSE(iwiRefreshEnvironmentVariable("ZQVENGINETEST"));
 }
 
 }  // namespace

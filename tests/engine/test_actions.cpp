@@ -14,8 +14,8 @@ using namespace zqv;
 UINT Stack() {
   std::string folder;
   std::string product;
-  UINT result = GetTrimmedProperty("ZQVTEMP", folder);
-  result |= iwiFindRelatedProduct("{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}", product);
+  UINT result = ResultOf(GetTrimmedProperty("ZQVTEMP", folder));
+  iwiFindRelatedProduct("{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}", product);
   const std::string component = iwiFindLocalComponent("Base_base");
   for (const int mode : {1, 2, 3}) {
     result |= iwiStackFilesForDeletion(folder + "\\stacked\\" + std::to_string(mode) + ".txt", component, mode);
@@ -27,8 +27,8 @@ UINT Stack() {
 
 UINT Delete() {
   std::string folder;
-  const UINT read = GetTrimmedProperty("ZQVTEMP", folder);
-  return iwiDeletePattern(false, true, nullptr, folder + "\\tree\\*", true, true, true, "", 0) != 0 ? read : 1603;
+  return ResultOf(GetTrimmedProperty("ZQVTEMP", folder) &&
+                  iwiDeletePattern(false, true, nullptr, folder + "\\tree\\*", true, true, true, "", 0));
 }
 
 }  // namespace

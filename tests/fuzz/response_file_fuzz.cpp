@@ -23,7 +23,7 @@ void Check(bool good) {
 
 std::string LookUp(bool exactCase, const std::string &stanza, const std::string &keyword) {
   std::string value = "junk";
-  Check(iwiGetResponseValue(exactCase, stanza, keyword, value) == 1 || value.empty());
+  Check(iwiGetResponseValue(exactCase, stanza, keyword, value) || value.empty());
   Check(value.find_first_of("\r\n") == std::string::npos);
   Check(value.empty() || (!IsBlank(value.back()) && value.back() != '"'));
   return value;
@@ -38,11 +38,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   world.WriteFile("C:\\r.ini", bytes);
   Load();
   Session().handle = kSession;
-  const int good = iwiReadResponseFile("C:\\r.ini");
+  const bool good = iwiReadResponseFile("C:\\r.ini");
   const auto told = [](const std::string &line) {
     return line.ends_with("No stanza name") || line.ends_with("No keyword in line") || line.ends_with("No stanza");
   };
-  Check(good == (std::none_of(world.installerLog.begin(), world.installerLog.end(), told) ? 1 : 0));
+  Check(good == std::none_of(world.installerLog.begin(), world.installerLog.end(), told));
   for (std::size_t at = 0, end = 0; at < bytes.size(); at = end + 1) {
     end = std::min(bytes.find('\n', at), bytes.size());
     const std::string_view line = std::string_view(bytes).substr(at, end - at);

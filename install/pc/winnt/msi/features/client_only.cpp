@@ -15,48 +15,47 @@ namespace {
 
 bool InstalledProductIsClient() {
   std::string type;
-  return ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, "ProductType", type) != 0 &&
-         EqualNoCase(type, "client");
+  return ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, "ProductType", type) && EqualNoCase(type, "client");
 }
 
-UINT Decide(bool &clientOnly) {
+bool Decide(bool &clientOnly) {
   std::string value;
-  if (GetTrimmedProperty("ZQVCLIENT", value) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetTrimmedProperty("ZQVCLIENT", value)) {
+    return false;
   }
   if (!value.empty()) {
     clientOnly = IsYes(value);
-    return ERROR_SUCCESS;
+    return true;
   }
-  if (GetTrimmedProperty("ZQVPRODUCT", value, kCounterLength) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetTrimmedProperty("ZQVPRODUCT", value, kCounterLength)) {
+    return false;
   }
   clientOnly = EqualNoCase(value, "client");
   if (clientOnly) {
-    return ERROR_SUCCESS;
+    return true;
   }
-  if (GetTrimmedProperty("VersionNT", value) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetTrimmedProperty("VersionNT", value)) {
+    return false;
   }
   clientOnly = value.empty();
   if (clientOnly) {
-    return ERROR_SUCCESS;
+    return true;
   }
-  if (GetTrimmedProperty("Installed", value) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetTrimmedProperty("Installed", value)) {
+    return false;
   }
   clientOnly = !value.empty() && InstalledProductIsClient();
-  return ERROR_SUCCESS;
+  return true;
 }
 
 }  // namespace
 
-UINT IsClientOnly(bool &clientOnly) {
-  if (Decide(clientOnly) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+bool IsClientOnly(bool &clientOnly) {
+  if (!Decide(clientOnly)) {
+    return false;
   }
   Log("Client-only installation: %s", clientOnly ? "yes" : "no");
-  return ERROR_SUCCESS;
+  return true;
 }
 
 }  // namespace zqv

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "base/result_code.h"
 #include "platform/msi.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
@@ -20,21 +21,21 @@ constinit LoadState<State> state;
 
 constinit LoadStateEntry &installLevelState = state;
 
-UINT SetInstallLevel(int level) {
+bool SetInstallLevel(int level) {
   if (state->isSet) {
     Log("Install level already set");
-    return ERROR_SUCCESS;
+    return true;
   }
   if (level == 0) {
-    return ERROR_SUCCESS;
+    return true;
   }
-  if (SetProperty("INSTALLLEVEL", std::to_string(level)) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!SetProperty("INSTALLLEVEL", std::to_string(level))) {
+    return false;
   }
-  const UINT code = MsiSetInstallLevel(Session().handle, level);
+  const ResultCode code = MsiSetInstallLevel(Session().handle, level);
   Log("MsiSetInstallLevel(%d) rc=%d", level, code);
   state->isSet = code == ERROR_SUCCESS;
-  return state->isSet ? ERROR_SUCCESS : ERROR_INSTALL_FAILURE;
+  return state->isSet;
 }
 
 }  // namespace zqv

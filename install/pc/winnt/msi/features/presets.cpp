@@ -55,19 +55,19 @@ constexpr Choice kTypicalClient[] = {
     {Feature::Base, kLocal}, {Feature::Client, kLocal}, {Feature::Toolkit, kLocal}, {Feature::JavaMsg, kLocal}};
 constexpr Preset kTypical{kTypicalServer, kTypicalClientFromServer, kTypicalClient};
 
-UINT SetFeatures(const Preset &preset) {
+ResultCode SetFeatures(const Preset &preset) {
   std::string product;
-  if (GetTrimmedProperty("ZQVPRODUCT", product, kCounterLength) != ERROR_SUCCESS) {
+  if (!GetTrimmedProperty("ZQVPRODUCT", product, kCounterLength)) {
     return ERROR_INSTALL_FAILURE;
   }
   // A failure is logged; the features can be set all the same.
-  SetInstallLevel(kPresetLevel);
+  static_cast<void>(SetInstallLevel(kPresetLevel));
   bool clientOnly = false;
-  if (IsClientOnly(clientOnly) != ERROR_SUCCESS) {
+  if (!IsClientOnly(clientOnly)) {
     return ERROR_INSTALL_FAILURE;
   }
   const bool serverPackage = EqualNoCase(product, "server");
-  UINT result = ERROR_SUCCESS;
+  ResultCode result = ERROR_SUCCESS;
   for (const Choice &choice : !clientOnly ? preset.server : serverPackage ? preset.clientFromServer : preset.client) {
     iwiSetFeatureLocal(NameOf(choice.feature), choice.local, result);
   }
@@ -76,8 +76,8 @@ UINT SetFeatures(const Preset &preset) {
 
 }  // namespace
 
-UINT SetFeaturesMinimum() { return SetFeatures(kMinimum); }
+ResultCode SetFeaturesMinimum() { return SetFeatures(kMinimum); }
 
-UINT SetFeaturesTypical() { return SetFeatures(kTypical); }
+ResultCode SetFeaturesTypical() { return SetFeatures(kTypical); }
 
 }  // namespace zqv

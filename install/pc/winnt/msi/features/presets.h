@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/win32.h"
+#include "base/result_code.h"
 
 namespace zqv {
 
@@ -10,9 +10,9 @@ namespace zqv {
 /// not be read.
 
 /// iwiSetFeaturesMinimum: what a working installation needs.
-UINT SetFeaturesMinimum();
+ResultCode SetFeaturesMinimum();
 
 /// iwiSetFeaturesTypical: the same with the explorer of a server, the toolkit and Java messaging.
-UINT SetFeaturesTypical();
+ResultCode SetFeaturesTypical();
 
 }  // namespace zqv

@@ -18,7 +18,7 @@ constinit LoadState<State> state;
 
 /// Empty when there is none, or none is known.
 std::string PreviousProgramFolder() {
-  GetKeptProperty(Kept::previousProgramFolder);
+  static_cast<void>(GetKeptProperty(Kept::previousProgramFolder));
   const std::string &folder = ValueOf(Kept::previousProgramFolder);
   return folder.empty() ? FindPreviousInstallation().programFolder : folder;
 }
@@ -32,9 +32,9 @@ const DocumentationFormats &FindOldDocumentation() {
     state->scanned = true;
     const std::string folder = PreviousProgramFolder();
     if (!folder.empty()) {
-      state->formats.chm = iwiFolderExists(folder + "\\doc\\chm") != 0;
-      state->formats.pdf = iwiFolderExists(folder + "\\doc\\pdf") != 0;
-      state->formats.htm = iwiFolderExists(folder + "\\doc\\htm") != 0;
+      state->formats.chm = iwiFolderExists(folder + "\\doc\\chm");
+      state->formats.pdf = iwiFolderExists(folder + "\\doc\\pdf");
+      state->formats.htm = iwiFolderExists(folder + "\\doc\\htm");
     }
   }
   return state->formats;

@@ -81,11 +81,11 @@ bool IsReplaced(const Member &member) {
   return action == INSTALLSTATE_LOCAL;
 }
 
-/// A result that is not looked at: the removal that could not be stacked is logged.
+/// A removal that cannot be stacked, which is logged, does not keep the others from it.
 void StackValueIfPresent(const std::string &name) {
   const std::string key = std::string(kCurrentVersionKey) + "\\Components";
-  if (iwiRegReadValue(HKEY_LOCAL_MACHINE, key, name, nullptr, nullptr, nullptr) != 0) {
-    StackDeleteRegistryValue(key, name, kBaseComponent);
+  if (iwiRegReadValue(HKEY_LOCAL_MACHINE, key, name, nullptr, nullptr, nullptr)) {
+    static_cast<void>(StackDeleteRegistryValue(key, name, kBaseComponent));
   }
 }
 
@@ -111,7 +111,7 @@ void ProcessList(bool present, const char *format, const Member &member) {
 
 }  // namespace
 
-UINT DeleteOldDocumentation(OldDocumentation language) {
+ResultCode DeleteOldDocumentation(OldDocumentation language) {
   if (InRunMode(MSIRUNMODE_SCHEDULED)) {
     Log("Deferred execution");
     return ERROR_SUCCESS;
@@ -124,7 +124,7 @@ UINT DeleteOldDocumentation(OldDocumentation language) {
   const Member &member = kMembers[static_cast<std::size_t>(language)];
   const bool isReplaced = IsReplaced(member);
   Log("%s", isReplaced ? "New feature replaces old" : member.told);
-  if (SetProperty(member.decision, isReplaced ? "" : "1") != ERROR_SUCCESS) {
+  if (!SetProperty(member.decision, isReplaced ? "" : "1")) {
     return ERROR_INSTALL_FAILURE;
   }
   if (!isReplaced) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/win32.h"
+#include "base/result_code.h"
 
 namespace zqv {
 
@@ -11,11 +11,11 @@ enum class OldDocumentation { deDe, enUs, esEs, frFr, itIt, jaJp, koKr, ptBr, zh
 /// and stacks the removal of its registry values and of what its uninstall lists name. Where the new documentation
 /// feature takes its place, only the lists of the PDF and HTML documentation are carried out. Returns ERROR_SUCCESS, or
 /// ERROR_INSTALL_FAILURE when the property cannot be set.
-UINT DeleteOldDocumentation(OldDocumentation language);
+ResultCode DeleteOldDocumentation(OldDocumentation language);
 
 /// The same as the body of an action.
 template <OldDocumentation Language>
-UINT DeleteOld() {
+ResultCode DeleteOld() {
   return DeleteOldDocumentation(Language);
 }
 

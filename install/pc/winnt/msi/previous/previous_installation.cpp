@@ -18,7 +18,7 @@ constinit LoadState<State> state;
 /// The value's text, empty where there is none.
 std::string Read(const char *name) {
   std::string text;
-  ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, name, text);
+  static_cast<void>(ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, name, text));
   return text;
 }
 
@@ -31,7 +31,7 @@ const PreviousInstallation &FindPreviousInstallation() {
   if (!state->asked) {
     state->asked = true;
     std::string vrmf;
-    found.exists = ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, "VRMF", vrmf) != 0;
+    found.exists = ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, "VRMF", vrmf);
     found.programFolder = Trimmed(Read("PgmFolder"));
     found.dataFolder = Trimmed(Read("DatFolder"));
     found.logFolder = Trimmed(Read("LogFolder"));

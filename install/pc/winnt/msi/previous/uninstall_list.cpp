@@ -37,10 +37,10 @@ struct BaseFolders {
 
 BaseFolders ReadBaseFolders() {
   // A folder that cannot be read, which is logged, is one that is not known.
-  GetKeptProperty(Kept::previousProgramFolder);
+  static_cast<void>(GetKeptProperty(Kept::previousProgramFolder));
   std::string data;
-  GetTrimmedProperty("ZQVPREVDAT", data);
-  GetKeptProperty(Kept::tempFolder);
+  static_cast<void>(GetTrimmedProperty("ZQVPREVDAT", data));
+  static_cast<void>(GetKeptProperty(Kept::tempFolder));
   return {{{"PGM,", ValueOf(Kept::previousProgramFolder)}, {"DAT,", data}, {"TMP,", ValueOf(Kept::tempFolder)}}};
 }
 
@@ -82,6 +82,7 @@ bool LeavesFolder(std::string_view path) {
   return false;
 }
 
+/// An entry that cannot be stacked, which is logged, does not keep the others from it.
 void StackEntry(const std::string &folder, const std::string &path) {
   if (folder.empty()) {
     Log("No folder for '%s'", path.c_str());
@@ -93,9 +94,9 @@ void StackEntry(const std::string &folder, const std::string &path) {
   }
   const std::string full = folder + "\\" + path;
   if (full.ends_with('\\')) {
-    iwiStackFolderForDeletion(full, kBaseComponent, kWhenInstalled);
+    static_cast<void>(iwiStackFolderForDeletion(full, kBaseComponent, kWhenInstalled));
   } else {
-    iwiStackFilesForDeletion(full, kBaseComponent, kWhenInstalled);
+    static_cast<void>(iwiStackFilesForDeletion(full, kBaseComponent, kWhenInstalled));
   }
 }
 
@@ -148,10 +149,10 @@ void ProcessUninstallList(const std::string &name) {
     Log("***No temporary file for list '%s'", name.c_str());
     return;
   }
-  if (iwiUnpackBinary(name, ".u00", path, nullptr) != 0) {
+  if (iwiUnpackBinary(name, ".u00", path, nullptr)) {
     ProcessLines(path, name);
   }
-  DeleteOneFile({.execute = true, .path = path, .report = true});
+  static_cast<void>(DeleteOneFile({.execute = true, .path = path, .report = true}));
 }
 
 }  // namespace zqv

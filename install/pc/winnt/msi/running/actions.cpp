@@ -18,12 +18,12 @@ constexpr DWORD kReplacedFilesLength = 64;
 
 }  // namespace
 
-UINT IsQvRunning() {
-  const UINT result = SetSwitch("ZQVQVISRUNNING", IsProductRunning());
-  return result != ERROR_SUCCESS ? result : SetSwitch("ZQVPERFMONISRUNNING", IsPerformanceMonitorRunning());
+ResultCode IsQvRunning() {
+  return ResultOf(SetSwitch("ZQVQVISRUNNING", IsProductRunning()) &&
+                  SetSwitch("ZQVPERFMONISRUNNING", IsPerformanceMonitorRunning()));
 }
 
-UINT StartStopping() {
+ResultCode StartStopping() {
   for (const char *service : {kFirstService, kSecondService}) {
     if (iwiIsServiceActive(service)) {
       iwiStopService(false, false, nullptr, service);
@@ -32,22 +32,22 @@ UINT StartStopping() {
   return ERROR_SUCCESS;
 }
 
-UINT StopIfOnlyIni() {
+ResultCode StopIfOnlyIni() {
   std::string level;
-  if (GetProperty("UILevel", level) != ERROR_SUCCESS) {
+  if (!GetProperty("UILevel", level)) {
     return ERROR_INSTALL_FAILURE;
   }
   if (DecimalValue(level) == kFullUserInterface) {
     return ERROR_SUCCESS;
   }
   std::string onlyIni;
-  if (GetProperty("ONLYINI", onlyIni) != ERROR_SUCCESS) {
+  if (!GetProperty("ONLYINI", onlyIni)) {
     return ERROR_INSTALL_FAILURE;
   }
   return onlyIni.empty() ? ERROR_SUCCESS : ERROR_INSTALL_USEREXIT;
 }
 
-UINT RenameQvService() {
+ResultCode RenameQvService() {
   if (InRunMode(MSIRUNMODE_ROLLBACK)) {
     LogLine("Executing in rollback");
     RenameService(kFirstService, "Korvex QVSeries");
@@ -60,17 +60,17 @@ UINT RenameQvService() {
   return ERROR_SUCCESS;
 }
 
-UINT SetZqvBoot() {
+ResultCode SetZqvBoot() {
   LogLine(InRunMode(MSIRUNMODE_SCHEDULED) ? "Deferred execution" : "Executing in script generation");
   std::string replaced;
-  if (GetProperty("ReplacedInUseFiles", replaced, kReplacedFilesLength) != ERROR_SUCCESS) {
+  if (!GetProperty("ReplacedInUseFiles", replaced, kReplacedFilesLength)) {
     return ERROR_INSTALL_FAILURE;
   }
   const bool scheduled = InRunMode(MSIRUNMODE_REBOOTATEND);
   if (scheduled) {
     LogLine("Reboot is scheduled");
   }
-  return SetSwitch("ZQVBOOT", scheduled || !replaced.empty());
+  return ResultOf(SetSwitch("ZQVBOOT", scheduled || !replaced.empty()));
 }
 
 }  // namespace zqv

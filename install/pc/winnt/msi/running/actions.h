@@ -1,25 +1,25 @@
 #pragma once
 
-#include "platform/win32.h"
+#include "base/result_code.h"
 
 namespace zqv {
 
 /// The small actions around a running product. Each is the body of the exported action named beside it.
 
 /// iwiIsQvRunning: publishes ZQVQVISRUNNING and ZQVPERFMONISRUNNING, each "1" or empty.
-UINT IsQvRunning();
+ResultCode IsQvRunning();
 
 /// iwiStartStopping: asks the product's services to stop, without waiting. Always ERROR_SUCCESS.
-UINT StartStopping();
+ResultCode StartStopping();
 
 /// iwiStopIfOnlyIni: ends an installation that has not the full user interface as a user would when ONLYINI is set:
 /// ERROR_INSTALL_USEREXIT.
-UINT StopIfOnlyIni();
+ResultCode StopIfOnlyIni();
 
 /// iwiRenameQvService: hides the old service under another display name, and undoes that in a rollback.
-UINT RenameQvService();
+ResultCode RenameQvService();
 
 /// iwiSetZqvBoot: publishes as ZQVBOOT, "1" or empty, whether a restart is needed.
-UINT SetZqvBoot();
+ResultCode SetZqvBoot();
 
 }  // namespace zqv

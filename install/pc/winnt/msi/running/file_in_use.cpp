@@ -7,7 +7,7 @@ namespace zqv {
 
 // Deliberate: both lines of failing calls spell "Attribues".
 
-int iwiIsFileInUse(const std::string &path) {
+bool iwiIsFileInUse(const std::string &path) {
   const DWORD attributes = GetFileAttributesA(path.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES) {
     const LONG error = static_cast<LONG>(GetLastError());
@@ -27,7 +27,7 @@ int iwiIsFileInUse(const std::string &path) {
   } else {
     Log("'%s' is not in use", path.c_str());
   }
-  return inUse ? 1 : 0;
+  return inUse;
 }
 
 }  // namespace zqv

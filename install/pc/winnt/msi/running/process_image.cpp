@@ -110,16 +110,17 @@ void Terminate(DWORD id) {
 }  // namespace
 
 void iwiLocatePsapi(std::string *path) {
-  GetKeptProperty(Kept::previousProgramFolder);
+  // A folder that cannot be read, which is logged, is one that is not known.
+  static_cast<void>(GetKeptProperty(Kept::previousProgramFolder));
   std::string found = Format("%s\\%s\\%s", ValueOf(Kept::previousProgramFolder).c_str(), "uninst", kPsapi);
-  if (iwiFileExists(found) != 0) {
+  if (iwiFileExists(found)) {
     Log("Psapi.dll found at '%s'", found.c_str());
   } else {
-    GetKeptProperty(Kept::tempFolder);
+    static_cast<void>(GetKeptProperty(Kept::tempFolder));
     found = Format("%s\\%s", ValueOf(Kept::tempFolder).c_str(), kPsapi);
-    if (iwiFileExists(found) == 0) {
-      iwiUnpackBinary("psapi", ".dll", found, nullptr);
-      if (iwiFileExists(found) == 0) {
+    if (!iwiFileExists(found)) {
+      static_cast<void>(iwiUnpackBinary("psapi", ".dll", found, nullptr));  // whether the file is there tells
+      if (!iwiFileExists(found)) {
         found.clear();
       }
     }
@@ -131,7 +132,7 @@ void iwiLocatePsapi(std::string *path) {
 
 void iwiTerminateProcessByImage(const std::string &folder, const char *name) {
   const std::string path = Format("%s\\%s", folder.c_str(), name);
-  if (iwiIsFileInUse(path) == 0) {
+  if (!iwiIsFileInUse(path)) {
     Log("File '%s' is not locked", path.c_str());
     return;
   }

@@ -22,7 +22,7 @@ constexpr int kHidden = 0;
 }  // namespace
 
 bool ProductFile(const char *name, std::string &path) {
-  if (GetKeptProperty(Kept::programFolder) != ERROR_SUCCESS) {
+  if (!GetKeptProperty(Kept::programFolder)) {
     return false;
   }
   path = Format("%s\\%s\\%s", ValueOf(Kept::programFolder).c_str(), "bin", name);
@@ -31,7 +31,7 @@ bool ProductFile(const char *name, std::string &path) {
 
 bool IsProductFileInUse(const char *name) {
   std::string path;
-  return ProductFile(name, path) && iwiIsFileInUse(path) != 0;
+  return ProductFile(name, path) && iwiIsFileInUse(path);
 }
 
 bool IsProductRunning() {
@@ -46,7 +46,7 @@ bool iwiQueueManagersRunning() {
   if (!ProductFile(kQueueManagerProcess, path)) {
     return false;
   }
-  if (iwiIsFileInUse(path) == 0) {
+  if (!iwiIsFileInUse(path)) {
     Log("No queue managers running");
     return false;
   }
@@ -59,7 +59,7 @@ bool iwiListenersRunning() {
   if (!ProductFile(kListenerProcess, path)) {
     return true;
   }
-  if (iwiIsFileInUse(path) == 0) {
+  if (!iwiIsFileInUse(path)) {
     Log("No listeners running");
     return false;
   }
@@ -71,9 +71,9 @@ void iwiStartQvService() {
   if (!ProductFile(kServiceProcess, path)) {
     return;
   }
-  if (iwiFileExists(path) == 0) {
+  if (!iwiFileExists(path)) {
     Log("***Can't find '%s'", path.c_str());
-  } else if (iwiLaunch(path, "-START -SILENT", "", kHidden, nullptr) != ERROR_SUCCESS) {
+  } else if (!iwiLaunch(path, "-START -SILENT", "", kHidden, nullptr)) {
     Log("***Unable to launch '%s'", path.c_str());
   }
 }

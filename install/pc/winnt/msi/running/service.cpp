@@ -32,14 +32,14 @@ OpenedService Open(const char *service, DWORD access) {
 void ShowStopping(const char *service) {
   std::string text;
   std::string format;
-  if (iwiLoadNlsString(format, message::kStoppingService) != 0) {
+  if (iwiLoadNlsString(format, message::kStoppingService)) {
     FormatInserts(text, format, service);
   }
   SendActionData(text);
   SendProgress(0, kStopTicks);
 }
 
-int LogStopFailure(LONG error, const char *service) {
+bool LogStopFailure(LONG error, const char *service) {
   switch (error) {
     case ERROR_SERVICE_DOES_NOT_EXIST:
       Log("***Service '%s' does not exist", service);
@@ -57,7 +57,7 @@ int LogStopFailure(LONG error, const char *service) {
       Log("***Error %d stopping service '%s'", static_cast<int>(error), service);
       break;
   }
-  return 0;
+  return false;
 }
 
 }  // namespace
@@ -89,31 +89,31 @@ bool iwiIsServiceActive(const char *service) {
   return active;
 }
 
-int iwiStopService(bool countOnly, bool /*ignored*/, int *ticks, const char *service) {
+bool iwiStopService(bool countOnly, bool /*ignored*/, int *ticks, const char *service) {
   if (!countOnly) {
     Log("Stopping service '%s'", service);
   }
   const OpenedService opened = Open(service, SERVICE_STOP);
   if (!opened.manager) {
     Log("***Error %d opening service '%s'", static_cast<int>(opened.error), service);
-    return 0;
+    return false;
   }
   if (!opened.service) {
-    return 1;
+    return true;
   }
   if (countOnly) {
     if (ticks != nullptr) {
       *ticks = AddTicks(*ticks, kStopTicks);
       Log("%s %d", "Ticks count is now", *ticks);
     }
-    return 1;
+    return true;
   }
   ShowStopping(service);
   SERVICE_STATUS status;
   if (ControlService(opened.service.Get(), SERVICE_CONTROL_STOP, &status) == FALSE) {
     return LogStopFailure(static_cast<LONG>(GetLastError()), service);
   }
-  return 1;
+  return true;
 }
 
 void RenameService(const char *service, const char *displayName) {

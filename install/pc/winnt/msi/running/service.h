@@ -14,9 +14,9 @@ bool iwiServiceExists(const char *service);
 bool iwiIsServiceActive(const char *service);
 
 /// Sends the stop request, with a line of action data and its progress; never waits for the stopped state. With
-/// `countOnly` it only adds the progress's ticks to `ticks`, if given. The second flag is ignored. Returns 1, also for
-/// a service that cannot be opened, or 0.
-int iwiStopService(bool countOnly, bool ignored, int *ticks, const char *service);
+/// `countOnly` it only adds the progress's ticks to `ticks`, if given. The second flag is ignored. False for a
+/// failure; a service that cannot be opened is none.
+bool iwiStopService(bool countOnly, bool ignored, int *ticks, const char *service);
 
 /// Gives the service another display name and changes nothing else. One that cannot be opened is passed over in
 /// silence.

@@ -61,7 +61,7 @@ void LaunchForEach(const Stop &stop, const char *command, const char *option) {
     return;
   }
   for (const std::string &name : stop.queueManagers) {
-    if (iwiLaunch(path, Format("%s %s", option, name.c_str()), "", kHidden, nullptr) != ERROR_SUCCESS) {
+    if (!iwiLaunch(path, Format("%s %s", option, name.c_str()), "", kHidden, nullptr)) {
       Log("Unable to launch '%s'", path.c_str());
     }
   }
@@ -102,7 +102,7 @@ void AwaitQueueManagers(Stop &stop, const Step & /*step*/, int steps) {
 
 int PlanListeners(Stop &stop, const Step & /*step*/) {
   std::string path;
-  stop.canEndListeners = ProductFile(kEndListeners, path) && iwiFileExists(path) != 0;
+  stop.canEndListeners = ProductFile(kEndListeners, path) && iwiFileExists(path);
   LogLine(stop.canEndListeners ? "Found endqvlsr" : "Not found endqvlsr");
   return ForEachQueueManager(stop, kListenerSteps);
 }
@@ -146,8 +146,8 @@ constexpr Step kSequence[] = {
 
 bool ReadProperties() {
   std::string version;
-  return GetKeptProperty(Kept::programFolder) == ERROR_SUCCESS && GetKeptProperty(Kept::dataFolder) == ERROR_SUCCESS &&
-         GetProperty("ZQVPREVVERSION", version, kVersionLength) == ERROR_SUCCESS;
+  return GetKeptProperty(Kept::programFolder) && GetKeptProperty(Kept::dataFolder) &&
+         GetProperty("ZQVPREVVERSION", version, kVersionLength);
 }
 
 /// Adds the planned ticks to the bar's length.
@@ -161,7 +161,7 @@ void LengthenBar(int ticks) {
 
 }  // namespace
 
-UINT StopAllQv() {
+ResultCode StopAllQv() {
   Stop stop{.deferred = InRunMode(MSIRUNMODE_SCHEDULED)};
   LogLine(stop.deferred ? "Deferred execution" : "Executing in script generation");
   if (!stop.deferred) {

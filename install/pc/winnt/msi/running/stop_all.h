@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/win32.h"
+#include "base/result_code.h"
 
 namespace zqv {
 
@@ -8,6 +8,6 @@ namespace zqv {
 /// own end commands, and adds the time that the waits may take to the progress bar's length; the deferred pass waits,
 /// with a countdown, and ends by force what is left. Returns ERROR_SUCCESS, or ERROR_INSTALL_FAILURE when a folder or
 /// version property cannot be read.
-UINT StopAllQv();
+ResultCode StopAllQv();
 
 }  // namespace zqv

@@ -128,7 +128,7 @@ void EnterNesting(const char *actionName) {
 }
 
 /// False, with the line and the result that the guard's form asks for, when the running mode is a forbidden one.
-bool GuardAllows(const RunModeGuard &guard, UINT &result) {
+bool GuardAllows(const RunModeGuard &guard, ResultCode &result) {
   if (guard.form == RunModeGuard::none) {
     return true;
   }
@@ -147,8 +147,8 @@ bool GuardAllows(const RunModeGuard &guard, UINT &result) {
   return true;
 }
 
-UINT RunInFrame(const Action &action, MSIHANDLE hInstall) {
-  UINT result = action.initialResult;
+ResultCode RunInFrame(const Action &action, MSIHANDLE hInstall) {
+  ResultCode result = action.initialResult;
   try {
     if (!CaProlog(hInstall, &result, action.name, BuildBanner()) && GuardAllows(action.guard, result) &&
         action.body != nullptr) {
@@ -167,7 +167,7 @@ constinit LoadStateEntry &frameState = state;
 
 const std::string &BuildBanner() { return state->banner; }
 
-UINT RunAction(const Action &action, MSIHANDLE hInstall) noexcept {
+ResultCode RunAction(const Action &action, MSIHANDLE hInstall) noexcept {
   try {
     return RunInFrame(action, hInstall);
   } catch (...) {
@@ -176,7 +176,7 @@ UINT RunAction(const Action &action, MSIHANDLE hInstall) noexcept {
   }
 }
 
-bool CaProlog(MSIHANDLE hInstall, UINT *rcOut, const char *actionName, const std::string &banner) {
+bool CaProlog(MSIHANDLE hInstall, ResultCode *rcOut, const char *actionName, const std::string &banner) {
   ForgetRunModes();
   SessionState &session = Session();
   if (session.topLevelAction.empty()) {
@@ -187,7 +187,7 @@ bool CaProlog(MSIHANDLE hInstall, UINT *rcOut, const char *actionName, const std
     std::string folder;
     // The product's name is only for the log. Deliberate: when either cannot be read, the body runs without the nesting
     // step, so that the depth ends below zero and the next action reports it.
-    if (GetProperty("ProductName", folder) != ERROR_SUCCESS || GetProperty(kExternalFolder, folder) != ERROR_SUCCESS) {
+    if (!GetProperty("ProductName", folder) || !GetProperty(kExternalFolder, folder)) {
       return false;
     }
     if (folder.empty()) {
@@ -206,7 +206,7 @@ bool CaProlog(MSIHANDLE hInstall, UINT *rcOut, const char *actionName, const std
   return false;
 }
 
-UINT CaEpilog(MSIHANDLE /*hInstall*/, UINT rc) {
+ResultCode CaEpilog(MSIHANDLE /*hInstall*/, ResultCode rc) {
   SessionState &session = Session();
   --session.depth;
   const bool outermost = session.depth < 1;
@@ -214,7 +214,7 @@ UINT CaEpilog(MSIHANDLE /*hInstall*/, UINT rc) {
     state->externalLibrary.Reset();
   } else if (outermost && !session.messageShown && rc == ERROR_INSTALL_FAILURE) {
     std::string text;
-    if (iwiLoadNlsString(text, message::kActionFailed) != 0) {
+    if (iwiLoadNlsString(text, message::kActionFailed)) {
       iiiDisplayMsgBox(text, MB_ICONERROR);
     }
   }
@@ -222,7 +222,7 @@ UINT CaEpilog(MSIHANDLE /*hInstall*/, UINT rc) {
     FreeMessageLibrary();
     state->installationMutex.Reset();
   }
-  const UINT result = copyCancelled != FALSE && rc == ERROR_SUCCESS ? ERROR_INSTALL_USEREXIT : rc;
+  const ResultCode result = copyCancelled != FALSE && rc == ERROR_SUCCESS ? ERROR_INSTALL_USEREXIT : rc;
   Log("Returning with rc %d", result);
   session.nestedAction.clear();
   ForgetRunModes();

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/load_state.h"
+#include "base/result_code.h"
 #include "platform/msi.h"
 
 namespace zqv {
@@ -38,10 +39,10 @@ inline constexpr RunModeGuard kBypassedInRollback{RunModeGuard::bypass, {kRollba
 
 /// One exported action.
 struct Action {
-  const char *name;    ///< as the log shows it and as an external copy of the library exports it
-  UINT initialResult;  ///< the result unless the body gives another
+  const char *name;          ///< as the log shows it and as an external copy of the library exports it
+  ResultCode initialResult;  ///< the result unless the body gives another
   RunModeGuard guard;
-  UINT (*body)();  ///< gives the result; null: the initial result is the result
+  ResultCode (*body)();  ///< gives the result; null: the initial result is the result
 };
 
 extern LoadStateEntry &frameState;
@@ -51,14 +52,14 @@ const std::string &BuildBanner();
 
 /// Runs an action: what every entry point does. Returns ERROR_SUCCESS, ERROR_INSTALL_USEREXIT, ERROR_INSTALL_FAILURE or
 /// what an external copy returned. Nothing is thrown.
-UINT RunAction(const Action &action, MSIHANDLE hInstall) noexcept;
+ResultCode RunAction(const Action &action, MSIHANDLE hInstall) noexcept;
 
 /// Returns true when an external copy of the library carried the action out: `*rcOut`, which is untouched otherwise,
 /// holds its result. Returns false when the action's body is to run here.
-bool CaProlog(MSIHANDLE hInstall, UINT *rcOut, const char *actionName, const std::string &banner);
+bool CaProlog(MSIHANDLE hInstall, ResultCode *rcOut, const char *actionName, const std::string &banner);
 
 /// Returns the action's final result.
-UINT CaEpilog(MSIHANDLE hInstall, UINT rc);
+ResultCode CaEpilog(MSIHANDLE hInstall, ResultCode rc);
 
 /// Logs the user's name and the run modes that are true.
 void CaLogRunModes(MSIHANDLE hInstall);

@@ -4,7 +4,7 @@
 
 namespace zqv {
 
-UINT iwiCheckMsiResult(const char *call, const char *argument, UINT answer, UINT &result) {
+ResultCode iwiCheckMsiResult(const char *call, const char *argument, ResultCode answer, ResultCode &result) {
   if (answer != ERROR_SUCCESS) {
     result = answer;
     Log("***%s('%s') failed (%d)", call, argument, answer);
@@ -12,8 +12,8 @@ UINT iwiCheckMsiResult(const char *call, const char *argument, UINT answer, UINT
   return answer;
 }
 
-UINT CheckFirstFailure(const char *call, const char *argument, UINT answer, UINT &result) {
-  UINT later = ERROR_SUCCESS;
+ResultCode CheckFirstFailure(const char *call, const char *argument, ResultCode answer, ResultCode &result) {
+  ResultCode later = ERROR_SUCCESS;
   return iwiCheckMsiResult(call, argument, answer, result == ERROR_SUCCESS ? result : later);
 }
 

@@ -53,18 +53,11 @@ std::string ActionField() {
   return (name.empty() ? "(CaProlog)" : name) + ":";
 }
 
-UINT WriteInstallerLog(const std::string &line) {
-  OwnedInstallerHandle record(MsiCreateRecord(1));
-  if (!record) {
-    return ERROR_INSTALL_FAILURE;
-  }
-  UINT result = ERROR_SUCCESS;
-  if (MsiRecordSetStringA(record.Get(), 1, line.c_str()) == ERROR_SUCCESS) {
+void WriteInstallerLog(const std::string &line) {
+  const OwnedInstallerHandle record(MsiCreateRecord(1));
+  if (record && MsiRecordSetStringA(record.Get(), 1, line.c_str()) == ERROR_SUCCESS) {
     MsiProcessMessage(Session().handle, INSTALLMESSAGE_INFO, record.Get());
-  } else {
-    result = ERROR_INSTALL_FAILURE;
   }
-  return record.Close() == ERROR_SUCCESS ? result : ERROR_INSTALL_FAILURE;
 }
 
 void AppendToFile(const std::string &path, const std::string &line) {
@@ -86,7 +79,7 @@ void AppendToFile(const std::string &path, const std::string &line) {
 bool FindThirdLog(std::string &path) {
   path.clear();
   if (state->dataFolderLog) {
-    if (FillKept(Kept::dataFolder, Drop) != ERROR_SUCCESS) {
+    if (!FillKept(Kept::dataFolder, Drop)) {
       return false;
     }
     const std::string &folder = ValueOf(Kept::dataFolder);
@@ -100,33 +93,31 @@ bool FindThirdLog(std::string &path) {
     ValueOf(Kept::tempLog).clear();
     return true;
   }
-  if (FillKept(Kept::tempLog, Drop) != ERROR_SUCCESS) {
+  if (!FillKept(Kept::tempLog, Drop)) {
     return false;
   }
   path = ValueOf(Kept::tempLog);
   return true;
 }
 
-UINT WriteRaw(const std::string &line) {
-  const UINT result = WriteInstallerLog(line);
+void WriteRaw(const std::string &line) {
+  WriteInstallerLog(line);
   std::string thirdLog;
-  if (FillKept(Kept::traceLog, Drop) != ERROR_SUCCESS || FillKept(Kept::userLog, Drop) != ERROR_SUCCESS ||
-      !FindThirdLog(thirdLog)) {
-    return ERROR_INSTALL_FAILURE;
+  if (!FillKept(Kept::traceLog, Drop) || !FillKept(Kept::userLog, Drop) || !FindThirdLog(thirdLog)) {
+    return;
   }
   AppendToFile(ValueOf(Kept::traceLog), line);
   AppendToFile(ValueOf(Kept::userLog), line);
   AppendToFile(thirdLog, line);
-  return result;
 }
 
 }  // namespace
 
 constinit LoadStateEntry &logState = state;
 
-UINT LogLine(const std::string &text) {
+void LogLine(const std::string &text) {
   if (state->writing) {
-    return ERROR_SUCCESS;
+    return;
   }
   const Writing guard;
   const std::string stamp = Format("%s QVCA %s %s", TimeOfDay().c_str(), kLevel, ActionField().c_str()) + " ";
@@ -135,7 +126,7 @@ UINT LogLine(const std::string &text) {
     LogRaw(stamp + "=============|||| Error, failure, problem, warning ||||=============");
     LogRaw(stamp + "             vvvv                                  vvvv");
   }
-  return WriteRaw(stamp + text);
+  WriteRaw(stamp + text);
 }
 
 void Log(const char *format, ...) {
@@ -146,11 +137,10 @@ void Log(const char *format, ...) {
   LogLine(text);
 }
 
-UINT LogRaw(const std::string &text) {
-  if (state->writing) {
-    return ERROR_SUCCESS;
+void LogRaw(const std::string &text) {
+  if (!state->writing) {
+    WriteRaw(text);
   }
-  return WriteRaw(text);
 }
 
 void UseDataFolderLog() { state->dataFolderLog = true; }

@@ -4,7 +4,6 @@
 
 #include "base/load_state.h"
 #include "platform/compiler.h"
-#include "platform/win32.h"
 
 namespace zqv {
 
@@ -14,17 +13,16 @@ namespace zqv {
 
 extern LoadStateEntry &logState;
 
-/// Writes "HH:MM:SS QVCA info ACTION: text". The text is data, never a format. Returns ERROR_SUCCESS, or
-/// ERROR_INSTALL_FAILURE when the installer's record could not be made or closed or a log's path could not be read;
-/// callers have no need to look. A line logged while a line is being written is dropped.
-UINT LogLine(const std::string &text);
+/// Writes "HH:MM:SS QVCA info ACTION: text". The text is data, never a format. A line logged while a line is being
+/// written is dropped; one that cannot be written is lost: nobody could be told.
+void LogLine(const std::string &text);
 
 /// LogLine with printf's formatting.
 void Log(const char *format, ...) ZQV_PRINTF(1, 2);
 
 /// Writes a text to the same places without a stamp; nothing while a line is being written. A text that begins with a
 /// line feed is written as an empty line and the rest.
-UINT LogRaw(const std::string &text);
+void LogRaw(const std::string &text);
 
 /// Makes the third log "zqvmjpse.txt" in the data folder.
 void UseDataFolderLog();

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "base/result_code.h"
 #include "base/text.h"
 #include "platform/msi.h"
 #include "platform/owner.h"
@@ -67,7 +68,7 @@ WORD ButtonLanguageOf(const std::string &code) {
 
 /// False when the library cannot be loaded, which `id` is named for.
 bool LoadMessageLibrary(UINT id) {
-  if (GetKeptProperty(Kept::tempFolder) != ERROR_SUCCESS) {
+  if (!GetKeptProperty(Kept::tempFolder)) {
     return false;
   }
   if (state->path.empty()) {
@@ -89,7 +90,7 @@ void SendToInstallerLog(const std::string &text) {
     Log("***iiiDisplayMsgBox: unable to create record");
     return;
   }
-  UINT ignored = ERROR_SUCCESS;
+  ResultCode ignored = ERROR_SUCCESS;
   iwiCheckMsiResult("MsiRecordSetString", "1", MsiRecordSetStringA(record.Get(), 1, text.c_str()), ignored);
   MsiProcessMessage(Session().handle, INSTALLMESSAGE_INFO, record.Get());
 }
@@ -98,24 +99,23 @@ void SendToInstallerLog(const std::string &text) {
 
 constinit LoadStateEntry &messageState = state;
 
-int iwiLoadNlsString(std::string &text, UINT id) {
+bool iwiLoadNlsString(std::string &text, UINT id) {
   if (!state->library && !LoadMessageLibrary(id)) {
-    return 0;
+    return false;
   }
   std::array<char, kMessageLength> buffer{};
   const int length = LoadStringA(state->library.Get(), id, buffer.data(), kMessageLength);
   if (length == 0) {
     Log("***iwiLoadNlsString() failed (ID '%lu'). (ZQV4701)", static_cast<unsigned long>(id));
-    return 0;
+    return false;
   }
   text.assign(buffer.data(), static_cast<std::size_t>(length));
-  return 1;
+  return true;
 }
 
 std::string NlsText(UINT id, const char *fallback) {
-  std::string text = fallback;
-  iwiLoadNlsString(text, id);
-  return text;
+  std::string text;
+  return iwiLoadNlsString(text, id) ? text : fallback;
 }
 
 std::string FillInsert(std::string text, std::string_view insert, std::string_view value) {
@@ -150,15 +150,15 @@ int iiiDisplayMsgBox(const std::string &text, UINT type) {
   SendToInstallerLog(line);
 
   std::string level;
-  if (GetProperty("UILevel", level, kLongLength) != ERROR_SUCCESS || DecimalValue(level) == kNoUserInterface) {
+  if (!GetProperty("UILevel", level, kLongLength) || DecimalValue(level) == kNoUserInterface) {
     return 0;
   }
   std::string languageCode;
-  if (GetProperty("ZQVLANGUAGECODE", languageCode, kLongLength) != ERROR_SUCCESS) {
+  if (!GetProperty("ZQVLANGUAGECODE", languageCode, kLongLength)) {
     return 0;
   }
   std::string caption;
-  if (iwiLoadNlsString(caption, message::kCaption) == 0) {
+  if (!iwiLoadNlsString(caption, message::kCaption)) {
     caption = kFallbackCaption;
   }
   const HWND owner = GetForegroundWindow();
@@ -186,8 +186,8 @@ void CloseSplash() {
   }
 }
 
-int FormatInserts(std::string &text, const std::string &format, const char *a1, const char *a2, const char *a3,
-                  const char *a4) {
+bool FormatInserts(std::string &text, const std::string &format, const char *a1, const char *a2, const char *a3,
+                   const char *a4) {
   // A text may name inserts up to %99; those that nobody gives are empty.
   static char none[] = "";
   std::array<char *, 99> inserts;
@@ -202,10 +202,10 @@ int FormatInserts(std::string &text, const std::string &format, const char *a1, 
   if (length == 0) {
     Log("***Error %d from FormatMessage(), '%s'", static_cast<int>(GetLastError()), format.c_str());
     text = format;
-    return 0;
+    return false;
   }
   text.assign(buffer.data(), length);
-  return 1;
+  return true;
 }
 
 }  // namespace zqv

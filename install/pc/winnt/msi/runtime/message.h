@@ -43,8 +43,8 @@ constexpr UINT kServiceLevel = 2092;
 extern LoadStateEntry &messageState;
 
 /// Loads a text of the message library, at most 515 characters of it; the library itself is loaded at the first use.
-/// Returns 1, or 0 with `text` untouched.
-int iwiLoadNlsString(std::string &text, UINT id);
+/// False, with `text` untouched, when it cannot be loaded.
+[[nodiscard]] bool iwiLoadNlsString(std::string &text, UINT id);
 
 /// The same as a value: `fallback` when the text cannot be loaded.
 std::string NlsText(UINT id, const char *fallback = "");
@@ -66,9 +66,9 @@ int iiiDisplayMsgBox(const std::string &text, UINT type);
 /// Closes the product's splash window and waits, without a limit, until it is gone.
 void CloseSplash();
 
-/// Fills the inserts %1 to %4 of a message text, as FormatMessage does; the result has at most 515 characters. Returns
-/// 1, or 0 with the format itself in `text`.
-int FormatInserts(std::string &text, const std::string &format, const char *a1 = "", const char *a2 = "",
-                  const char *a3 = "", const char *a4 = "");
+/// Fills the inserts %1 to %4 of a message text, as FormatMessage does; the result has at most 515 characters. False
+/// with the format itself in `text`.
+bool FormatInserts(std::string &text, const std::string &format, const char *a1 = "", const char *a2 = "",
+                   const char *a3 = "", const char *a4 = "");
 
 }  // namespace zqv

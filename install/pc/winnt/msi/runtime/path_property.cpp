@@ -35,32 +35,29 @@ bool Copy(const std::string &text, const char *what, std::string &copy) {
 
 constinit LoadStateEntry &pathPropertyState = state;
 
-UINT GetPathProperty(const std::string &path, std::string &nameOut) {
+bool GetPathProperty(const std::string &path, std::string &nameOut) {
   const auto known = std::find_if(state->properties.begin(), state->properties.end(),
                                   [&](const iwiPAIR &property) { return EqualNoCase(property.second, path); });
   if (known != state->properties.end()) {
     nameOut = known->first;
-    return ERROR_SUCCESS;
+    return true;
   }
   std::string counter;
-  if (GetProperty(kCounter, counter, kCounterLength) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetProperty(kCounter, counter, kCounterLength)) {
+    return false;
   }
   const int number = DecimalValue(counter);
   const std::string name = Format("%s%d", "ZQVPATHPROPERTY", number);
-  if (SetProperty(name.c_str(), path) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!SetProperty(name.c_str(), path)) {
+    return false;
   }
   nameOut = name;
-  UINT result = ERROR_SUCCESS;
   iwiPAIR property;
-  if (Copy(name, "name", property.first) && Copy(path, "value", property.second)) {
+  const bool copied = Copy(name, "name", property.first) && Copy(path, "value", property.second);
+  if (copied) {
     state->properties.push_front(std::move(property));
-  } else {
-    result = ERROR_INSTALL_FAILURE;
   }
-  const UINT counted = SetProperty(kCounter, std::to_string(NextCounter(number)));
-  return counted != ERROR_SUCCESS ? counted : result;
+  return SetProperty(kCounter, std::to_string(NextCounter(number))) && copied;
 }
 
 }  // namespace zqv

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "base/load_state.h"
-#include "platform/win32.h"
 
 namespace zqv {
 
@@ -12,7 +11,7 @@ namespace zqv {
 extern LoadStateEntry &pathPropertyState;
 
 /// Gives `nameOut` the name of a property that holds `path`: one made before in this load, found without regard to
-/// case, or a new one, numbered by ZQVPROPERTYCOUNTER. Returns ERROR_SUCCESS or ERROR_INSTALL_FAILURE.
-UINT GetPathProperty(const std::string &path, std::string &nameOut);
+/// case, or a new one, numbered by ZQVPROPERTYCOUNTER. False when it cannot be had.
+[[nodiscard]] bool GetPathProperty(const std::string &path, std::string &nameOut);
 
 }  // namespace zqv

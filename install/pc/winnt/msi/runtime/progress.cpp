@@ -19,31 +19,29 @@ int AddUnits(int total, int units) {
   return AddTicks(total, std::min(units, kMost) * kTicksPerUnit);
 }
 
-UINT SendProgress(MSIHANDLE record, int ticks) {
+void SendProgress(MSIHANDLE record, int ticks) {
   if (!InRunMode(MSIRUNMODE_SCHEDULED)) {
-    return ERROR_SUCCESS;
+    return;
   }
   OwnedInstallerHandle own;
   if (record == 0) {
     own = MakeRecord({kProgressIncrement, ticks, 0});
     if (!own) {
-      return ERROR_SUCCESS;
+      return;
     }
     record = own.Get();
   }
   MsiProcessMessage(Session().handle, INSTALLMESSAGE_PROGRESS, record);
-  return ERROR_SUCCESS;
 }
 
-UINT SendActionData(const std::string &text) {
+void SendActionData(const std::string &text) {
   if (!InRunMode(MSIRUNMODE_SCHEDULED)) {
-    return ERROR_SUCCESS;
+    return;
   }
   const OwnedInstallerHandle record = MakeRecord({text.c_str()});
   if (record) {
     MsiProcessMessage(Session().handle, INSTALLMESSAGE_ACTIONDATA, record.Get());
   }
-  return ERROR_SUCCESS;
 }
 
 }  // namespace zqv

@@ -6,8 +6,7 @@
 
 namespace zqv {
 
-/// What the user sees of a deferred action's progress. All of it acts in the scheduled mode only and always gives
-/// ERROR_SUCCESS.
+/// What the user sees of a deferred action's progress. All of it acts in the scheduled mode only.
 
 /// The progress ticks of one unit of work: a file or folder deleted, one step of a wait.
 constexpr int kTicksPerUnit = 100000;
@@ -25,9 +24,9 @@ int AddUnits(int total, int units);
 
 /// Moves the bar by `ticks`. A record that the caller has made is sent as it is, and stays the caller's to close; with
 /// none (0) one is made for the call.
-UINT SendProgress(MSIHANDLE record, int ticks);
+void SendProgress(MSIHANDLE record, int ticks);
 
 /// Shows one line of action data.
-UINT SendActionData(const std::string &text);
+void SendActionData(const std::string &text);
 
 }  // namespace zqv

@@ -1,49 +1,50 @@
 #include "runtime/property.h"
 
 #include "base/path.h"
+#include "base/result_code.h"
 #include "platform/msi.h"
 #include "runtime/log.h"
 #include "runtime/session.h"
 
 namespace zqv {
 
-UINT GetProperty(const char *name, std::string &value, DWORD length) { return ReadProperty(name, value, length, Log); }
+bool GetProperty(const char *name, std::string &value, DWORD length) { return ReadProperty(name, value, length, Log); }
 
-UINT GetTrimmedProperty(const char *name, std::string &value, DWORD length) {
-  const UINT result = GetProperty(name, value, length);
+bool GetTrimmedProperty(const char *name, std::string &value, DWORD length) {
+  const bool read = GetProperty(name, value, length);
   iwiTidyPath(kWithoutBackslash, value);
-  return result;
+  return read;
 }
 
-UINT CadGetProperty(const char *name, std::string &value, DWORD length) {
+bool CadGetProperty(const char *name, std::string &value, DWORD length) {
   return ReadDeferredProperty(name, value, length, Log);
 }
 
-UINT SetProperty(const char *name, const std::string &value) {
+bool SetProperty(const char *name, const std::string &value) {
   if (InDeferredMode()) {
     Log("SETPROPERTY('%s', '%s') ignored during deferred execution", name, value.c_str());
-    return ERROR_SUCCESS;
+    return true;
   }
-  const UINT code = MsiSetPropertyA(Session().handle, name, value.c_str());
+  const ResultCode code = MsiSetPropertyA(Session().handle, name, value.c_str());
   if (code != ERROR_SUCCESS) {
     Log("***msiSetProperty('%s') value('%s') failed (%d)", name, value.c_str(), code);
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   Log("Property '%s' value set to '%s'", name, value.c_str());
-  return ERROR_SUCCESS;
+  return true;
 }
 
-UINT SetSwitch(const char *name, bool value) { return SetProperty(name, value ? "1" : ""); }
+bool SetSwitch(const char *name, bool value) { return SetProperty(name, value ? "1" : ""); }
 
-UINT SetProperties(std::initializer_list<PropertyValue> properties) {
+bool SetProperties(std::initializer_list<PropertyValue> properties) {
   for (const PropertyValue &property : properties) {
-    if (SetProperty(property.name, property.value) != ERROR_SUCCESS) {
-      return ERROR_INSTALL_FAILURE;
+    if (!SetProperty(property.name, property.value)) {
+      return false;
     }
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
-UINT GetKeptProperty(Kept property) { return FillKept(property, Log); }
+bool GetKeptProperty(Kept property) { return FillKept(property, Log); }
 
 }  // namespace zqv

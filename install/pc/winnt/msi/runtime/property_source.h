@@ -22,11 +22,11 @@ constexpr DWORD kNameListLength = 2048;
 extern LoadStateEntry &propertySourceState;
 
 /// Reads a property from the source of the running phase. A property that is not there is no error and gives the empty
-/// text. Returns ERROR_SUCCESS, or ERROR_INSTALL_FAILURE with `value` empty.
-UINT ReadProperty(const char *name, std::string &value, DWORD length, Note note);
+/// text. False, with `value` empty, when it cannot be read.
+[[nodiscard]] bool ReadProperty(const char *name, std::string &value, DWORD length, Note note);
 
 /// Reads from the value list of a deferred action, loading it first if it is not loaded. Results as ReadProperty.
-UINT ReadDeferredProperty(const char *name, std::string &value, DWORD length, Note note);
+[[nodiscard]] bool ReadDeferredProperty(const char *name, std::string &value, DWORD length, Note note);
 
 /// The properties that are kept for the life of the load once they have been read. Which is which: the paths of the
 /// three logs, and the folders.
@@ -39,6 +39,6 @@ const char *NameOf(Kept property);
 std::string &ValueOf(Kept property);
 
 /// Reads a kept property if its value is empty, and keeps it trimmed. Results as ReadProperty.
-UINT FillKept(Kept property, Note note);
+[[nodiscard]] bool FillKept(Kept property, Note note);
 
 }  // namespace zqv

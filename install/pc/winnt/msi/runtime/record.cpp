@@ -2,13 +2,14 @@
 
 #include <string>
 
+#include "base/result_code.h"
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
 
 namespace zqv {
 
 void SetFields(MSIHANDLE record, std::initializer_list<FieldValue> fields) {
-  UINT ignored = ERROR_SUCCESS;
+  ResultCode ignored = ERROR_SUCCESS;
   UINT number = 0;
   for (const FieldValue &field : fields) {
     const std::string shown = std::to_string(++number);

@@ -10,16 +10,16 @@ namespace zqv {
 
 namespace {
 
-void Close(OwnedInstallerHandle &handle, UINT &result) {
+void Close(OwnedInstallerHandle &handle, ResultCode &result) {
   if (handle) {
     CheckFirstFailure("MsiCloseHandle", "", handle.Close(), result);
   }
 }
 
-bool VisitExecuted(MSIHANDLE view, const char *query, UINT &result, const std::function<bool(MSIHANDLE)> &visit) {
+bool VisitExecuted(MSIHANDLE view, const char *query, ResultCode &result, const std::function<bool(MSIHANDLE)> &visit) {
   for (;;) {
     OwnedInstallerHandle row;
-    const UINT fetched = MsiViewFetch(view, row.Out());
+    const ResultCode fetched = MsiViewFetch(view, row.Out());
     if (fetched == ERROR_NO_MORE_ITEMS) {
       return true;
     }
@@ -36,18 +36,18 @@ bool VisitExecuted(MSIHANDLE view, const char *query, UINT &result, const std::f
 
 }  // namespace
 
-UINT ReadRecordText(MSIHANDLE record, UINT field, std::string &text) {
+ResultCode ReadRecordText(MSIHANDLE record, UINT field, std::string &text) {
   text.clear();
   char buffer[kLongLength];
   DWORD length = kLongLength;
-  const UINT code = MsiRecordGetStringA(record, field, buffer, &length);
+  const ResultCode code = MsiRecordGetStringA(record, field, buffer, &length);
   if (code == ERROR_SUCCESS) {
     text.assign(buffer, length);
   }
   return code;
 }
 
-bool VisitRows(const char *query, UINT &result, const std::function<bool(MSIHANDLE row)> &visit) {
+bool VisitRows(const char *query, ResultCode &result, const std::function<bool(MSIHANDLE row)> &visit) {
   OwnedInstallerHandle database(MsiGetActiveDatabase(Session().handle));
   if (!database) {
     Log("***MsiGetActiveDatabase() failed");
@@ -56,9 +56,9 @@ bool VisitRows(const char *query, UINT &result, const std::function<bool(MSIHAND
   }
   bool complete = false;
   OwnedInstallerHandle view;
-  const UINT opened = MsiDatabaseOpenViewA(database.Get(), query, view.Out());
+  const ResultCode opened = MsiDatabaseOpenViewA(database.Get(), query, view.Out());
   if (CheckFirstFailure("MsiDatabaseOpenView", query, opened, result) == ERROR_SUCCESS) {
-    const UINT executed = MsiViewExecute(view.Get(), 0);
+    const ResultCode executed = MsiViewExecute(view.Get(), 0);
     complete = CheckFirstFailure("MsiViewExecute", query, executed, result) == ERROR_SUCCESS &&
                VisitExecuted(view.Get(), query, result, visit);
     CheckFirstFailure("MsiViewClose", "", MsiViewClose(view.Get()), result);

@@ -3,6 +3,7 @@
 #include <functional>
 #include <string>
 
+#include "base/result_code.h"
 #include "platform/msi.h"
 
 namespace zqv {
@@ -11,11 +12,11 @@ namespace zqv {
 
 /// Reads a text field. A text of more than 515 characters is an error (ERROR_MORE_DATA). Returns the installer's code,
 /// with `text` empty unless it is ERROR_SUCCESS; logs nothing.
-UINT ReadRecordText(MSIHANDLE record, UINT field, std::string &text);
+[[nodiscard]] ResultCode ReadRecordText(MSIHANDLE record, UINT field, std::string &text);
 
 /// Hands each row that the query finds to `visit`, until that gives false. A failing installer call is logged and ends
 /// the walk; `result` gets the code of the first one, unless it holds a failure already. Returns true when the walk
 /// came to the last row.
-bool VisitRows(const char *query, UINT &result, const std::function<bool(MSIHANDLE row)> &visit);
+bool VisitRows(const char *query, ResultCode &result, const std::function<bool(MSIHANDLE row)> &visit);
 
 }  // namespace zqv

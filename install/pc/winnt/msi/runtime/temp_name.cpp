@@ -13,15 +13,16 @@ constexpr unsigned long kNumbers = 65535;
 
 /// Fills the temporary folder's kept value, from TempFolder where ZQVTEMP is empty. False when a read fails.
 bool FindTempFolder() {
-  if (GetKeptProperty(Kept::tempFolder) != ERROR_SUCCESS) {
+  if (!GetKeptProperty(Kept::tempFolder)) {
     return false;
   }
   std::string &folder = ValueOf(Kept::tempFolder);
   if (folder.empty()) {
-    if (GetTrimmedProperty("TempFolder", folder) != ERROR_SUCCESS) {
+    if (!GetTrimmedProperty("TempFolder", folder)) {
       return false;
     }
-    SetProperty(NameOf(Kept::tempFolder), folder);
+    // The other actions look for the folder themselves.
+    static_cast<void>(SetProperty(NameOf(Kept::tempFolder), folder));
   }
   return true;
 }
@@ -38,7 +39,7 @@ std::string TempName(bool persistNumber, const char *prefix, const char *extensi
   }
   std::string number;
   if (persistNumber) {
-    if (GetProperty(kNumberProperty, number, kCounterLength) != ERROR_SUCCESS) {
+    if (!GetProperty(kNumberProperty, number, kCounterLength)) {
       return {};
     }
     if (!number.empty()) {
@@ -53,7 +54,8 @@ std::string TempName(bool persistNumber, const char *prefix, const char *extensi
     std::string created = iwiCreateNewFile(Compose(prefix, number, extension));
     if (!created.empty()) {
       if (persistNumber) {
-        SetProperty(kNumberProperty, number);
+        // Without the number, which is logged, there is the file all the same.
+        static_cast<void>(SetProperty(kNumberProperty, number));
       }
       return created;
     }

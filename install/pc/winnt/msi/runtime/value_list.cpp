@@ -16,11 +16,11 @@ constexpr LONG kDefaultSize = 512000;
 
 }  // namespace
 
-unsigned ValueList::Load(const char *path, Note note) {
+bool ValueList::Load(const char *path, Note note) {
   OwnedFile file(CreateFileA(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file) {
     note("***Can't open '%s' (%d)", path, static_cast<int>(GetLastError()));
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   LONG size = static_cast<LONG>(GetFileSize(file.Get(), nullptr));
   file.Reset();
@@ -29,9 +29,8 @@ unsigned ValueList::Load(const char *path, Note note) {
     size = kDefaultSize;
   }
   note("Size of value list is %d", static_cast<int>(size));
-  const unsigned result = ReadLine(path, static_cast<std::size_t>(size), note);
-  if (result != ERROR_SUCCESS) {
-    return result;
+  if (!ReadLine(path, static_cast<std::size_t>(size), note)) {
+    return false;
   }
   try {
     Index();
@@ -39,30 +38,30 @@ unsigned ValueList::Load(const char *path, Note note) {
     note("Can't allocate property value list work (%d)", static_cast<int>(size));
     text_.reset();
     entries_.clear();
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
-unsigned ValueList::ReadLine(const char *path, std::size_t size, Note note) {
+bool ValueList::ReadLine(const char *path, std::size_t size, Note note) {
   const std::size_t capacity = size + 4;
   std::unique_ptr<char[]> text(new (std::nothrow) char[capacity]);
   if (!text) {
     note("Can't allocate property value list (%d)", static_cast<int>(capacity));
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   OwnedStream file(OpenCFile(path, "rt"));
   if (!file) {
     note("Can't open '%s'", path);
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   text[0] = '\0';
   if (std::fgets(text.get(), static_cast<int>(size + 1), file.Get()) == nullptr && std::ferror(file.Get()) != 0) {
     note("***Can't read '%s'", path);
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   text_ = std::move(text);
-  return ERROR_SUCCESS;
+  return true;
 }
 
 void ValueList::Index() {

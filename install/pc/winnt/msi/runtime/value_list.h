@@ -12,9 +12,9 @@ namespace zqv {
 /// The values that an immediate action left for the deferred ones: one line of "NAME=value;" entries in a text file.
 class ValueList {
  public:
-  /// Reads the file's first line and indexes it; notes each step. Returns ERROR_SUCCESS, or ERROR_INSTALL_FAILURE with
-  /// the list left unloaded. An empty file is an empty list.
-  unsigned Load(const char *path, Note note);
+  /// Reads the file's first line and indexes it; notes each step. False, with the list left unloaded, when that fails.
+  /// An empty file is an empty list.
+  [[nodiscard]] bool Load(const char *path, Note note);
 
   bool IsLoaded() const { return text_ != nullptr; }
 
@@ -28,7 +28,7 @@ class ValueList {
     std::string_view value;
   };
 
-  unsigned ReadLine(const char *path, std::size_t size, Note note);
+  bool ReadLine(const char *path, std::size_t size, Note note);
   void Index();
 
   std::unique_ptr<char[]> text_;

@@ -149,14 +149,14 @@ Index MakeIndex(bool exactCase) {
 
 constinit LoadStateEntry &responseFileState = state;
 
-int iwiReadResponseFile(const std::string &path) {
+bool iwiReadResponseFile(const std::string &path) {
   if (!state->stanzas.empty()) {
-    return 1;
+    return true;
   }
   const OwnedStream file(OpenCFile(path.c_str(), "rt"));
   if (!file) {
     Log("***Can't open '%s'", path.c_str());
-    return 0;
+    return false;
   }
   bool good = true;
   char line[kLineLength];
@@ -167,10 +167,10 @@ int iwiReadResponseFile(const std::string &path) {
     Log("***Can't read '%s'", path.c_str());
     good = false;
   }
-  return good ? 1 : 0;
+  return good;
 }
 
-int iwiGetResponseValue(bool exactCase, const std::string &stanza, const std::string &keyword, std::string &value) {
+bool iwiGetResponseValue(bool exactCase, const std::string &stanza, const std::string &keyword, std::string &value) {
   value.clear();
   Index &index = state->indexes[exactCase ? 1 : 0];
   if (index.empty()) {
@@ -178,10 +178,10 @@ int iwiGetResponseValue(bool exactCase, const std::string &stanza, const std::st
   }
   const auto found = index.find(KeyOfStanza(stanza) + KeyOfKeyword(exactCase, keyword));
   if (found == index.end() || found->second == nullptr) {
-    return 0;
+    return false;
   }
   value = *found->second;
-  return 1;
+  return true;
 }
 
 }  // namespace zqv

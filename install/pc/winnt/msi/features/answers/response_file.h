@@ -19,13 +19,15 @@ namespace zqv {
 
 extern LoadStateEntry &responseFileState;
 
-/// Loads a response file, once a load: when stanzas are loaded already nothing is done, and the answer is 1. Returns 1
-/// when every line was good. Otherwise 0: each bad line is logged and dropped, and the good ones are loaded; a file
+/// Loads a response file, once a load: when stanzas are loaded already nothing is done, and the answer is true. True
+/// when every line was good. Otherwise false: each bad line is logged and dropped, and the good ones are loaded; a file
 /// that cannot be opened is logged and leaves nothing loaded.
-int iwiReadResponseFile(const std::string &path);
+[[nodiscard]] bool iwiReadResponseFile(const std::string &path);
 
 /// Looks a keyword up in the last stanza of the given name, which is compared without regard to case; the last line of
-/// the keyword counts. `exactCase` says whether the keyword's case matters. Returns 1, or 0 with `value` empty.
-int iwiGetResponseValue(bool exactCase, const std::string &stanza, const std::string &keyword, std::string &value);
+/// the keyword counts. `exactCase` says whether the keyword's case matters. False, with `value` empty, when it is not
+/// there.
+[[nodiscard]] bool iwiGetResponseValue(bool exactCase, const std::string &stanza, const std::string &keyword,
+                                       std::string &value);
 
 }  // namespace zqv

@@ -19,7 +19,7 @@ constinit LoadState<State> state;
 
 void ShowUnreadable(const std::string &path) {
   std::string format;
-  if (iwiLoadNlsString(format, message::kResponseFileUnreadable) == 0) {
+  if (!iwiLoadNlsString(format, message::kResponseFileUnreadable)) {
     return;
   }
   std::string text;
@@ -31,37 +31,39 @@ void ShowUnreadable(const std::string &path) {
 
 constinit LoadStateEntry &responsePropertyState = state;
 
-UINT GetPropertyWithResponse(const char *name, std::string &value, bool *fromResponse, DWORD length) {
+bool GetPropertyWithResponse(const char *name, std::string &value, bool *fromResponse, DWORD length) {
   value.clear();
   if (fromResponse != nullptr) {
     *fromResponse = false;
   }
-  const UINT result = GetProperty(name, value, length);
-  if (result != ERROR_SUCCESS || !value.empty() || state->noResponseFile) {
-    return result;
+  if (!GetProperty(name, value, length)) {
+    return false;
+  }
+  if (!value.empty() || state->noResponseFile) {
+    return true;
   }
   if (state->path.empty()) {
-    if (GetTrimmedProperty("USEINI", state->path) != ERROR_SUCCESS) {
-      return ERROR_INSTALL_FAILURE;
+    if (!GetTrimmedProperty("USEINI", state->path)) {
+      return false;
     }
     if (state->path.empty()) {
       state->noResponseFile = true;
-      return ERROR_SUCCESS;
+      return true;
     }
   }
-  if (iwiReadResponseFile(state->path) == 0) {
+  if (!iwiReadResponseFile(state->path)) {
     ShowUnreadable(state->path);
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
-  if (iwiGetResponseValue(false, kStanza, name, value) == 0) {
+  if (!iwiGetResponseValue(false, kStanza, name, value)) {
     Log("Property '%s' not defined in response file", name);
-    return ERROR_SUCCESS;
+    return true;
   }
   Log("Property '%s', value '%s' from response file", name, value.c_str());
   if (fromResponse != nullptr) {
     *fromResponse = true;
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
 const std::string &ResponseFilePath() { return state->path; }

@@ -36,17 +36,17 @@ void AddLine(std::string &text, const char *keyword, const std::string &value, c
   text.append(prefix).append(keyword).append("=\"").append(value).append("\"\r\n");
 }
 
-UINT AddFolders(std::string &text) {
+bool AddFolders(std::string &text) {
   constexpr std::pair<const char *, const char *> kFolders[] = {
       {"PGMFOLDER", "ZQVPGMFOLDER"}, {"DATFOLDER", "ZQVDATFOLDER"}, {"LOGFOLDER", "ZQVLOGFOLDER"}};
   for (const auto &[keyword, property] : kFolders) {
     std::string folder;
-    if (GetTrimmedProperty(property, folder) != ERROR_SUCCESS) {
-      return ERROR_INSTALL_FAILURE;
+    if (!GetTrimmedProperty(property, folder)) {
+      return false;
     }
     AddLine(text, keyword, folder);
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
 /// The list that a feature in this state belongs to; null when it belongs to none.
@@ -66,15 +66,15 @@ std::string *ListFor(INSTALLSTATE state, FeatureLists &lists) {
   }
 }
 
-UINT ListFeature(const char *feature, FeatureLists &lists) {
+bool ListFeature(const char *feature, FeatureLists &lists) {
   INSTALLSTATE installed = INSTALLSTATE_UNKNOWN;
   INSTALLSTATE action = INSTALLSTATE_UNKNOWN;
-  const UINT code = MsiGetFeatureStateA(Session().handle, feature, &installed, &action);
+  const ResultCode code = MsiGetFeatureStateA(Session().handle, feature, &installed, &action);
   if (code == kUnknownFeature) {
     installed = action = INSTALLSTATE_UNKNOWN;
   } else if (code != ERROR_SUCCESS) {
     Log("Error %d from MsiGetFeatureState(%s)", code, feature);
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   Log("'%s' Installed: %d Action: %d", feature, installed, action);
   std::string *list = ListFor(action, lists);
@@ -82,16 +82,15 @@ UINT ListFeature(const char *feature, FeatureLists &lists) {
   if (list != nullptr) {
     list->append(list->empty() ? "" : ",").append(feature);
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
 /// A feature whose state cannot be read is left out, and makes the answer a failure.
-UINT AddFeatures(std::string &text) {
-  UINT result = ERROR_SUCCESS;
+bool AddFeatures(std::string &text) {
+  bool complete = true;
   FeatureLists lists;
   for (const char *feature : kFeatureNames) {
-    const UINT listed = ListFeature(feature, lists);
-    result = listed != ERROR_SUCCESS ? listed : result;
+    complete = ListFeature(feature, lists) && complete;
   }
   AddLine(text, "ADDLOCAL", lists.local);
   AddLine(text, "REMOVE", lists.absent);
@@ -101,35 +100,35 @@ UINT AddFeatures(std::string &text) {
   if (!lists.advertised.empty()) {
     AddLine(text, "ADVERTISE", lists.advertised);
   }
-  return result;
+  return complete;
 }
 
-UINT AddSwitches(std::string &text) {
+bool AddSwitches(std::string &text) {
   for (const auto &[keyword, prefix] : kSwitches) {
     std::string value;
-    if (GetProperty(keyword, value) != ERROR_SUCCESS) {
-      return ERROR_INSTALL_FAILURE;
+    if (!GetProperty(keyword, value)) {
+      return false;
     }
     AddLine(text, keyword, value, prefix);
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
 /// Writes the text as bytes, so that its line ends stay as they are, and closes the file.
-UINT WriteAndClose(OwnedStream &file, const std::string &path, const std::string &text) {
+bool WriteAndClose(OwnedStream &file, const std::string &path, const std::string &text) {
   const bool written = std::fwrite(text.data(), 1, text.size(), file.Get()) == text.size();
   if (file.Close() != 0 || !written) {
     Log("***Error writing '%s'", path.c_str());
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
 }  // namespace
 
-UINT WriteResponseFile() {
+ResultCode WriteResponseFile() {
   std::string path;
-  if (GetTrimmedProperty("SAVEINI", path) != ERROR_SUCCESS) {
+  if (!GetTrimmedProperty("SAVEINI", path)) {
     return ERROR_INSTALL_FAILURE;
   }
   Log("Writing response file '%s'", path.c_str());
@@ -140,17 +139,16 @@ UINT WriteResponseFile() {
   }
   // Written at once, so that a file never holds but a part of the answers.
   std::string text = "[Response]\r\n";
-  if (AddFolders(text) != ERROR_SUCCESS) {
+  if (!AddFolders(text)) {
     return ERROR_INSTALL_FAILURE;
   }
-  const UINT result = AddFeatures(text);
+  const bool complete = AddFeatures(text);
   AddLine(text, "AGREETOLICENSE", "yes", kComment);
   AddLine(text, "REMOVEFEATURES", "yes", kComment);
-  if (AddSwitches(text) != ERROR_SUCCESS) {
+  if (!AddSwitches(text)) {
     return ERROR_INSTALL_FAILURE;
   }
-  const UINT written = WriteAndClose(file, path, text);
-  return written != ERROR_SUCCESS ? written : result;
+  return ResultOf(WriteAndClose(file, path, text) && complete);
 }
 
 }  // namespace zqv

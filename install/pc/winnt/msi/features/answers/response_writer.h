@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/win32.h"
+#include "base/result_code.h"
 
 namespace zqv {
 
@@ -8,6 +8,6 @@ namespace zqv {
 /// SAVEINI names, for later installations. Returns ERROR_SUCCESS, or ERROR_INSTALL_FAILURE when the file cannot be made
 /// or written, or a property or a feature's state cannot be read. Without a property the file stays empty; without a
 /// feature's state, the file lacks that feature only.
-UINT WriteResponseFile();
+ResultCode WriteResponseFile();
 
 }  // namespace zqv

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "base/result_code.h"
 #include "init/primary/registry_service_level.h"
 #include "platform/win32.h"
 
@@ -11,7 +12,7 @@ namespace zqv {
 /// What the sections of primary initialisation learn for those behind them.
 struct Facts {
   /// Of the action, unless a section ends it; a failed section that does not is kept here.
-  UINT result = ERROR_SUCCESS;
+  ResultCode result = ERROR_SUCCESS;
   bool administrative = false;  ///< the installation only lays out an image of the package
   bool testRun = false;         ///< the package is the test package
 
@@ -28,10 +29,10 @@ struct Facts {
   std::optional<bool> clientOnly;  ///< use AskClientOnly
 };
 
-/// A section: one step of primary initialisation. Returns ERROR_SUCCESS, or ERROR_INSTALL_FAILURE to end the action.
-using Section = UINT (*)(Facts &facts);
+/// A section: one step of primary initialisation. False ends the action, as a failure.
+using Section = bool (*)(Facts &facts);
 
 /// As IsClientOnly, which is asked once.
-UINT AskClientOnly(Facts &facts, bool &clientOnly);
+[[nodiscard]] bool AskClientOnly(Facts &facts, bool &clientOnly);
 
 }  // namespace zqv

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/result_code.h"
 #include "base/text.h"
 #include "features/answers/response_property.h"
 #include "runtime/installer_result.h"
@@ -31,10 +32,10 @@ class FeatureNames {
     if (loaded_) {
       return true;
     }
-    UINT result = ERROR_SUCCESS;
+    ResultCode result = ERROR_SUCCESS;
     const bool complete = VisitRows(kQuery, result, [&](MSIHANDLE row) {
       std::string name;
-      const UINT read = CheckFirstFailure("MsiRecordGetString", "Feature", ReadRecordText(row, 1, name), result);
+      const ResultCode read = CheckFirstFailure("MsiRecordGetString", "Feature", ReadRecordText(row, 1, name), result);
       names_.insert(std::move(name));
       return read == ERROR_SUCCESS;
     });
@@ -89,18 +90,18 @@ void ShowUnknown(const std::vector<std::string_view> &names, const std::string &
 
 }  // namespace
 
-UINT ValidateFeatureLists() {
+bool ValidateFeatureLists() {
   FeatureNames features;
   bool valid = true;
   for (const char *property : kLists) {
     std::string list;
     bool fromResponse = false;
-    if (GetPropertyWithResponse(property, list, &fromResponse, kNameListLength) != ERROR_SUCCESS) {
-      return ERROR_INSTALL_FAILURE;
+    if (!GetPropertyWithResponse(property, list, &fromResponse, kNameListLength)) {
+      return false;
     }
     std::vector<std::string_view> names = NamesIn(list);
     if (!names.empty() && !features.Load()) {
-      return ERROR_INSTALL_FAILURE;
+      return false;
     }
     std::erase_if(names, [&](std::string_view name) { return features.Has(name); });
     if (!names.empty()) {
@@ -110,9 +111,9 @@ UINT ValidateFeatureLists() {
   }
   if (!valid) {
     Log("***Stopping because of unknown features");
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
 }  // namespace zqv

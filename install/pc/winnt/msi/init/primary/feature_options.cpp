@@ -20,31 +20,31 @@ constinit LoadState<std::string> removal;
 
 constinit LoadStateEntry &featureOptionState = removal;
 
-UINT PublishRemoval(Facts & /*facts*/) {
-  if (removal->empty() && GetProperty("REMOVE", *removal, kNameListLength) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+bool PublishRemoval(Facts & /*facts*/) {
+  if (removal->empty() && !GetProperty("REMOVE", *removal, kNameListLength)) {
+    return false;
   }
   return SetProperty("ZQVREMOVE", EqualNoCase(*removal, "all") ? "1" : "0");
 }
 
-UINT DefaultReinstallMode(Facts &facts) {
+bool DefaultReinstallMode(Facts &facts) {
   if (facts.administrative) {
-    return ERROR_SUCCESS;
+    return true;
   }
   std::string mode;
-  if (GetProperty("REINSTALLMODE", mode) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetProperty("REINSTALLMODE", mode)) {
+    return false;
   }
   if (!mode.empty()) {
-    return ERROR_SUCCESS;
+    return true;
   }
   std::string version;
-  if (GetProperty("VersionNT", version) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetProperty("VersionNT", version)) {
+    return false;
   }
   return SetProperty("REINSTALLMODE", DecimalValue(version) > kNewestWithoutAmus ? "amus" : "omus");
 }
 
-UINT CheckFeatureLists(Facts & /*facts*/) { return ValidateFeatureLists(); }
+bool CheckFeatureLists(Facts & /*facts*/) { return ValidateFeatureLists(); }
 
 }  // namespace zqv

@@ -17,43 +17,43 @@ constexpr UINT kSettingsSize = 12;             // HIGHCONTRAST of 32-bit Windows
 constexpr unsigned kBrightText = 3 * 255 / 2;  // deliberately the half rounded down, and text must be brighter
 
 /// What the product that is installed already was told.
-UINT AskRegistry() {
+bool AskRegistry() {
   std::string mode;
-  if (ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, "HighContrastMode", mode) == 0) {
+  if (!ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, "HighContrastMode", mode)) {
     LogLine("Can't find QV registry high contrast flag");
-    return ERROR_SUCCESS;
+    return true;
   }
   Log("QV registry high contrast flag is '%s'", mode.c_str());
-  return mode.starts_with('0') ? ERROR_SUCCESS : SetProperty(kProperty, "1");
+  return mode.starts_with('0') || SetProperty(kProperty, "1");
 }
 
 /// Sets `failed` when the system does not say.
-UINT AskAccessibility(bool &failed) {
+bool AskAccessibility(bool &failed) {
   LogLine("Checking operating system for high contrast mode");
   HIGHCONTRASTA settings{};
   settings.cbSize = kSettingsSize;
   if (SystemParametersInfoA(SPI_GETHIGHCONTRAST, kSettingsSize, &settings, 0) == FALSE) {
     Log("RC %d from SystemParametersInfo(SPI_GETHIGHCONTRAST)", static_cast<int>(GetLastError()));
     failed = true;
-    return ERROR_SUCCESS;
+    return true;
   }
   if ((settings.dwFlags & HCF_HIGHCONTRASTON) == 0) {
     LogLine("Accessibility high contrast mode is off");
-    return ERROR_SUCCESS;
+    return true;
   }
   LogLine("Accessibility high contrast mode is on");
   return SetProperty(kProperty, "1");
 }
 
 /// A light text colour implies a dark background.
-UINT AskTextColour() {
+bool AskTextColour() {
   const DWORD colour = GetSysColor(COLOR_WINDOWTEXT);
   const unsigned red = colour & 0xFF;
   const unsigned green = colour >> 8 & 0xFF;
   const unsigned blue = colour >> 16 & 0xFF;
   Log("Text colour is R:%d G:%d B:%d", red, green, blue);
   if (red + green + blue <= kBrightText) {
-    return ERROR_SUCCESS;
+    return true;
   }
   LogLine("Setting high contrast mode because of text colour");
   return SetProperty(kProperty, "1");
@@ -61,31 +61,31 @@ UINT AskTextColour() {
 
 }  // namespace
 
-UINT PublishHighContrast(Facts &facts) {
-  if (GetPropertyWithResponse("HIGHCONTRAST", facts.highContrast) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+bool PublishHighContrast(Facts &facts) {
+  if (!GetPropertyWithResponse("HIGHCONTRAST", facts.highContrast)) {
+    return false;
   }
   if (!facts.highContrast.empty()) {
     return SetProperty(kProperty, IsNo(facts.highContrast) ? "0" : "1");
   }
   std::string known;
-  if (AskRegistry() != ERROR_SUCCESS || GetProperty(kProperty, known) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!AskRegistry() || !GetProperty(kProperty, known)) {
+    return false;
   }
   bool failed = false;
-  if (known.empty() && AskAccessibility(failed) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (known.empty() && !AskAccessibility(failed)) {
+    return false;
   }
   if (failed) {
-    return ERROR_SUCCESS;
+    return true;
   }
-  if (GetProperty(kProperty, known) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetProperty(kProperty, known)) {
+    return false;
   }
-  return known.empty() ? AskTextColour() : static_cast<UINT>(ERROR_SUCCESS);
+  return !known.empty() || AskTextColour();
 }
 
-UINT PublishHighContrastChoice(Facts &facts) {
+bool PublishHighContrastChoice(Facts &facts) {
   const std::string &choice = facts.highContrast;
   const char *value = choice.empty() ? "" : IsNo(choice) ? "0" : IsYes(choice) ? "1" : "";
   return SetProperty("ZQVSETHIGHCONTRAST", value);

@@ -1,6 +1,7 @@
 #include <array>
 #include <string>
 
+#include "base/result_code.h"
 #include "base/text.h"
 #include "init/primary/sections.h"
 #include "platform/owner.h"
@@ -91,7 +92,7 @@ const InstallationLanguage *InstallationLanguageOf(char letter) {
   return nullptr;
 }
 
-bool Succeeded(const char *call, UINT code) {
+bool Succeeded(const char *call, ResultCode code) {
   if (code != ERROR_SUCCESS) {
     Log("%s error %d. Query '%s'", call, static_cast<int>(code), kQuery);
   }
@@ -108,7 +109,7 @@ struct UiText {
 bool FetchUiText(MSIHANDLE view, UiText &uiText) {
   for (const char *fetch = "MsiViewFetch(1)";; fetch = "MsiViewFetch(2)") {
     OwnedInstallerHandle row;
-    const UINT code = MsiViewFetch(view, row.Out());
+    const ResultCode code = MsiViewFetch(view, row.Out());
     if (code == ERROR_NO_MORE_ITEMS) {
       return true;
     }
@@ -134,27 +135,27 @@ bool ReadUiText(UiText &uiText) {
     return false;
   }
   const bool read = Succeeded("MsiViewExecute()", MsiViewExecute(view.Get(), 0)) && FetchUiText(view.Get(), uiText);
-  UINT ignored = ERROR_SUCCESS;
+  ResultCode ignored = ERROR_SUCCESS;
   iwiCheckMsiResult("MsiViewClose", kQuery, MsiViewClose(view.Get()), ignored);
   return read;
 }
 
 }  // namespace
 
-UINT PublishSystemLanguage(Facts &facts) {
+bool PublishSystemLanguage(Facts &facts) {
   std::string identifier;
-  if (GetProperty("SystemLanguageID", identifier) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetProperty("SystemLanguageID", identifier)) {
+    return false;
   }
   const SystemLanguage &language = SystemLanguageOf(DecimalValue(identifier));
   facts.systemLetter = language.letter;
   return SetProperties({{"ZQVSYSTEMLANGUAGECODE", language.code}, {"ZQVLANGUAGELIC", language.code}});
 }
 
-UINT FindInstallationLanguage(Facts &facts) {
+bool FindInstallationLanguage(Facts &facts) {
   UiText uiText;
   if (!ReadUiText(uiText)) {
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   if (uiText.found) {
     Log("UI text key '%s': '%s'", kLanguageKey, uiText.text.c_str());
@@ -180,22 +181,22 @@ UINT FindInstallationLanguage(Facts &facts) {
   }
   facts.letter = language->letter;
   facts.language = language->name;
-  return ERROR_SUCCESS;
+  return true;
 }
 
-UINT PublishInstallationLanguage(Facts &facts) {
+bool PublishInstallationLanguage(Facts &facts) {
   const char letter[] = {facts.letter, '\0'};
   return SetProperties({{"ZQVLANGUAGECODE", letter}, {"ZQVLANGUAGE", facts.language}});
 }
 
-UINT RequireLanguageTransform(Facts &facts) {
+bool RequireLanguageTransform(Facts &facts) {
   if (facts.transformFound) {
-    return ERROR_SUCCESS;
+    return true;
   }
   iiiDisplayMsgBox(
       NlsText(message::kNoLanguage, "No installation language specified. Use the TRANSFORMS property. (ZQV4732)"),
       MB_ICONERROR);
-  return ERROR_INSTALL_FAILURE;
+  return false;
 }
 
 }  // namespace zqv

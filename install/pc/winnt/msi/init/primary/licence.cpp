@@ -15,16 +15,16 @@ constexpr char kAgreement[] = "AGREETOLICENSE";
 
 }  // namespace
 
-UINT DetermineLicenceType(Facts &facts) {
+bool DetermineLicenceType(Facts &facts) {
   std::string asGiven;
-  if (GetTrimmedProperty("ZQVLICENSETYPE", asGiven) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetTrimmedProperty("ZQVLICENSETYPE", asGiven)) {
+    return false;
   }
   std::string type = asGiven.empty() ? "production" : LowerCase(asGiven);
   if (type == "trial") {
     std::string toProduction;
-    if (GetTrimmedProperty("TRIALTOPROD", toProduction) != ERROR_SUCCESS) {
-      return ERROR_INSTALL_FAILURE;
+    if (!GetTrimmedProperty("TRIALTOPROD", toProduction)) {
+      return false;
     }
     if (IsYes(toProduction)) {
       type = "production";
@@ -32,22 +32,22 @@ UINT DetermineLicenceType(Facts &facts) {
   }
   if (type != "production" && type != "trial" && type != "beta") {
     Log("***Unknown licence type '%s'", asGiven.c_str());
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   facts.licenceType = type;
-  return ERROR_SUCCESS;
+  return true;
 }
 
-UINT CheckLicenceAcceptance(Facts & /*facts*/) {
+bool CheckLicenceAcceptance(Facts & /*facts*/) {
   // For the log only: they tell how the question could be answered.
   std::string value;
   for (const char *name : {"Installed", "UILevel"}) {
-    if (GetProperty(name, value) != ERROR_SUCCESS) {
-      return ERROR_INSTALL_FAILURE;
+    if (!GetProperty(name, value)) {
+      return false;
     }
   }
-  if (GetPropertyWithResponse(kAgreement, value) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetPropertyWithResponse(kAgreement, value)) {
+    return false;
   }
   if (IsYes(value)) {
     return SetProperty("AgreeToLicense", "Yes");
@@ -55,9 +55,9 @@ UINT CheckLicenceAcceptance(Facts & /*facts*/) {
   if (!value.empty() && !IsNo(value)) {
     Log("***%s value '%s' not acceptable", kAgreement, value.c_str());
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
-UINT PublishLicenceFolder(Facts & /*facts*/) { return SetProperty("ZQVLICENSEPATH", "licenses"); }
+bool PublishLicenceFolder(Facts & /*facts*/) { return SetProperty("ZQVLICENSEPATH", "licenses"); }
 
 }  // namespace zqv

@@ -38,7 +38,7 @@ bool IsApplied(const SupportPac &pac) {
 
 }  // namespace
 
-UINT LogOperatingSystem(Facts & /*facts*/) {
+bool LogOperatingSystem(Facts & /*facts*/) {
   OSVERSIONINFOEXA system{};
   system.dwOSVersionInfoSize = sizeof system;
   if (GetVersionExA(reinterpret_cast<OSVERSIONINFOA *>(&system)) != FALSE) {
@@ -54,32 +54,32 @@ UINT LogOperatingSystem(Facts & /*facts*/) {
   return GetProperty("MsiNTProductType", productType);
 }
 
-UINT SettleTempFolder(Facts & /*facts*/) {
+bool SettleTempFolder(Facts & /*facts*/) {
   std::string folder;
-  if (GetTrimmedProperty("ZQVTEMP", folder) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetTrimmedProperty("ZQVTEMP", folder)) {
+    return false;
   }
-  if (folder.empty() &&
-      (GetTrimmedProperty("TempFolder", folder) != ERROR_SUCCESS || SetProperty("ZQVTEMP", folder) != ERROR_SUCCESS)) {
-    return ERROR_INSTALL_FAILURE;
+  if (folder.empty() && (!GetTrimmedProperty("TempFolder", folder) || !SetProperty("ZQVTEMP", folder))) {
+    return false;
   }
   ValueOf(Kept::tempFolder) = folder;
-  return ERROR_SUCCESS;
+  return true;
 }
 
-UINT DeleteCancelMarker(Facts & /*facts*/) {
+bool DeleteCancelMarker(Facts & /*facts*/) {
   DeletionRequest marker;
   marker.execute = true;
   marker.path = ValueOf(Kept::tempFolder) + "\\" + kCancelMarker;
-  DeleteOneFile(marker);
-  return ERROR_SUCCESS;
+  // A file that cannot be deleted, which is logged, only keeps copies from being made.
+  static_cast<void>(DeleteOneFile(marker));
+  return true;
 }
 
-UINT CheckSupportPacs(Facts & /*facts*/) {
+bool CheckSupportPacs(Facts & /*facts*/) {
   for (const SupportPac &pac : kSupportPacs) {
     std::string asked;
-    if (GetPropertyWithResponse(pac.checkSwitch, asked) != ERROR_SUCCESS) {
-      return ERROR_INSTALL_FAILURE;
+    if (!GetPropertyWithResponse(pac.checkSwitch, asked)) {
+      return false;
     }
     if (asked.empty()) {
       continue;
@@ -87,16 +87,16 @@ UINT CheckSupportPacs(Facts & /*facts*/) {
     if (IsApplied(pac)) {
       Log("ServicePac %s is installed", pac.title);
       std::string text;
-      if (iwiLoadNlsString(text, pac.message) != 0) {
+      if (iwiLoadNlsString(text, pac.message)) {
         iiiDisplayMsgBox(text, MB_ICONERROR);
       }
-      return ERROR_INSTALL_FAILURE;
+      return false;
     }
     Log("ServicePac %s is not installed", pac.title);
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
-UINT PublishMigration(Facts & /*facts*/) { return SetSwitch("ZQVMIGRATE", FindPreviousInstallation().exists); }
+bool PublishMigration(Facts & /*facts*/) { return SetSwitch("ZQVMIGRATE", FindPreviousInstallation().exists); }
 
 }  // namespace zqv

@@ -42,70 +42,68 @@ bool TaskbarProgramRuns() {
     return false;
   }
   const std::string program = folder + "\\bin\\" + kTaskbarProgram;
-  return iwiFileExists(program) != 0 && iwiIsFileInUse(program) != 0;
+  return iwiFileExists(program) && iwiIsFileInUse(program);
 }
 
 /// Whether something is to be started at the end: as the user has said, else when it runs now. Never for a client or in
 /// an administrative installation.
-UINT PublishStart(Facts &facts, const char *published, const char *choice, bool (*runs)()) {
+bool PublishStart(Facts &facts, const char *published, const char *choice, bool (*runs)()) {
   bool clientOnly = false;
-  if (!facts.administrative && AskClientOnly(facts, clientOnly) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!facts.administrative && !AskClientOnly(facts, clientOnly)) {
+    return false;
   }
   if (facts.administrative || clientOnly) {
     return SetSwitch(published, false);
   }
   std::string chosen;
-  if (GetProperty(choice, chosen) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetProperty(choice, chosen)) {
+    return false;
   }
   return SetSwitch(published, chosen.empty() ? runs() : !IsNo(chosen));
 }
 
 }  // namespace
 
-UINT PublishUserChoice(Facts & /*facts*/) {
+bool PublishUserChoice(Facts & /*facts*/) {
   std::string choice;
-  if (GetPropertyWithResponse("USERCHOICE", choice) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetPropertyWithResponse("USERCHOICE", choice)) {
+    return false;
   }
   return SetSwitch("ZQVUSERCHOICE", !IsNo(choice));
 }
 
-UINT DefaultSaveFile(Facts & /*facts*/) {
+bool DefaultSaveFile(Facts & /*facts*/) {
   std::string onlyIni;  // for the log only
   std::string path;
-  if (GetProperty("ONLYINI", onlyIni, kOnlyIniLength) != ERROR_SUCCESS ||
-      GetProperty(kSaveFileProperty, path) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetProperty("ONLYINI", onlyIni, kOnlyIniLength) || !GetProperty(kSaveFileProperty, path)) {
+    return false;
   }
-  return path.empty() ? SetProperty(kSaveFileProperty, ValueOf(Kept::tempFolder) + "\\QVSeries.ini")
-                      : static_cast<UINT>(ERROR_SUCCESS);
+  return !path.empty() || SetProperty(kSaveFileProperty, ValueOf(Kept::tempFolder) + "\\QVSeries.ini");
 }
 
-UINT SettleInstallationKind(Facts &facts) {
+bool SettleInstallationKind(Facts &facts) {
   facts.administrative = InRunMode(MSIRUNMODE_ADMIN);
   return SetProperty("ALLUSERS", "1");
 }
 
-UINT PublishDataRetention(Facts & /*facts*/) {
+bool PublishDataRetention(Facts & /*facts*/) {
   std::string queueManagers;
   std::string web;
-  if (GetPropertyWithResponse("KEEPQMDATA", queueManagers) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetPropertyWithResponse("KEEPQMDATA", queueManagers)) {
+    return false;
   }
   const char *fate = EqualNoCase(queueManagers, "delete") ? "delete" : "keep";
-  if (SetProperties({{"ZQVLEAVEQMDATAINSTALL", fate}, {"ZQVLEAVEQMDATAREMOVE", fate}}) != ERROR_SUCCESS ||
-      GetProperty("KEEPWEBDATA", web) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!SetProperties({{"ZQVLEAVEQMDATAINSTALL", fate}, {"ZQVLEAVEQMDATAREMOVE", fate}}) ||
+      !GetProperty("KEEPWEBDATA", web)) {
+    return false;
   }
   // Deliberate: here the letters' case matters.
   return SetProperty("ZQVLEAVEWEBDATAINSTALL", web == "delete" ? "delete" : "keep");
 }
 
-UINT ResetDialogFlags(Facts &facts) {
+bool ResetDialogFlags(Facts &facts) {
   if (facts.administrative) {
-    return ERROR_SUCCESS;
+    return true;
   }
   return SetProperties({{"ZQVREINSTALLOPTIONS", "refresh"},
                         {"ZQVQVISRUNNING", ""},
@@ -114,43 +112,43 @@ UINT ResetDialogFlags(Facts &facts) {
                         {"ZQVENDUI", "0"}});
 }
 
-UINT MakeSaveFile(Facts &facts) {
+bool MakeSaveFile(Facts &facts) {
   if (facts.administrative) {
-    return ERROR_SUCCESS;
+    return true;
   }
   std::string path;
-  if (GetTrimmedProperty(kSaveFileProperty, path) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetTrimmedProperty(kSaveFileProperty, path)) {
+    return false;
   }
   iwiCreateFolderTree(std::string(SplitAtLastBackslash(path).folder) + "\\");
   const int error = MakeEmptyFile(path);
   std::string format;
-  if (error != ERROR_SUCCESS && iwiLoadNlsString(format, message::kSaveFileFailed) != 0) {
+  if (error != ERROR_SUCCESS && iwiLoadNlsString(format, message::kSaveFileFailed)) {
     iiiDisplayMsgBox(FillInsert(format, "%d", std::to_string(error)), MB_ICONERROR);
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
-UINT CheckParameterFile(Facts & /*facts*/) {
+bool CheckParameterFile(Facts & /*facts*/) {
   std::string path;
-  if (GetPropertyWithResponse("WIZPARMFILE", path) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetPropertyWithResponse("WIZPARMFILE", path)) {
+    return false;
   }
-  if (path.empty() || iwiFileExists(iwiTidyPath(kWithoutBackslash, path)) != 0) {
-    return ERROR_SUCCESS;
+  if (path.empty() || iwiFileExists(iwiTidyPath(kWithoutBackslash, path))) {
+    return true;
   }
   std::string format;
   std::string text = Format("Can't open file '%s'. (ZQV4734)", path.c_str());
-  if (iwiLoadNlsString(format, message::kResponseFileUnreadable) != 0) {
+  if (iwiLoadNlsString(format, message::kResponseFileUnreadable)) {
     FormatInserts(text, format, path.c_str());
   }
   iiiDisplayMsgBox(text, MB_ICONERROR);
-  return ERROR_INSTALL_FAILURE;
+  return false;
 }
 
-UINT PublishServiceStart(Facts &facts) { return PublishStart(facts, "ZQVSTARTSERVICE", "STARTSERVICE", ServiceRuns); }
+bool PublishServiceStart(Facts &facts) { return PublishStart(facts, "ZQVSTARTSERVICE", "STARTSERVICE", ServiceRuns); }
 
-UINT PublishTaskbarStart(Facts &facts) {
+bool PublishTaskbarStart(Facts &facts) {
   return PublishStart(facts, "ZQVSTARTTASKBAR", "STARTTASKBAR", TaskbarProgramRuns);
 }
 

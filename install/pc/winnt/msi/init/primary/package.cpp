@@ -2,6 +2,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/result_code.h"
 #include "base/text.h"
 #include "build_stamp.h"
 #include "init/primary/sections.h"
@@ -61,8 +62,8 @@ SummaryValue ReadSummary(MSIHANDLE summary, UINT property) {
   UINT type = 0;
   int number = 0;
   auto length = static_cast<DWORD>(value.text.size());
-  UINT ignored = ERROR_SUCCESS;
-  const UINT code =
+  ResultCode ignored = ERROR_SUCCESS;
+  const ResultCode code =
       MsiSummaryInfoGetPropertyA(summary, property, &type, &number, &value.time, value.text.data(), &length);
   if (iwiCheckMsiResult("MsiSummaryInfoGetProperty", std::to_string(property).c_str(), code, ignored) ==
       ERROR_SUCCESS) {
@@ -77,7 +78,7 @@ OwnedInstallerHandle OpenSummary() {
   if (!database) {
     LogLine("***MsiGetActiveDatabase() failed");
   } else {
-    UINT ignored = ERROR_SUCCESS;
+    ResultCode ignored = ERROR_SUCCESS;
     iwiCheckMsiResult("MsiGetSummaryInformation", "",
                       MsiGetSummaryInformationA(database.Get(), nullptr, 0, summary.Out()), ignored);
   }
@@ -85,7 +86,7 @@ OwnedInstallerHandle OpenSummary() {
 }
 
 /// The asterisk marks that the stamp is the library's own.
-UINT PublishLibraryStamp() {
+bool PublishLibraryStamp() {
   return SetProperty(kDateProperty, WithRevision(Format("Packaged* on %s at %s", kBuildDate, kBuildTime)));
 }
 
@@ -94,65 +95,65 @@ std::string NameOfMonth(WORD month) {
   return known ? kMonths[month - 1] : Format("%d", month);
 }
 
-UINT PublishPackageStamp(const FILETIME &created) {
+bool PublishPackageStamp(const FILETIME &created) {
   SYSTEMTIME time{};
   if (FileTimeToSystemTime(&created, &time) == FALSE) {
     Log("***FileTimeToSystemTime() failed (%d)", static_cast<int>(GetLastError()));
   }
   const std::string stamp = Format("Packaged on %s %2.2d %4.4d at %2.2d:%2.2d", NameOfMonth(time.wMonth).c_str(),
                                    time.wDay, time.wYear, time.wHour, time.wMinute);
-  if (SetProperty(kDateProperty, WithRevision(stamp)) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!SetProperty(kDateProperty, WithRevision(stamp))) {
+    return false;
   }
   const unsigned long long ticks =
       static_cast<unsigned long long>(created.dwHighDateTime) << 32 | created.dwLowDateTime;
   const std::string text = std::to_string(ticks);
-  if (SetProperty("ZQVBUILDTIME", text) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!SetProperty("ZQVBUILDTIME", text)) {
+    return false;
   }
   Log("Build Time is '%s'", text.c_str());
-  return ERROR_SUCCESS;
+  return true;
 }
 
 }  // namespace
 
-UINT PublishBuildStamp(Facts & /*facts*/) {
+bool PublishBuildStamp(Facts & /*facts*/) {
   const OwnedInstallerHandle summary = OpenSummary();
   if (!summary) {
     return PublishLibraryStamp();
   }
   const SummaryValue created = ReadSummary(summary.Get(), kCreateTime);
-  const UINT published = created.type == kTimeType ? PublishPackageStamp(created.time) : PublishLibraryStamp();
-  if (published != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  const bool published = created.type == kTimeType ? PublishPackageStamp(created.time) : PublishLibraryStamp();
+  if (!published) {
+    return false;
   }
   const SummaryValue packageCode = ReadSummary(summary.Get(), kRevisionNumber);
-  return packageCode.type == kTextType ? SetProperty("ZQVPACKAGECODE", packageCode.text.data())
-                                       : static_cast<UINT>(ERROR_SUCCESS);
+  return packageCode.type != kTextType || SetProperty("ZQVPACKAGECODE", packageCode.text.data());
 }
 
-UINT RestartTempNumbers(Facts & /*facts*/) { return SetProperty("ZQVTEMPFILENUM", ""); }
+bool RestartTempNumbers(Facts & /*facts*/) { return SetProperty("ZQVTEMPFILENUM", ""); }
 
-UINT UnpackMessageLibrary(Facts &facts) {
+bool UnpackMessageLibrary(Facts &facts) {
   const std::string path = TempName(true, "zqvl", ".dll");
   if (path.empty()) {
     facts.result = ERROR_INSTALL_FAILURE;
-    return ERROR_SUCCESS;
+    return true;
   }
   // Before the file is written: the library of an earlier run may be that very file.
   UseMessageLibrary(path);
-  if (iwiUnpackBinary(Format("zqvirc%cn", facts.letter), ".dll", path, nullptr) == 0) {
+  if (!iwiUnpackBinary(Format("zqvirc%cn", facts.letter), ".dll", path, nullptr)) {
     facts.result = ERROR_INSTALL_FAILURE;
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
-UINT UnpackCatalogue(Facts & /*facts*/) {
+bool UnpackCatalogue(Facts & /*facts*/) {
   const std::string path = TempName(true, "zqvg", ".dll");
   if (!path.empty()) {
-    iwiUnpackBinary("zqviwiln", ".dll", path, nullptr);
+    // Without it, which is logged, the installation goes on.
+    static_cast<void>(iwiUnpackBinary("zqviwiln", ".dll", path, nullptr));
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
 }  // namespace zqv

@@ -51,26 +51,26 @@ constexpr Section kSections[] = {
 
 }  // namespace
 
-UINT InitialisePrimary() {
+ResultCode InitialisePrimary() {
   Facts facts;
   for (const Section section : kSections) {
-    if (section(facts) != ERROR_SUCCESS) {
+    if (!section(facts)) {
       return ERROR_INSTALL_FAILURE;
     }
   }
   return facts.result;
 }
 
-UINT AskClientOnly(Facts &facts, bool &clientOnly) {
+bool AskClientOnly(Facts &facts, bool &clientOnly) {
   if (!facts.clientOnly) {
     bool answer = false;
-    if (IsClientOnly(answer) != ERROR_SUCCESS) {
-      return ERROR_INSTALL_FAILURE;
+    if (!IsClientOnly(answer)) {
+      return false;
     }
     facts.clientOnly = answer;
   }
   clientOnly = *facts.clientOnly;
-  return ERROR_SUCCESS;
+  return true;
 }
 
 }  // namespace zqv

@@ -71,33 +71,33 @@ constexpr Title kBetaTitle{message::kBetaTitle, "Vantrel QV V%s Setup"};
 constexpr Title kTrialTitle{message::kTrialTitle, "Vantrel QV V%s Setup"};
 constexpr Title kSetupTitle{message::kSetupTitle, "Vantrel QV V%s Setup"};
 
-UINT ChooseTitle(Facts &facts, Title &title) {
+bool ChooseTitle(Facts &facts, Title &title) {
   std::string patch;
-  if (GetProperty("PATCH", patch) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetProperty("PATCH", patch)) {
+    return false;
   }
   if (!patch.empty()) {
     title = kPatchTitle;
-    return ERROR_SUCCESS;
+    return true;
   }
   bool clientOnly = false;
-  if (AskClientOnly(facts, clientOnly) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!AskClientOnly(facts, clientOnly)) {
+    return false;
   }
   title = clientOnly                     ? kClientTitle
           : facts.licenceType == "beta"  ? kBetaTitle
           : facts.licenceType == "trial" ? kTrialTitle
                                          : kSetupTitle;
-  return ERROR_SUCCESS;
+  return true;
 }
 
 }  // namespace
 
-UINT IdentifyProduct(Facts &facts) {
+bool IdentifyProduct(Facts &facts) {
   for (const OwnPackage &package : kOwnPackages) {
     bool isOwn = false;
-    if (iwiIsOwnUpgradeCode(package.upgradeCode, isOwn) != ERROR_SUCCESS) {
-      return ERROR_INSTALL_FAILURE;
+    if (!iwiIsOwnUpgradeCode(package.upgradeCode, isOwn)) {
+      return false;
     }
     if (!isOwn) {
       continue;
@@ -112,10 +112,10 @@ UINT IdentifyProduct(Facts &facts) {
   return SetProperty("ZQVPRODUCT", "");
 }
 
-UINT LogRelatedProducts(Facts & /*facts*/) {
+bool LogRelatedProducts(Facts & /*facts*/) {
   std::string installed;  // for the log only
-  if (GetProperty("Installed", installed) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetProperty("Installed", installed)) {
+    return false;
   }
   for (const OwnPackage &package : kOwnPackages) {
     if (package.displayWord == nullptr) {
@@ -126,13 +126,13 @@ UINT LogRelatedProducts(Facts & /*facts*/) {
       LogProductState(product, package.displayWord);
     }
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
-UINT PublishVersion(Facts &facts) {
+bool PublishVersion(Facts &facts) {
   std::string text;
-  if (GetProperty("ProductVersion", text) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetProperty("ProductVersion", text)) {
+    return false;
   }
   const std::string_view whole = text;
   const std::size_t dot = whole.find('.');
@@ -142,33 +142,32 @@ UINT PublishVersion(Facts &facts) {
   return SetProperties({{"ZQVVERSION", facts.version.c_str()}, {"ZQVRELEASE", facts.release.c_str()}});
 }
 
-UINT PublishSetupTitle(Facts &facts) {
+bool PublishSetupTitle(Facts &facts) {
   Title title{};
-  if (ChooseTitle(facts, title) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!ChooseTitle(facts, title)) {
+    return false;
   }
   const std::string format = NlsText(title.message, title.fallback);
   return SetProperty("ZQVSETUPTITLE", FillInsert(format, "%s", facts.version + "." + facts.release));
 }
 
-UINT PublishDiskFolderName(Facts &facts) {
-  if (SetProperty("ZQVDISKFOLDERNAME", iwiGetProductData(2, nullptr)) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+bool PublishDiskFolderName(Facts &facts) {
+  if (!SetProperty("ZQVDISKFOLDERNAME", iwiGetProductData(2, nullptr))) {
+    return false;
   }
-  return facts.administrative ? SetProperty("LAUNCHWIZ", "0") : static_cast<UINT>(ERROR_SUCCESS);
+  return !facts.administrative || SetProperty("LAUNCHWIZ", "0");
 }
 
-UINT PublishDisplayNames(Facts &facts) {
+bool PublishDisplayNames(Facts &facts) {
   bool clientOnly = false;
-  if (AskClientOnly(facts, clientOnly) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!AskClientOnly(facts, clientOnly)) {
+    return false;
   }
-  if (!clientOnly && (SetProperty("ZQVSNAPSERVICES", NlsText(message::kSnapInServices)) != ERROR_SUCCESS ||
-                      SetProperty("ZQVSNAPEXPLORER", NlsText(message::kSnapInExplorer)) != ERROR_SUCCESS)) {
-    return ERROR_INSTALL_FAILURE;
+  if (!clientOnly && (!SetProperty("ZQVSNAPSERVICES", NlsText(message::kSnapInServices)) ||
+                      !SetProperty("ZQVSNAPEXPLORER", NlsText(message::kSnapInExplorer)))) {
+    return false;
   }
-  return facts.administrative ? static_cast<UINT>(ERROR_SUCCESS)
-                              : SetProperty("ZQVSTARTFOLDER", NlsText(message::kStartFolder));
+  return facts.administrative || SetProperty("ZQVSTARTFOLDER", NlsText(message::kStartFolder));
 }
 
 }  // namespace zqv

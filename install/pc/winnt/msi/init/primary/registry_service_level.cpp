@@ -88,7 +88,7 @@ void ApplyMaintenance(const Value &value, Levels &levels) {
   const Vrmf level = SplitVrmf("0.0." + value.name.substr(after));
   const std::string folder = TextOf(value);
   // Without a folder, the file would be looked for in the current drive's root.
-  const bool installed = !folder.empty() && iwiFileExists(Format("%s\\%s", folder.c_str(), kValidFile)) != 0;
+  const bool installed = !folder.empty() && iwiFileExists(Format("%s\\%s", folder.c_str(), kValidFile));
   if (!installed) {
     Log("Maintenance level '%s.%s' is not currently installed", level.modification.c_str(), level.fix.c_str());
     return;
@@ -180,7 +180,7 @@ bool ReadRegistryServiceLevel(const std::string &rootKey, ServiceLevel &level) {
   const std::string versionKey = rootKey + "\\CurrentVersion";
   ServiceLevel::Level installed;
   std::string vrmf;
-  if (ReadRegistryText(HKEY_LOCAL_MACHINE, versionKey, "VRMF", vrmf) != 0) {
+  if (ReadRegistryText(HKEY_LOCAL_MACHINE, versionKey, "VRMF", vrmf)) {
     const Vrmf fields = SplitVrmf(vrmf);
     Log("Registry VRMF is '%s.%s.%s.%s' (%s)", fields.version.c_str(), fields.release.c_str(),
         fields.modification.c_str(), fields.fix.c_str(), vrmf.c_str());

@@ -24,6 +24,6 @@ struct ServiceLevel {
 /// Reads the record below HKEY_LOCAL_MACHINE and `rootKey`, which has no backslash at its end. A level counts only
 /// while its backup folder holds the file "Valid.csd". Returns true when the record could be read, a missing key being
 /// an empty one. Otherwise, after a line in the log, false with every text of `level` empty.
-bool ReadRegistryServiceLevel(const std::string &rootKey, ServiceLevel &level);
+[[nodiscard]] bool ReadRegistryServiceLevel(const std::string &rootKey, ServiceLevel &level);
 
 }  // namespace zqv

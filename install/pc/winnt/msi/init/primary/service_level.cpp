@@ -27,16 +27,16 @@ std::string Normalised(std::string_view part) {
 
 }  // namespace
 
-UINT ReadInstalledServiceLevel(Facts &facts) {
+bool ReadInstalledServiceLevel(Facts &facts) {
   // A failure is logged there; without the level the installation can go on.
-  ReadRegistryServiceLevel(kProductKey, facts.installedService);
-  return ERROR_SUCCESS;
+  static_cast<void>(ReadRegistryServiceLevel(kProductKey, facts.installedService));
+  return true;
 }
 
-UINT PublishServiceLevel(Facts &facts) {
+bool PublishServiceLevel(Facts &facts) {
   std::string level;
-  if (GetProperty(kShipLevel, level) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!GetProperty(kShipLevel, level)) {
+    return false;
   }
   const std::string_view whole = level.empty() ? std::string_view("00.00") : level;
   const std::size_t dot = whole.find('.');
@@ -44,24 +44,24 @@ UINT PublishServiceLevel(Facts &facts) {
   if (rest.find('.') != std::string_view::npos) {
     // Deliberate: it names the property and not its value.
     Log("***Invalid Modification.Fix Level '%s'", kShipLevel);
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   const std::string modification = Normalised(whole.substr(0, dot));
   const std::string fix = Normalised(rest);
   if (!IsNumber(modification) && !IsWord(modification)) {
     Log("***Modification Level '%s' must be all numeric or all alphabetic", modification.c_str());
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   if (!IsNumber(fix)) {
     Log("***Fix Level '%s' must be numeric", fix.c_str());
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   const std::string published = modification + "." + fix;
   const std::string vrmf = facts.version + "." + facts.release + "." + published;
   return SetProperties({{kShipLevel, published.c_str()}, {"ZQVVRMF", vrmf.c_str()}});
 }
 
-UINT PublishServiceLevelMessage(Facts & /*facts*/) {
+bool PublishServiceLevelMessage(Facts & /*facts*/) {
   return SetProperty("ZQVSERVICELEVELMESSAGE", NlsText(message::kServiceLevel));
 }
 

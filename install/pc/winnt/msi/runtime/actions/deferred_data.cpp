@@ -32,28 +32,28 @@ constexpr unsigned kInLibrary = 0x1;   // msidbCustomActionTypeDll
 constexpr unsigned kInScript = 0x400;  // msidbCustomActionTypeInScript
 
 /// The names of the three lists, each followed by ";".
-UINT ReadNames(std::string &names) {
+bool ReadNames(std::string &names) {
   for (const char *list : kNameLists) {
     std::string value;
-    if (GetProperty(list, value, kNameListLength) != ERROR_SUCCESS) {
-      return ERROR_INSTALL_FAILURE;
+    if (!GetProperty(list, value, kNameListLength)) {
+      return false;
     }
     if (value.empty()) {
       Log("Can't get property name list '%s'", list);
     }
     names.append(value).append(";");
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
-UINT ReadTransferred(const std::string &name, std::string &value) {
+bool ReadTransferred(const std::string &name, std::string &value) {
   const bool response =
       std::find(std::begin(kResponseNames), std::end(kResponseNames), name) != std::end(kResponseNames);
   return response ? GetPropertyWithResponse(name.c_str(), value) : GetProperty(name.c_str(), value);
 }
 
 /// Appends "NAME=value;" for each of the names.
-UINT ReadValues(std::string_view names, std::string &entries) {
+bool ReadValues(std::string_view names, std::string &entries) {
   while (!names.empty()) {
     const std::string name(names.substr(0, names.find(';')));
     names.remove_prefix(std::min(names.size(), name.size() + 1));
@@ -61,42 +61,43 @@ UINT ReadValues(std::string_view names, std::string &entries) {
       continue;
     }
     std::string value;
-    if (ReadTransferred(name, value) != ERROR_SUCCESS) {
-      return ERROR_INSTALL_FAILURE;
+    if (!ReadTransferred(name, value)) {
+      return false;
     }
     const std::size_t size = entries.size() + name.size() + value.size() + 2;
     try {
       entries.append(name).append("=").append(value).append(";");
     } catch (const std::bad_alloc &) {
       Log("Can't allocate property value list (%d)", static_cast<int>(size));
-      return ERROR_INSTALL_FAILURE;
+      return false;
     }
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
-UINT WriteEntries(const std::string &path, const std::string &entries) {
+bool WriteEntries(const std::string &path, const std::string &entries) {
   OwnedStream file(OpenCFile(path.c_str(), "wt"));
   if (!file) {
     Log("***Can't open '%s'", path.c_str());
-    return ERROR_SUCCESS;
+    return true;
   }
   const bool written = std::fputs(entries.c_str(), file.Get()) >= 0;
   if (file.Close() != 0 || !written) {
     Log("***Error writing '%s'", path.c_str());
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
 /// One row of the CustomAction table; false when its property could not be set, which ends the action.
-bool SetDataOfRow(MSIHANDLE row, const std::string &listPath, UINT &result) {
+bool SetDataOfRow(MSIHANDLE row, const std::string &listPath, ResultCode &result) {
   std::string name;
   if (CheckFirstFailure("MsiRecordGetString", "1", ReadRecordText(row, 1, name), result) != ERROR_SUCCESS) {
     return true;
   }
   const auto type = static_cast<unsigned>(MsiRecordGetInteger(row, 2));
-  const UINT typeResult = type == static_cast<unsigned>(MSI_NULL_INTEGER) ? ERROR_INVALID_PARAMETER : ERROR_SUCCESS;
+  const ResultCode typeResult =
+      type == static_cast<unsigned>(MSI_NULL_INTEGER) ? ERROR_INVALID_PARAMETER : ERROR_SUCCESS;
   if (CheckFirstFailure("MsiRecordGetInteger", "2", typeResult, result) != ERROR_SUCCESS) {
     return true;
   }
@@ -104,45 +105,45 @@ bool SetDataOfRow(MSIHANDLE row, const std::string &listPath, UINT &result) {
   if ((type & kInLibrary) == 0 || (type & kInScript) == 0) {
     return true;
   }
-  const UINT set = SetProperty(name.c_str(), listPath);
-  result = result == ERROR_SUCCESS ? set : result;
-  return set == ERROR_SUCCESS;
+  const bool set = SetProperty(name.c_str(), listPath);
+  result = result == ERROR_SUCCESS ? ResultOf(set) : result;
+  return set;
 }
 
 /// Both actions name the same file. Without a name, deferred actions would run without properties.
-UINT NameValueList(std::string &path) {
-  if (GetKeptProperty(Kept::tempFolder) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+bool NameValueList(std::string &path) {
+  if (!GetKeptProperty(Kept::tempFolder)) {
+    return false;
   }
   path = ValueListName();
   if (path.empty()) {
     LogLine("***No file name for the property value list");
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
 }  // namespace
 
-UINT WriteDeferredProperties() {
+ResultCode WriteDeferredProperties() {
   std::string path;
-  if (NameValueList(path) != ERROR_SUCCESS) {
+  if (!NameValueList(path)) {
     return ERROR_INSTALL_FAILURE;
   }
   std::string names;
   std::string entries;
-  if (ReadNames(names) != ERROR_SUCCESS || ReadValues(names, entries) != ERROR_SUCCESS) {
+  if (!ReadNames(names) || !ReadValues(names, entries)) {
     return ERROR_INSTALL_FAILURE;
   }
-  return WriteEntries(path, entries);
+  return ResultOf(WriteEntries(path, entries));
 }
 
-UINT SetCustomActionData() {
+ResultCode SetCustomActionData() {
   std::string listPath;
-  if (NameValueList(listPath) != ERROR_SUCCESS) {
+  if (!NameValueList(listPath)) {
     return ERROR_INSTALL_FAILURE;
   }
-  UINT result = ERROR_SUCCESS;
+  ResultCode result = ERROR_SUCCESS;
   VisitRows(kActionQuery, result, [&](MSIHANDLE row) { return SetDataOfRow(row, listPath, result); });
   return result;
 }

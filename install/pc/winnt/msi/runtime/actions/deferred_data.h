@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/win32.h"
+#include "base/result_code.h"
 
 namespace zqv {
 
@@ -9,10 +9,10 @@ namespace zqv {
 
 /// iwiWriteDeferredProperties: writes the names and values of the properties that ZQVPROPERTYNAMELIST1 to 3 name.
 /// Returns ERROR_SUCCESS, or ERROR_INSTALL_FAILURE without a complete file.
-UINT WriteDeferredProperties();
+ResultCode WriteDeferredProperties();
 
 /// iwiSetCustomActionData: sets the CustomActionData of every deferred action that is in a library to the file's path.
 /// Returns ERROR_SUCCESS or the first failing call's code.
-UINT SetCustomActionData();
+ResultCode SetCustomActionData();
 
 }  // namespace zqv

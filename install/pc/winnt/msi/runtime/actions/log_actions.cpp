@@ -21,22 +21,23 @@ constexpr char kNoLog[] = "none";
 constexpr char kMergedLogName[] = "zqvilogn.txt";
 constexpr int kMergedLineLength = 516;
 
-int DeleteLog(const std::string &path, bool report) {
-  return iwiDeleteFile({.execute = true, .path = path, .report = report});
+/// A log that cannot be deleted, which is logged, ends no action.
+void DeleteLog(const std::string &path, bool report) {
+  static_cast<void>(iwiDeleteFile({.execute = true, .path = path, .report = report}));
 }
 
 /// Reads a switch that names a log: the value without line breaks, blanks and quotes. A value that is no path, for its
 /// length, fails as a property that does not fit its buffer does.
-UINT ReadLogSwitch(const char *name, std::string &value) {
-  if (GetPropertyWithResponse(name, value) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+bool ReadLogSwitch(const char *name, std::string &value) {
+  if (!GetPropertyWithResponse(name, value)) {
+    return false;
   }
   value = Trimmed(std::string(StripBlanks(CutAtLineBreak(value))));
   if (value.size() >= kPropertyLength) {
     Log("***msiGetProperty('%s') failed (%d)", name, static_cast<int>(ERROR_MORE_DATA));
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
-  return ERROR_SUCCESS;
+  return true;
 }
 
 std::vector<std::string> ReadLines(std::FILE *file) {
@@ -69,7 +70,7 @@ void MergeLines(const std::string &path) {
 void MergeTempLog(bool deleteAfter, std::string path) {
   if (path.empty()) {
     // A folder that cannot be read is one that there is not; the read has left its line.
-    GetKeptProperty(Kept::dataFolder);
+    static_cast<void>(GetKeptProperty(Kept::dataFolder));
     const std::string &folder = ValueOf(Kept::dataFolder);
     if (!folder.empty()) {
       path = folder + "\\" + kMergedLogName;
@@ -85,9 +86,9 @@ void MergeTempLog(bool deleteAfter, std::string path) {
   }
 }
 
-UINT StartLogs() {
+ResultCode StartLogs() {
   std::string trace;
-  if (ReadLogSwitch("INSTALLTRACE", trace) != ERROR_SUCCESS) {
+  if (!ReadLogSwitch("INSTALLTRACE", trace)) {
     return ERROR_INSTALL_FAILURE;
   }
   std::string published;
@@ -102,37 +103,37 @@ UINT StartLogs() {
     }
     published = path;
   }
-  if (SetProperty(NameOf(Kept::traceLog), published) != ERROR_SUCCESS) {
+  if (!SetProperty(NameOf(Kept::traceLog), published)) {
     return ERROR_INSTALL_FAILURE;
   }
 
   std::string user;
-  if (ReadLogSwitch("INSTALLLOG", user) != ERROR_SUCCESS) {
+  if (!ReadLogSwitch("INSTALLLOG", user)) {
     return ERROR_INSTALL_FAILURE;
   }
   if (!user.empty() && !EqualNoCase(user, kNoLog)) {
     ValueOf(Kept::userLog) = user;
   }
   // Deliberate: whatever was asked for, the user log lives only as long as the action that names it.
-  return SetProperty(NameOf(Kept::userLog), "");
+  return ResultOf(SetProperty(NameOf(Kept::userLog), ""));
 }
 
-UINT SetTempLogPath() {
+ResultCode SetTempLogPath() {
   std::string &path = ValueOf(Kept::tempLog);
   path = TempLogName();
   if (!path.empty()) {
     DeleteLog(path, false);
   }
-  return SetProperty(NameOf(Kept::tempLog), path);
+  return ResultOf(SetProperty(NameOf(Kept::tempLog), path));
 }
 
-UINT UnSetTempLogPath() {
+ResultCode UnSetTempLogPath() {
   const char *name = NameOf(Kept::tempLog);
-  if (SetProperty(name, "") != ERROR_SUCCESS) {
+  if (!SetProperty(name, "")) {
     return ERROR_INSTALL_FAILURE;
   }
   std::string path;
-  if (GetTrimmedProperty(name, path) != ERROR_SUCCESS) {
+  if (!GetTrimmedProperty(name, path)) {
     return ERROR_INSTALL_FAILURE;
   }
   ValueOf(Kept::tempLog) = path;
@@ -141,13 +142,13 @@ UINT UnSetTempLogPath() {
   }
   path = TempLogName();
   std::string keep;
-  if (GetProperty("ZQVKEEPTEMPLOG", keep, kCounterLength) != ERROR_SUCCESS) {
+  if (!GetProperty("ZQVKEEPTEMPLOG", keep, kCounterLength)) {
     return ERROR_INSTALL_FAILURE;
   }
   MergeTempLog(keep.empty(), path);
   return ERROR_SUCCESS;
 }
 
-UINT PrintSummary() { return GetKeptProperty(Kept::tempFolder); }
+ResultCode PrintSummary() { return ResultOf(GetKeptProperty(Kept::tempFolder)); }
 
 }  // namespace zqv

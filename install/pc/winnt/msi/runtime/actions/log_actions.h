@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/win32.h"
+#include "base/result_code.h"
 
 namespace zqv {
 
@@ -11,16 +11,16 @@ namespace zqv {
 
 /// iwiStartLogs: begins the trace log that INSTALLTRACE asks for (a path; empty: a new file in the temporary folder;
 /// "none": no trace) and publishes it as ZQVUSERTRACEPATH.
-UINT StartLogs();
+ResultCode StartLogs();
 
 /// iwiSetTempLogPath: begins the temporary log, which serves until the final folders are known, as ZQVTEMPLOGPATH.
-UINT SetTempLogPath();
+ResultCode SetTempLogPath();
 
 /// iwiUnSetTempLogPath: ends the temporary log and merges it into the lasting ones.
-UINT UnSetTempLogPath();
+ResultCode UnSetTempLogPath();
 
 /// iwiPrintSummary: reads the temporary folder.
-UINT PrintSummary();
+ResultCode PrintSummary();
 
 /// Copies the lines of the file `path` into the current logs, unstamped and marked ">>". An empty path stands for
 /// "zqvilogn.txt" in the data folder. `deleteAfter` deletes the file, also when it could not be read.

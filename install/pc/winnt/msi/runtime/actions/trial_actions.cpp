@@ -2,11 +2,11 @@
 
 namespace zqv {
 
-UINT Pause() {
+ResultCode Pause() {
   MessageBoxA(GetForegroundWindow(), "Pause", "Debug", MB_OK);
   return ERROR_SUCCESS;
 }
 
-UINT FailAsTest() { return ERROR_INSTALL_FAILURE; }
+ResultCode FailAsTest() { return ERROR_INSTALL_FAILURE; }
 
 }  // namespace zqv

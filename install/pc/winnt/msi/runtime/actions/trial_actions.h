@@ -1,13 +1,13 @@
 #pragma once
 
-#include "platform/win32.h"
+#include "base/result_code.h"
 
 namespace zqv {
 
 /// iwiPause: waits, with a message box, until the user goes on. Gives ERROR_SUCCESS.
-UINT Pause();
+ResultCode Pause();
 
 /// test: fails, so that a package can try out how a failure looks. Gives ERROR_INSTALL_FAILURE.
-UINT FailAsTest();
+ResultCode FailAsTest();
 
 }  // namespace zqv

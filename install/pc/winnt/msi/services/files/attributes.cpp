@@ -5,7 +5,7 @@
 
 namespace zqv {
 
-UINT RemoveReadOnly(const std::string &path, bool report) {
+bool RemoveReadOnly(const std::string &path, bool report) {
   const DWORD attributes = GetFileAttributesA(path.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES) {
     const LONG error = static_cast<LONG>(GetLastError());
@@ -14,19 +14,19 @@ UINT RemoveReadOnly(const std::string &path, bool report) {
     } else if (report) {
       Log("RemoveReadOnly: %s '%s' not found", error == ERROR_FILE_NOT_FOUND ? "File" : "Path", path.c_str());
     }
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   if ((attributes & FILE_ATTRIBUTE_READONLY) == 0) {
-    return ERROR_SUCCESS;
+    return true;
   }
   const DWORD writable = attributes & ~FILE_ATTRIBUTE_READONLY;
   if (SetFileAttributesA(path.c_str(), writable) == FALSE) {
     const LONG error = static_cast<LONG>(GetLastError());
     Log("***Error %s setting attributes '%s'", ErrorText(error).c_str(), path.c_str());
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   Log("Set attributes 0x%8.8lx '%s'", static_cast<unsigned long>(writable), path.c_str());
-  return ERROR_SUCCESS;
+  return true;
 }
 
 }  // namespace zqv

@@ -14,14 +14,14 @@ namespace zqv {
 
 namespace {
 
-void Accumulate(UINT &result, UINT code) {
+void Accumulate(ResultCode &result, ResultCode code) {
   if (code != ERROR_SUCCESS) {
     result = code;
   }
 }
 
-UINT CopyFiles(const std::string &source, const std::string &destination, const std::string &pattern) {
-  UINT result = ERROR_SUCCESS;
+ResultCode CopyFiles(const std::string &source, const std::string &destination, const std::string &pattern) {
+  ResultCode result = ERROR_SUCCESS;
   Search search(source + "\\" + pattern);
   while (search.Next()) {
     if (search.IsFile()) {
@@ -32,8 +32,8 @@ UINT CopyFiles(const std::string &source, const std::string &destination, const 
 }
 
 /// The system's limit on the length of a path bounds the depth of this recursion.
-UINT CopySubfolders(const std::string &source, const std::string &destination, const std::string &pattern) {
-  UINT result = ERROR_SUCCESS;
+ResultCode CopySubfolders(const std::string &source, const std::string &destination, const std::string &pattern) {
+  ResultCode result = ERROR_SUCCESS;
   Search search(source + "\\*");
   while (search.Next()) {
     if (search.IsSubfolder() && !search.IsLink()) {
@@ -51,13 +51,13 @@ bool IsMarkerThere(const std::string &marker) {
       IsNotFound(static_cast<LONG>(GetLastError()))) {
     return false;
   }
-  return iwiFileExists(marker) != 0;
+  return iwiFileExists(marker);
 }
 
 }  // namespace
 
-UINT iwiCopyPattern(const std::string &source, const std::string &destination, const std::string &pattern,
-                    bool recurse) {
+ResultCode iwiCopyPattern(const std::string &source, const std::string &destination, const std::string &pattern,
+                          bool recurse) {
   if (recurse) {
     Log("Copying pattern '%s' from tree '%s\\' to '%s\\'", pattern.c_str(), source.c_str(), destination.c_str());
   } else {
@@ -66,15 +66,15 @@ UINT iwiCopyPattern(const std::string &source, const std::string &destination, c
   CreateTargetFolder(destination);
   const std::string from = Trimmed(source);
   const std::string to = Trimmed(destination);
-  UINT result = CopyFiles(from, to, pattern);
+  ResultCode result = CopyFiles(from, to, pattern);
   if (recurse) {
     Accumulate(result, CopySubfolders(from, to, pattern));
   }
   return result;
 }
 
-UINT iwiCopyFile(bool skipExistenceCheck, const std::string &source, const std::string &destination,
-                 const std::string &name) {
+ResultCode iwiCopyFile(bool skipExistenceCheck, const std::string &source, const std::string &destination,
+                       const std::string &name) {
   std::string from = source;
   std::string to = destination;
   if (name.empty()) {
@@ -84,11 +84,11 @@ UINT iwiCopyFile(bool skipExistenceCheck, const std::string &source, const std::
     to = Trimmed(destination + "\\" + name);
     Log("Copying '%s' from '%s\\' to '%s\\'", name.c_str(), source.c_str(), destination.c_str());
   }
-  if (!skipExistenceCheck && iwiFileExists(from) == 0) {
+  if (!skipExistenceCheck && !iwiFileExists(from)) {
     Log("Copy bypassed; source file '%s' does not exist", from.c_str());
     return ERROR_SUCCESS;
   }
-  if (iwiIsCopyCancelled() != FALSE) {
+  if (iwiIsCopyCancelled()) {
     return ERROR_INSTALL_USEREXIT;
   }
   RemoveReadOnly(to, false);
@@ -102,15 +102,15 @@ UINT iwiCopyFile(bool skipExistenceCheck, const std::string &source, const std::
   return ERROR_SUCCESS;
 }
 
-BOOL iwiIsCopyCancelled() {
+bool iwiIsCopyCancelled() {
   if (copyCancelled == FALSE) {
-    const bool known = GetKeptProperty(Kept::tempFolder) == ERROR_SUCCESS;
+    const bool known = GetKeptProperty(Kept::tempFolder);
     const std::string &folder = ValueOf(Kept::tempFolder);
     if (!known || (!folder.empty() && IsMarkerThere(folder + "\\" + kCancelMarker))) {
       copyCancelled = TRUE;
     }
   }
-  return copyCancelled;
+  return copyCancelled != FALSE;
 }
 
 }  // namespace zqv

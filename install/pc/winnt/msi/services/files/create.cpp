@@ -46,8 +46,8 @@ LONG CreateFolder(const std::string &folder) {
 
 }  // namespace
 
-int iwiCreateFolderTree(const std::string &path) {
-  int nothingMade = 1;
+bool iwiCreateFolderTree(const std::string &path) {
+  bool nothingMade = true;
   const std::size_t first = FirstFolder(path);
   if (first == std::string::npos) {
     return nothingMade;
@@ -56,7 +56,7 @@ int iwiCreateFolderTree(const std::string &path) {
     const std::string folder = path.substr(0, end);
     const LONG error = CreateFolder(folder);
     if (error == ERROR_SUCCESS) {
-      nothingMade = 0;
+      nothingMade = false;
     } else if (error != ERROR_ALREADY_EXISTS) {
       Log("Couldn't create '%s' %d", folder.c_str(), static_cast<int>(error));
     }

@@ -44,41 +44,41 @@ bool PutInFront(iwiPAIRLIST &list, const std::string &folder, const char *name, 
 }
 
 /// Deletes the files of a folder that the path matches. `denied` becomes true when the folder cannot be searched.
-int DeleteFiles(const Walk &walk, const std::string &path, const std::string &folder, bool &denied) {
-  int result = 1;
+bool DeleteFiles(const Walk &walk, const std::string &path, const std::string &folder, bool &denied) {
+  bool result = true;
   iwiPAIRLIST files;
   {
     Search search(path);
     while (search.Next()) {
       if (search.IsFile() && !PutInFront(files, folder, search.Name(), "")) {
-        result = 0;
+        result = false;
       }
     }
     denied = search.Error() == ERROR_ACCESS_DENIED;
     if (!denied && search.Failed(6)) {
-      result = 0;
+      result = false;
     }
   }
   for (const iwiPAIR &file : files) {
-    result &= DeleteOneFile(RequestFor(walk, file.first));
+    result = DeleteOneFile(RequestFor(walk, file.first)) && result;
   }
   return result;
 }
 
-int ListSubfolders(const std::string &folder, const std::string &tail, iwiPAIRLIST &subfolders) {
-  int result = 1;
+bool ListSubfolders(const std::string &folder, const std::string &tail, iwiPAIRLIST &subfolders) {
+  bool result = true;
   Search search(folder + "\\*");
   while (search.Next()) {
     if (search.IsSubfolder() && !PutInFront(subfolders, folder, search.Name(), tail)) {
-      result = 0;
+      result = false;
     }
   }
-  return search.Failed(7) ? 0 : result;
+  return !search.Failed(7) && result;
 }
 
 /// The system's limit on the length of a path bounds the depth of this recursion. `named` says that the caller of the
 /// library's operation has named this folder, and no search has found it.
-int DeleteTree(const Walk &walk, std::string path, bool named) {
+bool DeleteTree(const Walk &walk, std::string path, bool named) {
   iwiTidyPath(kWithoutBackslash, path);
   std::string folder = path;
   std::string pattern;
@@ -90,31 +90,31 @@ int DeleteTree(const Walk &walk, std::string path, bool named) {
   if (cut == std::string::npos || folder.empty()) {
     Log("***Invalid file pattern; path '%s', pattern '%s', dirs %d, FilePaths %d", folder.c_str(), pattern.c_str(),
         static_cast<int>(walk.removeFolders), static_cast<int>(walk.deleteFiles));
-    return 0;
+    return false;
   }
-  int result = 1;
+  bool result = true;
   if ((named && !walk.removeFolders) || !IsFolderLink(folder)) {
     bool denied = false;
     if (walk.deleteFiles) {
-      result &= DeleteFiles(walk, path, folder, denied);
+      result = DeleteFiles(walk, path, folder, denied);
     }
     if (walk.recurse && !denied) {
       iwiPAIRLIST subfolders;
-      result &= ListSubfolders(folder, walk.deleteFiles ? "\\" + pattern : "", subfolders);
+      result = ListSubfolders(folder, walk.deleteFiles ? "\\" + pattern : "", subfolders) && result;
       for (const iwiPAIR &subfolder : subfolders) {
-        result &= DeleteTree(walk, subfolder.first, false);
+        result = DeleteTree(walk, subfolder.first, false) && result;
       }
     }
   }
   if (walk.removeFolders) {
-    result &= iwiDeleteFolder(RequestFor(walk, folder));
+    result = iwiDeleteFolder(RequestFor(walk, folder)) && result;
   }
   return result;
 }
 
 }  // namespace
 
-int iwiDeleteFile(const DeletionRequest &request) {
+bool iwiDeleteFile(const DeletionRequest &request) {
   if (SplitAtLastBackslash(request.path).name.find('*') == std::string_view::npos) {
     return DeleteOneFile(request);
   }
@@ -122,8 +122,8 @@ int iwiDeleteFile(const DeletionRequest &request) {
                           request.component, request.installMode);
 }
 
-int iwiDeletePattern(bool countOnly, bool execute, int *ticks, const std::string &path, bool deleteFiles,
-                     bool removeFolders, bool recurse, const std::string &component, int installMode) {
+bool iwiDeletePattern(bool countOnly, bool execute, int *ticks, const std::string &path, bool deleteFiles,
+                      bool removeFolders, bool recurse, const std::string &component, int installMode) {
   const Walk walk{.request = {.countOnly = countOnly,
                               .execute = execute,
                               .ticks = ticks,

@@ -107,13 +107,13 @@ const Outcome &Find(std::span<const Outcome> table, LONG error) {
   return table[row];
 }
 
-/// Logs the outcome where that is wanted; gives the deletion's result, 1 or 0.
-int Settle(const Outcome &outcome, LONG error, const std::string &path, bool report) {
+/// Logs the outcome where that is wanted; gives the deletion's result.
+bool Settle(const Outcome &outcome, LONG error, const std::string &path, bool report) {
   const bool missing = outcome.meaning == kQuiet || outcome.meaning == kMissing;
   if (!missing || report) {
     outcome.line.Write(error, path);
   }
-  return outcome.meaning == kFailed || (outcome.meaning == kMissing && report) ? 0 : 1;
+  return outcome.meaning != kFailed && !(outcome.meaning == kMissing && report);
 }
 
 /// Makes a call on a path, and gives its code.
@@ -140,7 +140,7 @@ void Count(int *ticks) {
 
 /// Removes a folder that is empty, or is a link; logs each outcome but that it is missing.
 LONG RemoveFolder(const std::string &path) {
-  if (!IsFolderLink(path) && iwiIsFolderEmpty(path) == 0) {
+  if (!IsFolderLink(path) && !iwiIsFolderEmpty(path)) {
     return ERROR_DIR_NOT_EMPTY;
   }
   LONG error = ERROR_SUCCESS;
@@ -156,47 +156,46 @@ LONG RemoveFolder(const std::string &path) {
   return error;
 }
 
-int StackFolder(const DeletionRequest &request) {
+bool StackFolder(const DeletionRequest &request) {
   std::string path = request.path;
   if (!path.empty() && path.back() != '\\') {
     path += '\\';
   }
-  return iwiStackFolderForDeletion(path, request.component, request.installMode) == ERROR_SUCCESS ? 1 : 0;
+  return iwiStackFolderForDeletion(path, request.component, request.installMode) == ERROR_SUCCESS;
 }
 
 }  // namespace
 
-int DeleteOneFile(const DeletionRequest &request) {
+bool DeleteOneFile(const DeletionRequest &request) {
   const std::string &path = request.path;
   if (!request.execute) {
-    const bool stacked = iwiFileExists(path) == 0 ||
-                         iwiStackFilesForDeletion(path, request.component, request.installMode) == ERROR_SUCCESS;
-    return stacked ? 1 : 0;
+    return !iwiFileExists(path) ||
+           iwiStackFilesForDeletion(path, request.component, request.installMode) == ERROR_SUCCESS;
   }
   if (request.countOnly) {
     Count(request.ticks);
-    return 1;
+    return true;
   }
   SendActionData(path);
   const LONG error = CodeOf(DeleteFileA, path);
   const Outcome &outcome = Find(kFileOutcomes, error);
-  const int result = Settle(outcome, error, path, request.report);
+  const bool result = Settle(outcome, error, path, request.report);
   if (outcome.meaning == kDelayed || outcome.meaning == kFailed) {
-    iwiDeleteAtReboot(path, request.report, nullptr);
+    static_cast<void>(iwiDeleteAtReboot(path, request.report, nullptr));
   }
   SendProgress(0, kTicksPerUnit);
   Store(error, request.error);
   return result;
 }
 
-int iwiDeleteFolder(const DeletionRequest &request) {
+bool iwiDeleteFolder(const DeletionRequest &request) {
   const std::string &path = request.path;
   if (!request.execute) {
-    return request.countOnly ? StackFolder(request) : 1;
+    return !request.countOnly || StackFolder(request);
   }
   if (request.countOnly) {
     Count(request.ticks);
-    return 1;
+    return true;
   }
   SendActionData(path);
   const LONG error = RemoveFolder(path);
@@ -206,17 +205,17 @@ int iwiDeleteFolder(const DeletionRequest &request) {
   if (outcome.meaning == kMissing) {
     return Settle(outcome, error, path, request.report);
   }
-  return outcome.meaning == kDone ? 1 : 0;
+  return outcome.meaning == kDone;
 }
 
-int iwiDeleteAtReboot(const std::string &path, bool report, int *error) {
+bool iwiDeleteAtReboot(const std::string &path, bool report, int *error) {
   const auto delay = [](LPCSTR file) { return MoveFileExA(file, nullptr, MOVEFILE_DELAY_UNTIL_REBOOT); };
   const LONG code = CodeOf(delay, path);
   Store(code, error);
   return Settle(Find(kRestartOutcomes, code), code, path, report);
 }
 
-int iwiRemoveFolderNow(const std::string &path) {
+bool iwiRemoveFolderNow(const std::string &path) {
   const LONG error = CodeOf(RemoveDirectoryA, path);
   return Settle(Find(kFolderNowOutcomes, error), error, path, true);
 }

@@ -22,19 +22,19 @@ struct DeletionRequest {
 };
 
 /// Deletes the file of exactly this path. One that is in use or protected is left to the next restart, which is a
-/// success. A row is added only for a file that exists. Returns 1, or 0 for a failure.
-int DeleteOneFile(const DeletionRequest &request);
+/// success. A row is added only for a file that exists. False for a failure.
+[[nodiscard]] bool DeleteOneFile(const DeletionRequest &request);
 
 /// Deletes a folder if it is empty, or if it is a link, whatever that leads to. One that is in use is tried again for
-/// 20 seconds. With neither `execute` nor `countOnly` nothing is done. Returns 1, or 0 for a failure.
-int iwiDeleteFolder(const DeletionRequest &request);
+/// 20 seconds. With neither `execute` nor `countOnly` nothing is done. False for a failure.
+[[nodiscard]] bool iwiDeleteFolder(const DeletionRequest &request);
 
-/// Leaves a file to be deleted by the next restart. `error`, if given, gets the system's code. Returns 1, or 0 for a
-/// failure; a file that is not there is none.
-int iwiDeleteAtReboot(const std::string &path, bool report, int *error);
+/// Leaves a file to be deleted by the next restart. `error`, if given, gets the system's code. False for a failure; a
+/// file that is not there is none.
+[[nodiscard]] bool iwiDeleteAtReboot(const std::string &path, bool report, int *error);
 
-/// Deletes a folder if it is empty, in one try, with no progress and no row. Returns 1, also for a folder that is not
-/// there or not empty, or 0 for a failure.
-int iwiRemoveFolderNow(const std::string &path);
+/// Deletes a folder if it is empty, in one try, with no progress and no row. False for a failure; a folder that is
+/// not there or not empty is none.
+[[nodiscard]] bool iwiRemoveFolderNow(const std::string &path);
 
 }  // namespace zqv

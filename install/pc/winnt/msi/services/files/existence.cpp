@@ -7,22 +7,22 @@
 
 namespace zqv {
 
-int iwiFileExists(const std::string &path) {
+bool iwiFileExists(const std::string &path) {
   if (path.find('\\') == std::string::npos) {
-    return 0;
+    return false;
   }
   const std::string_view name = SplitAtLastBackslash(path).name;
   Search search(path);
   while (search.Next()) {
     if (search.IsFile() && EqualNoCase(search.Name(), name)) {
-      return 1;
+      return true;
     }
   }
   search.Failed(1);
-  return 0;
+  return false;
 }
 
-int iwiFolderExists(const std::string &path) {
+bool iwiFolderExists(const std::string &path) {
   const std::string tidy = Trimmed(path);
   const std::string_view name = SplitAtLastBackslash(tidy).name;
   Log("Looking for: '%s'", tidy.c_str());
@@ -30,39 +30,39 @@ int iwiFolderExists(const std::string &path) {
   while (search.Next()) {
     if (!search.IsFolder()) {
       Log("Found file: '%s'", search.Name());
-      return 0;
+      return false;
     }
     Log("Found directory: '%s'", search.Name());
     if (EqualNoCase(search.Name(), name)) {
-      return 1;
+      return true;
     }
   }
   search.Failed(3);
-  return 0;
+  return false;
 }
 
-int iwiIsFolderEmpty(const std::string &folder) {
+bool iwiIsFolderEmpty(const std::string &folder) {
   Search search(folder + "\\*");
   while (search.Next()) {
     if (!search.IsDots()) {
-      return 0;
+      return false;
     }
   }
-  return search.Failed(4) ? 0 : 1;
+  return !search.Failed(4);
 }
 
-int iwiFindFile(const std::string &pattern, std::string *name) {
+bool iwiFindFile(const std::string &pattern, std::string *name) {
   Search search(pattern);
   if (search.Next()) {
     if (search.IsFolder()) {
       Log("Dir: '%s'", search.Name());
-      return 0;
+      return false;
     }
     Log("File: '%s'", search.Name());
     if (name != nullptr) {
       *name = search.Name();
     }
-    return 1;
+    return true;
   }
   if (search.Error() == ERROR_FILE_NOT_FOUND) {
     Log("File not found: '%s'", pattern.c_str());
@@ -71,10 +71,10 @@ int iwiFindFile(const std::string &pattern, std::string *name) {
   } else {
     Log("FindFirstFile(%s) failed: '%d'", pattern.c_str(), static_cast<int>(search.Error()));
   }
-  return 0;
+  return false;
 }
 
-int iwiFindExtension(const std::string &path, std::string &name) {
+bool iwiFindExtension(const std::string &path, std::string &name) {
   const SplitPath split = SplitAtLastBackslash(path);
   const bool cut = path.find('\\') != std::string::npos;
   const std::string folder(cut ? split.folder : path);
@@ -84,12 +84,12 @@ int iwiFindExtension(const std::string &path, std::string &name) {
     if (search.IsSubfolder() && StartsWithNoCase(search.Name(), prefix)) {
       name = search.Name();
       Log("Found extension '%s\\%s'", folder.c_str(), name.c_str());
-      return 1;
+      return true;
     }
   }
   search.Failed(2);
   Log("Can't find extension '%s\\%s*'", folder.c_str(), prefix.c_str());
-  return 0;
+  return false;
 }
 
 }  // namespace zqv

@@ -13,7 +13,7 @@ namespace zqv {
 namespace {
 
 /// Logs a failing call; true when `code` is a success.
-bool Check(const char *call, UINT code, const std::string &query) {
+bool Check(const char *call, ResultCode code, const std::string &query) {
   if (code != ERROR_SUCCESS) {
     Log("***%s error %d. Query '%s'", call, code, query.c_str());
   }
@@ -45,16 +45,16 @@ bool FindFileName(const std::string &file, std::string &name) {
 
 }  // namespace
 
-int iwiGetSourceFilePath(const std::string &file, const std::string &folder, std::string &path, UINT &result) {
+bool iwiGetSourceFilePath(const std::string &file, const std::string &folder, std::string &path, ResultCode &result) {
   path.clear();
   result = ERROR_INSTALL_FAILURE;
   std::string name;
   if (!FindFileName(file, name)) {
-    return 0;
+    return false;
   }
   char source[kPropertyLength];
   DWORD length = kPropertyLength;
-  const UINT code = MsiGetSourcePathA(Session().handle, folder.c_str(), source, &length);
+  const ResultCode code = MsiGetSourcePathA(Session().handle, folder.c_str(), source, &length);
   if (code != ERROR_SUCCESS) {
     if (code == ERROR_DIRECTORY) {
       Log("***Unable to locate source path (%d) for directory '%s'", code, folder.c_str());
@@ -62,7 +62,7 @@ int iwiGetSourceFilePath(const std::string &file, const std::string &folder, std
       Log("***MsiGetSourcePath() error %d. Directory '%s'", code, folder.c_str());
     }
     Log("***File ID '%s', file name '%s'", file.c_str(), name.c_str());
-    return 0;
+    return false;
   }
   result = ERROR_SUCCESS;
   path = source + name;

@@ -39,19 +39,19 @@ Expansion ExpandReferences(std::string &text) {
   }
 }
 
-int iwiExpandEnvironment(std::string &text) {
+bool iwiExpandEnvironment(std::string &text) {
   if (text.find('%') == std::string::npos) {
-    return 1;
+    return true;
   }
   std::string expanded = text;
   const Expansion expansion = ExpandReferences(expanded);
   switch (expansion.outcome) {
     case Expansion::noMemory:
       Log("***Can't allocate memory for expanded variables in '%20.20s...'", text.c_str());
-      return 0;
+      return false;
     case Expansion::failed:
       Log("***Unable to expand environment strings (code %d) for '%20.20s'", expansion.code, text.c_str());
-      return 0;
+      return false;
     case Expansion::done:
       break;
   }
@@ -60,25 +60,25 @@ int iwiExpandEnvironment(std::string &text) {
   LogLine("- to:");
   LogLine(expanded);
   text = expanded;
-  return 1;
+  return true;
 }
 
-int iwiRefreshEnvironmentVariable(const std::string &name) {
+bool iwiRefreshEnvironmentVariable(const std::string &name) {
   std::string value;
-  if (ReadRegistryText(HKEY_LOCAL_MACHINE, kMachineEnvironment, name, value) == 0) {
+  if (!ReadRegistryText(HKEY_LOCAL_MACHINE, kMachineEnvironment, name, value)) {
     Log("Can't find and set environment variable '%s'", name.c_str());
-    return 0;
+    return false;
   }
   Log("Environment variable '%s' value is:", name.c_str());
   LogLine(value);
   // A value that cannot be expanded is set as it stands.
-  iwiExpandEnvironment(value);
+  static_cast<void>(iwiExpandEnvironment(value));
   if (SetEnvironmentVariableA(name.c_str(), value.c_str()) == FALSE) {
     Log("***Can't set environment variable '%s'", name.c_str());
-    return 0;
+    return false;
   }
   Log("Set environment variable '%s'", name.c_str());
-  return 1;
+  return true;
 }
 
 }  // namespace zqv

@@ -2,8 +2,6 @@
 
 #include <string>
 
-#include "platform/win32.h"
-
 namespace zqv {
 
 /// Environment references, %NAME%, in texts.
@@ -18,11 +16,11 @@ struct Expansion {
 /// unchanged unless the outcome is `done`.
 Expansion ExpandReferences(std::string &text);
 
-/// Replaces the references in `text` and logs what became of it. Returns 1, or 0 with `text` unchanged.
-int iwiExpandEnvironment(std::string &text);
+/// Replaces the references in `text` and logs what became of it. False with `text` unchanged.
+[[nodiscard]] bool iwiExpandEnvironment(std::string &text);
 
 /// Gives the library's own process the machine-wide value that the registry has for a variable, references expanded, so
-/// that programs launched later see what the installation has changed. Returns 1 when it was set, else 0.
-int iwiRefreshEnvironmentVariable(const std::string &name);
+/// that programs launched later see what the installation has changed. True when it was set.
+[[nodiscard]] bool iwiRefreshEnvironmentVariable(const std::string &name);
 
 }  // namespace zqv

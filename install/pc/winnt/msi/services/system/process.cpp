@@ -17,7 +17,7 @@ bool IsCommandProcessor(std::string_view name) {
 
 /// False, with a line, when `program` is a path and there is no such file.
 bool CanBeFound(const std::string &program) {
-  if (program.find('\\') == std::string::npos || iwiFileExists(program) != 0) {
+  if (program.find('\\') == std::string::npos || iwiFileExists(program)) {
     return true;
   }
   Log("***Unable to find and run '%s'", program.c_str());
@@ -62,8 +62,8 @@ void ReadExitCode(HANDLE process, const char *program, DWORD &exitCode) {
 
 }  // namespace
 
-UINT iwiLaunchAndWait(const std::string &program, const std::string &parameters, const std::string &folder, int show,
-                      DWORD *exitCode, DWORD timeout) {
+ResultCode iwiLaunchAndWait(const std::string &program, const std::string &parameters, const std::string &folder,
+                            int show, DWORD *exitCode, DWORD timeout) {
   DWORD ownExitCode = kNoExitCode;
   DWORD &code = exitCode != nullptr ? *exitCode : ownExitCode;
   code = kNoExitCode;
@@ -92,22 +92,22 @@ UINT iwiLaunchAndWait(const std::string &program, const std::string &parameters,
   }
 }
 
-UINT iwiLaunch(const std::string &program, const std::string &parameters, const std::string &folder, int show,
+bool iwiLaunch(const std::string &program, const std::string &parameters, const std::string &folder, int show,
                OwnedKernelHandle *process) {
   OwnedKernelHandle ownProcess;
   OwnedKernelHandle &handle = process != nullptr ? *process : ownProcess;
   handle.Reset();
   if (!CanBeFound(program)) {
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   const DWORD error =
       Launch(program, parameters, WorkingFolder(folder, program), show, SEE_MASK_NOCLOSEPROCESS, handle);
   if (error != ERROR_SUCCESS) {
     Log("***Unable to launch process; code %d.", static_cast<int>(error));
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   Log("Launched OK");
-  return ERROR_SUCCESS;
+  return true;
 }
 
 }  // namespace zqv

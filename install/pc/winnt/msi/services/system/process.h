@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "base/result_code.h"
 #include "platform/owner.h"
 
 namespace zqv {
@@ -11,7 +12,7 @@ namespace zqv {
 /// is not launched.
 
 /// A launched program did not end in time.
-constexpr UINT kLaunchTimedOut = 1604;
+constexpr ResultCode kLaunchTimedOut = 1604;
 
 /// The exit code where none is known.
 constexpr DWORD kNoExitCode = 0xFFFFFFFF;
@@ -20,12 +21,12 @@ constexpr DWORD kNoExitCode = 0xFFFFFFFF;
 /// whatever path, is launched by its bare name. `exitCode`, if not null, gets the program's exit code or kNoExitCode;
 /// what it means is for the caller to say. Returns ERROR_SUCCESS, also when the wait itself fails;
 /// ERROR_INSTALL_FAILURE when the program could not be launched; kLaunchTimedOut with the program still running.
-UINT iwiLaunchAndWait(const std::string &program, const std::string &parameters, const std::string &folder, int show,
-                      DWORD *exitCode, DWORD timeout);
+[[nodiscard]] ResultCode iwiLaunchAndWait(const std::string &program, const std::string &parameters,
+                                          const std::string &folder, int show, DWORD *exitCode, DWORD timeout);
 
 /// Launches a program. `process`, if not null, gets its handle, which may be none where no process was started for it.
-/// Returns ERROR_SUCCESS or ERROR_INSTALL_FAILURE.
-UINT iwiLaunch(const std::string &program, const std::string &parameters, const std::string &folder, int show,
-               OwnedKernelHandle *process);
+/// False when the program could not be launched.
+[[nodiscard]] bool iwiLaunch(const std::string &program, const std::string &parameters, const std::string &folder,
+                             int show, OwnedKernelHandle *process);
 
 }  // namespace zqv

@@ -19,14 +19,14 @@ LONG OpenKey(HKEY root, const std::string &path, DWORD access, OwnedKey &key) {
   return RegOpenKeyExA(RootOf(root), path.c_str(), 0, access, key.Out());
 }
 
-void Fail(UINT *result) {
+void Fail(ResultCode *result) {
   if (result != nullptr) {
     *result = ERROR_INSTALL_FAILURE;
   }
 }
 
 /// As OpenKey; true when the key is open. A missing key is quiet, any other error is a logged failure.
-bool OpenOrFail(HKEY root, const std::string &path, DWORD access, OwnedKey &key, UINT *result) {
+bool OpenOrFail(HKEY root, const std::string &path, DWORD access, OwnedKey &key, ResultCode *result) {
   const LONG error = OpenKey(root, path, access, key);
   if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) {
     Fail(result);
@@ -82,8 +82,8 @@ bool ComputeLength(DWORD type, const void *data, int &length) {
 
 }  // namespace
 
-int iwiRegReadValue(HKEY root, const std::string &key, const std::string &name, std::vector<BYTE> *data, DWORD *size,
-                    UINT *result) {
+bool iwiRegReadValue(HKEY root, const std::string &key, const std::string &name, std::vector<BYTE> *data, DWORD *size,
+                     ResultCode *result) {
   if (data != nullptr) {
     data->clear();
   }
@@ -92,65 +92,66 @@ int iwiRegReadValue(HKEY root, const std::string &key, const std::string &name, 
   }
   OwnedKey opened;
   if (!OpenOrFail(root, key, KEY_QUERY_VALUE, opened, result)) {
-    return 0;
+    return false;
   }
   BYTE probe[kProbe];
   DWORD needed = kProbe;
   const LONG asked = RegQueryValueExA(opened.Get(), name.c_str(), nullptr, nullptr, probe, &needed);
   if (asked != ERROR_SUCCESS && asked != ERROR_MORE_DATA) {
-    return 0;
+    return false;
   }
   if (size != nullptr) {
     *size = needed;
   }
-  return data == nullptr || ReadData(opened.Get(), name, needed, *data) ? 1 : 0;
+  return data == nullptr || ReadData(opened.Get(), name, needed, *data);
 }
 
-int ReadRegistryText(HKEY root, const std::string &key, const std::string &name, std::string &text, UINT *result) {
+bool ReadRegistryText(HKEY root, const std::string &key, const std::string &name, std::string &text,
+                      ResultCode *result) {
   std::vector<BYTE> data;
-  const int read = iwiRegReadValue(root, key, name, &data, nullptr, result);
+  const bool read = iwiRegReadValue(root, key, name, &data, nullptr, result);
   text.assign(data.begin(), std::find(data.begin(), data.end(), BYTE{0}));
   return read;
 }
 
-int iwiRegWriteValue(HKEY root, const std::string &key, const std::string &name, DWORD type, const void *data,
-                     DWORD size, UINT *result) {
+bool iwiRegWriteValue(HKEY root, const std::string &key, const std::string &name, DWORD type, const void *data,
+                      DWORD size, ResultCode *result) {
   OwnedKey opened;
   if (!OpenOrFail(root, key, KEY_SET_VALUE, opened, result)) {
-    return 0;
+    return false;
   }
   const LONG error = RegSetValueExA(opened.Get(), name.c_str(), 0, type, static_cast<const BYTE *>(data), size);
   if (error != ERROR_SUCCESS) {
     Fail(result);
     Log("***Can't set value '%s' key '%s' %d", name.c_str(), key.c_str(), static_cast<int>(error));
-    return 0;
+    return false;
   }
-  return 1;
+  return true;
 }
 
-int iwiRegSetValue(HKEY root, const std::string &key, const std::string &name, DWORD type, const void *data,
-                   int length) {
+bool iwiRegSetValue(HKEY root, const std::string &key, const std::string &name, DWORD type, const void *data,
+                    int length) {
   if (!ComputeLength(type, data, length)) {
-    return 0;
+    return false;
   }
   OwnedKey opened;
   LONG error = OpenKey(root, key, KEY_SET_VALUE, opened);
   if (error != ERROR_SUCCESS) {
     Log("Error %d opening key '%s'", static_cast<int>(error), key.c_str());
-    return 0;
+    return false;
   }
   error =
       RegSetValueExA(opened.Get(), name.c_str(), 0, type, static_cast<const BYTE *>(data), static_cast<DWORD>(length));
   if (error != ERROR_SUCCESS) {
     Log("Error %d setting key '%s' value '%s'", static_cast<int>(error), key.c_str(), name.c_str());
-    return 0;
+    return false;
   }
-  return 1;
+  return true;
 }
 
-int iwiRegDeleteValue(HKEY root, const std::string &key, const std::string &name, bool report) {
+bool iwiRegDeleteValue(HKEY root, const std::string &key, const std::string &name, bool report) {
   if (name.empty()) {
-    return 1;
+    return true;
   }
   const std::string shown = Format(RootOf(root) == HKEY_LOCAL_MACHINE ? "HKLM\\%s" : "\\%s", key.c_str());
   OwnedKey opened;
@@ -159,26 +160,26 @@ int iwiRegDeleteValue(HKEY root, const std::string &key, const std::string &name
     if (report) {
       Log("Delete value key not found [%s] '%s'", shown.c_str(), name.c_str());
     }
-    return 1;
+    return true;
   }
   if (error != ERROR_SUCCESS) {
     Log("***Delete value open key error %d [%s] '%s'", static_cast<int>(error), shown.c_str(), name.c_str());
-    return 0;
+    return false;
   }
   error = RegDeleteValueA(opened.Get(), name.c_str());
   if (error == ERROR_SUCCESS) {
     // Deliberate: the root stands before a key that may name it already.
     Log("Deleted value [HKLM\\%s] '%s'", shown.c_str(), name.c_str());
-    return 1;
+    return true;
   }
   if (error == ERROR_FILE_NOT_FOUND) {
     if (report) {
       Log("Delete value not found [%s] '%s'", shown.c_str(), name.c_str());
     }
-    return 1;
+    return true;
   }
   Log("***Delete value error %d [%s] '%s'", static_cast<int>(error), shown.c_str(), name.c_str());
-  return 0;
+  return false;
 }
 
 std::string &iwiHexText(std::string &text, const BYTE *bytes, std::size_t count) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "base/result_code.h"
 #include "platform/win32.h"
 
 namespace zqv {
@@ -13,28 +14,28 @@ namespace zqv {
 /// failure.
 
 /// Reads a value of any type. `data`, if not null, gets its bytes; a text that lacks its terminator gets one behind
-/// them. `size`, if not null, gets the size in bytes that the registry gives. Returns 1 when the value was read, else
-/// 0, with `data` empty and `size` 0.
-int iwiRegReadValue(HKEY root, const std::string &key, const std::string &name, std::vector<BYTE> *data, DWORD *size,
-                    UINT *result);
+/// them. `size`, if not null, gets the size in bytes that the registry gives. True when the value was read, else
+/// false, with `data` empty and `size` 0.
+[[nodiscard]] bool iwiRegReadValue(HKEY root, const std::string &key, const std::string &name, std::vector<BYTE> *data,
+                                   DWORD *size, ResultCode *result);
 
-/// Reads a value as a text, up to its first terminator. Returns 1, or 0 with `text` empty.
-int ReadRegistryText(HKEY root, const std::string &key, const std::string &name, std::string &text,
-                     UINT *result = nullptr);
+/// Reads a value as a text, up to its first terminator. False, with `text` empty, when there is none.
+[[nodiscard]] bool ReadRegistryText(HKEY root, const std::string &key, const std::string &name, std::string &text,
+                                    ResultCode *result = nullptr);
 
-/// Writes a value into an existing key. Returns 1 when it was written, else 0.
-int iwiRegWriteValue(HKEY root, const std::string &key, const std::string &name, DWORD type, const void *data,
-                     DWORD size, UINT *result);
+/// Writes a value into an existing key. True when it was written.
+[[nodiscard]] bool iwiRegWriteValue(HKEY root, const std::string &key, const std::string &name, DWORD type,
+                                    const void *data, DWORD size, ResultCode *result);
 
 /// Writes a value into an existing key. `length` is in bytes; a negative one stands for the whole text and its
 /// terminator where `type` is REG_SZ or REG_EXPAND_SZ, and for nothing to write otherwise. A REG_DWORD always has four
-/// bytes. Returns 1 when it was written, else 0; its failures are told without asterisks.
-int iwiRegSetValue(HKEY root, const std::string &key, const std::string &name, DWORD type, const void *data,
-                   int length);
+/// bytes. True when it was written; its failures are told without asterisks.
+[[nodiscard]] bool iwiRegSetValue(HKEY root, const std::string &key, const std::string &name, DWORD type,
+                                  const void *data, int length);
 
-/// Deletes a value; an empty name does nothing. `report` has a missing key or value logged. Returns 0 on a real
-/// failure, else 1.
-int iwiRegDeleteValue(HKEY root, const std::string &key, const std::string &name, bool report);
+/// Deletes a value; an empty name does nothing. `report` has a missing key or value logged. False on a real
+/// failure.
+[[nodiscard]] bool iwiRegDeleteValue(HKEY root, const std::string &key, const std::string &name, bool report);
 
 /// Gives `text` two upper-case hexadecimal digits for each byte, and returns it.
 std::string &iwiHexText(std::string &text, const BYTE *bytes, std::size_t count);

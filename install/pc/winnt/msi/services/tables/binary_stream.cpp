@@ -1,5 +1,6 @@
 #include "services/tables/binary_stream.h"
 
+#include "base/result_code.h"
 #include "base/text.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
@@ -42,13 +43,13 @@ bool WriteStream(MSIHANDLE row, const std::string &name, const std::string &path
     Log("***Can't open output: '%s'", path.c_str());
     return false;
   }
-  UINT result = ERROR_SUCCESS;
+  ResultCode result = ERROR_SUCCESS;
   DWORD total = 0;
   DWORD length = kBlock;
   bool written = true;
   while (written && length == kBlock) {
     char block[kBlock];
-    const UINT read = MsiRecordReadStream(row, kDataField, block, &length);
+    const ResultCode read = MsiRecordReadStream(row, kDataField, block, &length);
     if (iwiCheckMsiResult("MsiRecordReadStream", name.c_str(), read, result) != ERROR_SUCCESS) {
       return false;
     }
@@ -67,9 +68,9 @@ bool WriteStream(MSIHANDLE row, const std::string &name, const std::string &path
 
 }  // namespace
 
-int iwiUnpackBinary(const std::string &prefix, const std::string &suffix, const std::string &path,
-                    std::string *componentSuffix) {
-  UINT result = ERROR_SUCCESS;
+bool iwiUnpackBinary(const std::string &prefix, const std::string &suffix, const std::string &path,
+                     std::string *componentSuffix) {
+  ResultCode result = ERROR_SUCCESS;
   bool found = false;
   const auto unpack = [&](MSIHANDLE row) {
     std::string name;
@@ -87,7 +88,7 @@ int iwiUnpackBinary(const std::string &prefix, const std::string &suffix, const 
   if (complete && !found) {
     Log("***Can't find binary Name: '%s%s'", prefix.c_str(), suffix.c_str());
   }
-  return complete && found && result == ERROR_SUCCESS ? 1 : 0;
+  return complete && found && result == ERROR_SUCCESS;
 }
 
 }  // namespace zqv

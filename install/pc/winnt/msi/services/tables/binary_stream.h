@@ -9,9 +9,9 @@ namespace zqv {
 /// case does not matter. What stands in its name behind prefix, suffix and a dot is the component suffix, which
 /// `componentSuffix` gets if it is not null: empty when there is none.
 ///
-/// Every row that is meant is written, each over the same file, so that the last one stays. Returns 1, or 0 when there
-/// was none or anything failed.
-int iwiUnpackBinary(const std::string &prefix, const std::string &suffix, const std::string &path,
-                    std::string *componentSuffix);
+/// Every row that is meant is written, each over the same file, so that the last one stays. False when there was none
+/// or anything failed.
+[[nodiscard]] bool iwiUnpackBinary(const std::string &prefix, const std::string &suffix, const std::string &path,
+                                   std::string *componentSuffix);
 
 }  // namespace zqv

@@ -1,5 +1,6 @@
 #include "services/tables/components.h"
 
+#include "base/result_code.h"
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
 #include "runtime/session.h"
@@ -16,14 +17,14 @@ constinit LoadState<State> state;
 
 /// False when `row` is the component that is looked for.
 bool PassOver(MSIHANDLE row) {
-  UINT ignored = ERROR_SUCCESS;
+  ResultCode ignored = ERROR_SUCCESS;
   std::string key;
   if (iwiCheckMsiResult("MsiRecordGetString", "Component", ReadRecordText(row, 1, key), ignored) != ERROR_SUCCESS) {
     return true;
   }
   INSTALLSTATE installed = INSTALLSTATE_UNKNOWN;
   INSTALLSTATE action = INSTALLSTATE_UNKNOWN;
-  const UINT asked = MsiGetComponentStateA(Session().handle, key.c_str(), &installed, &action);
+  const ResultCode asked = MsiGetComponentStateA(Session().handle, key.c_str(), &installed, &action);
   if (iwiCheckMsiResult("MsiGetComponentState", key.c_str(), asked, ignored) != ERROR_SUCCESS ||
       action != INSTALLSTATE_LOCAL) {
     return true;
@@ -39,7 +40,7 @@ constinit LoadStateEntry &componentState = state;
 
 const std::string &iwiFindLocalComponent(const std::string &otherwise) {
   if (state->found.empty()) {
-    UINT ignored = ERROR_SUCCESS;
+    ResultCode ignored = ERROR_SUCCESS;
     VisitRows("SELECT * FROM Component", ignored, PassOver);
   }
   if (state->found.empty()) {

@@ -31,21 +31,20 @@ std::string NameOf(INSTALLSTATE state) {
 
 }  // namespace
 
-UINT iwiSetFeatureState(const char *feature, INSTALLSTATE state) {
+bool iwiSetFeatureState(const char *feature, INSTALLSTATE state) {
   const std::string name = NameOf(state);
-  const UINT code = MsiSetFeatureStateA(Session().handle, feature, state);
+  const ResultCode code = MsiSetFeatureStateA(Session().handle, feature, state);
   if (code != ERROR_SUCCESS) {
     Log("***MsiSetFeatureState(%s, %s) rc: 0x%8.8lx", feature, name.c_str(), static_cast<unsigned long>(code));
-    return ERROR_INSTALL_FAILURE;
+    return false;
   }
   Log("'%s' feature state set to %s", feature, name.c_str());
-  return ERROR_SUCCESS;
+  return true;
 }
 
-void iwiSetFeatureLocal(const char *feature, bool local, UINT &result) {
-  const UINT set = iwiSetFeatureState(feature, local ? INSTALLSTATE_LOCAL : INSTALLSTATE_ABSENT);
-  if (set != ERROR_SUCCESS) {
-    result = set;
+void iwiSetFeatureLocal(const char *feature, bool local, ResultCode &result) {
+  if (!iwiSetFeatureState(feature, local ? INSTALLSTATE_LOCAL : INSTALLSTATE_ABSENT)) {
+    result = ERROR_INSTALL_FAILURE;
   }
 }
 

@@ -35,9 +35,7 @@ struct State {
 };
 constinit LoadState<State> state;
 
-UINT Fill(const char *name, std::string &kept) {
-  return kept.empty() ? GetProperty(name, kept) : static_cast<UINT>(ERROR_SUCCESS);
-}
+bool Fill(const char *name, std::string &kept) { return !kept.empty() || GetProperty(name, kept); }
 
 const char *NameOf(const ProductData &entry, int type) {
   return type == 2 ? entry.type2Name : type == 3 ? entry.type3Name : "";
@@ -47,7 +45,7 @@ const char *NameOf(const ProductData &entry, int type) {
 
 constinit LoadStateEntry &productState = state;
 
-UINT iwiFindRelatedProduct(const std::string &upgradeCode, std::string &product) {
+void iwiFindRelatedProduct(const std::string &upgradeCode, std::string &product) {
   Log("Searching for upgrade code '%s'", upgradeCode.c_str());
   product.clear();
   char code[kProductCodeLength];
@@ -58,11 +56,10 @@ UINT iwiFindRelatedProduct(const std::string &upgradeCode, std::string &product)
     if (MsiGetProductInfoA(code, "InstalledProductName", name, &length) == ERROR_SUCCESS) {
       Log(" - '%s' is installed", name);
       product = code;
-      return ERROR_SUCCESS;
+      return;
     }
   }
   Log(" - Not installed");
-  return ERROR_SUCCESS;
 }
 
 std::string iwiGetProductData(int type, const char *version) {
@@ -70,7 +67,7 @@ std::string iwiGetProductData(int type, const char *version) {
   const char *shownVersion = "Unknown";
   for (const ProductData &entry : kProductData) {
     bool isOwn = false;
-    if (iwiIsOwnUpgradeCode(entry.upgradeCode, isOwn) != ERROR_SUCCESS || !isOwn) {
+    if (!iwiIsOwnUpgradeCode(entry.upgradeCode, isOwn) || !isOwn) {
       continue;
     }
     shownVersion = entry.versionPrefix;
@@ -82,14 +79,13 @@ std::string iwiGetProductData(int type, const char *version) {
   return answer;
 }
 
-UINT iwiIsOwnUpgradeCode(const std::string &upgradeCode, bool &isOwn) {
+bool iwiIsOwnUpgradeCode(const std::string &upgradeCode, bool &isOwn) {
   isOwn = false;
-  if (Fill("UpgradeCode", state->upgradeCode) != ERROR_SUCCESS ||
-      Fill("ProductVersion", state->version) != ERROR_SUCCESS) {
-    return ERROR_INSTALL_FAILURE;
+  if (!Fill("UpgradeCode", state->upgradeCode) || !Fill("ProductVersion", state->version)) {
+    return false;
   }
   isOwn = EqualNoCase(upgradeCode, state->upgradeCode);
-  return ERROR_SUCCESS;
+  return true;
 }
 
 }  // namespace zqv

@@ -10,13 +10,13 @@ constexpr char kRecordCounter[] = "ZQVRECORDCOUNTER";
 
 }  // namespace
 
-UINT ReadRecordCounter(int &counter, DWORD length) {
+bool ReadRecordCounter(int &counter, DWORD length) {
   std::string value;
-  const UINT result = GetProperty(kRecordCounter, value, length);
+  const bool read = GetProperty(kRecordCounter, value, length);
   counter = DecimalValue(value);
-  return result;
+  return read;
 }
 
-UINT AdvanceRecordCounter(int counter) { return SetProperty(kRecordCounter, std::to_string(NextCounter(counter))); }
+bool AdvanceRecordCounter(int counter) { return SetProperty(kRecordCounter, std::to_string(NextCounter(counter))); }
 
 }  // namespace zqv

@@ -14,24 +14,24 @@ namespace {
 constexpr UINT kInstallModeIsInteger = 1U << 4;
 
 /// Adds the row and advances the counter. No name stands for the folder itself.
-UINT AddRow(int counter, const std::string &component, const std::string &folder, const char *name, int installMode) {
+ResultCode AddRow(int counter, const std::string &component, const std::string &folder, const char *name,
+                  int installMode) {
   std::string property;
-  if (GetPathProperty(folder, property) != ERROR_SUCCESS) {
+  if (!GetPathProperty(folder, property)) {
     return ERROR_INSTALL_FAILURE;
   }
   const std::string key = Format("ZQV_Record_%d", counter);
   const FieldValue values[] = {key.c_str(), component.c_str(), name, property.c_str(), installMode};
-  const UINT added = iwiAddTableRow({"RemoveFile", kInstallModeIsInteger, values});
-  const UINT counted = AdvanceRecordCounter(counter);
-  return counted != ERROR_SUCCESS ? counted : added;
+  const ResultCode added = iwiAddTableRow({"RemoveFile", kInstallModeIsInteger, values});
+  return AdvanceRecordCounter(counter) ? added : ResultOf(false);
 }
 
 }  // namespace
 
-UINT iwiStackFilesForDeletion(const std::string &path, const std::string &component, int installMode) {
+ResultCode iwiStackFilesForDeletion(const std::string &path, const std::string &component, int installMode) {
   Log("Stacking file(s) for deletion: '%s'", path.c_str());
   int counter = 0;
-  if (ReadRecordCounter(counter) != ERROR_SUCCESS) {
+  if (!ReadRecordCounter(counter)) {
     return ERROR_INSTALL_FAILURE;
   }
   std::string folder;
@@ -47,10 +47,10 @@ UINT iwiStackFilesForDeletion(const std::string &path, const std::string &compon
   return AddRow(counter, component, folder, name.c_str(), installMode);
 }
 
-UINT iwiStackFolderForDeletion(const std::string &path, const std::string &component, int installMode) {
+ResultCode iwiStackFolderForDeletion(const std::string &path, const std::string &component, int installMode) {
   Log("Stacking folder for deletion: '%s'", path.c_str());
   int counter = 0;
-  if (ReadRecordCounter(counter) != ERROR_SUCCESS) {
+  if (!ReadRecordCounter(counter)) {
     return ERROR_INSTALL_FAILURE;
   }
   if (!path.ends_with('\\')) {

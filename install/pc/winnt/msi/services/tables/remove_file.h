@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/win32.h"
+#include "base/result_code.h"
 
 namespace zqv {
 
@@ -15,10 +15,12 @@ namespace zqv {
 
 /// Stacks the removal of a file, or of the files that a pattern in the path's last element matches. A path that does
 /// not name both a folder and a file is reported, and adds a row with neither all the same.
-UINT iwiStackFilesForDeletion(const std::string &path, const std::string &component, int installMode);
+[[nodiscard]] ResultCode iwiStackFilesForDeletion(const std::string &path, const std::string &component,
+                                                  int installMode);
 
 /// Stacks the removal of a folder, if it is empty by then. The path must end in a backslash; otherwise nothing is added
 /// and the counter stays.
-UINT iwiStackFolderForDeletion(const std::string &path, const std::string &component, int installMode);
+[[nodiscard]] ResultCode iwiStackFolderForDeletion(const std::string &path, const std::string &component,
+                                                   int installMode);
 
 }  // namespace zqv

@@ -41,18 +41,17 @@ RootedKey SplitRoot(const std::string &key) {
 
 }  // namespace
 
-UINT StackDeleteRegistryValue(const std::string &key, const std::string &name, const std::string &component) {
+ResultCode StackDeleteRegistryValue(const std::string &key, const std::string &name, const std::string &component) {
   Log("StackDeleteRegistryValue '%s' '%s'", key.c_str(), name.c_str());
   int counter = 0;
-  if (ReadRecordCounter(counter, kRecordCounterLength) != ERROR_SUCCESS) {
+  if (!ReadRecordCounter(counter, kRecordCounterLength)) {
     return ERROR_INSTALL_FAILURE;
   }
   const std::string row = Format("%s%d", "ZQVRECORD", counter);
   const RootedKey rooted = SplitRoot(key);
   const FieldValue values[] = {row.c_str(), rooted.root, rooted.key.c_str(), name.c_str(), component.c_str()};
-  const UINT added = iwiAddTableRow({"RemoveRegistry", kRootIsInteger, values});
-  const UINT counted = AdvanceRecordCounter(counter);
-  return counted != ERROR_SUCCESS ? counted : added;
+  const ResultCode added = iwiAddTableRow({"RemoveRegistry", kRootIsInteger, values});
+  return AdvanceRecordCounter(counter) ? added : ResultOf(false);
 }
 
 }  // namespace zqv

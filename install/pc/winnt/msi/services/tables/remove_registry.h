@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/win32.h"
+#include "base/result_code.h"
 
 namespace zqv {
 
@@ -11,6 +11,7 @@ namespace zqv {
 /// capitals, and a backslash; any other key is one below HKEY_LOCAL_MACHINE. A row that cannot be added still advances
 /// the record counter. Returns ERROR_SUCCESS, ERROR_INSTALL_FAILURE where the counter cannot be read or set, or the
 /// installer's own code where adding the row failed.
-UINT StackDeleteRegistryValue(const std::string &key, const std::string &name, const std::string &component);
+[[nodiscard]] ResultCode StackDeleteRegistryValue(const std::string &key, const std::string &name,
+                                                  const std::string &component);
 
 }  // namespace zqv

@@ -12,23 +12,23 @@ namespace {
 
 constexpr UINT kMaskBits = 32;
 
-UINT SetInteger(MSIHANDLE record, UINT index, int value, UINT &result) {
-  const UINT answer = MsiRecordSetInteger(record, index + 1, value);
+ResultCode SetInteger(MSIHANDLE record, UINT index, int value, ResultCode &result) {
+  const ResultCode answer = MsiRecordSetInteger(record, index + 1, value);
   const std::string shown = Format("0x%8.8lx", static_cast<unsigned long>(static_cast<UINT>(value)));
   // Deliberate: an integer's line counts the fields from 0, a text's from 1.
   Log("Field %d '%s'", static_cast<int>(index), shown.c_str());
   return iwiCheckMsiResult("MsiRecordSetInteger", shown.c_str(), answer, result);
 }
 
-UINT SetText(MSIHANDLE record, UINT index, const char *value, UINT &result) {
-  const UINT answer = MsiRecordSetStringA(record, index + 1, value);
+ResultCode SetText(MSIHANDLE record, UINT index, const char *value, ResultCode &result) {
+  const ResultCode answer = MsiRecordSetStringA(record, index + 1, value);
   const std::string text = value == nullptr ? "" : value;
   Log("Field %d %s", static_cast<int>(index + 1), text.empty() ? "NULL" : ("'" + text + "'").c_str());
   return iwiCheckMsiResult("MsiRecordSetString", text.c_str(), answer, result);
 }
 
 /// Fills and inserts a record. False when there was none to be had.
-bool InsertRow(const TableRow &row, MSIHANDLE view, UINT &result) {
+bool InsertRow(const TableRow &row, MSIHANDLE view, ResultCode &result) {
   const UINT fields = static_cast<UINT>(row.values.size());
   OwnedInstallerHandle record(MsiCreateRecord(fields));
   if (!record) {
@@ -36,7 +36,7 @@ bool InsertRow(const TableRow &row, MSIHANDLE view, UINT &result) {
     Log("***MsiCreateRecord(%s, %d) failed", row.table, static_cast<int>(fields));
     return false;
   }
-  UINT lastField = ERROR_SUCCESS;
+  ResultCode lastField = ERROR_SUCCESS;
   for (UINT index = 0; index < fields; ++index) {
     const bool isInteger = index < kMaskBits && (row.integers >> index & 1) != 0;
     lastField = isInteger ? SetInteger(record.Get(), index, row.values[index].integer, result)
@@ -52,14 +52,14 @@ bool InsertRow(const TableRow &row, MSIHANDLE view, UINT &result) {
 
 }  // namespace
 
-UINT iwiAddTableRow(const TableRow &row) {
+ResultCode iwiAddTableRow(const TableRow &row) {
   OwnedInstallerHandle database(MsiGetActiveDatabase(Session().handle));
   if (!database) {
     Log("***MsiGetActiveDatabase(%s) failed", row.table);
     return ERROR_INSTALL_FAILURE;
   }
   const std::string query = Format("SELECT * FROM %s", row.table);
-  UINT result = ERROR_SUCCESS;
+  ResultCode result = ERROR_SUCCESS;
   bool hadRecord = false;
   OwnedInstallerHandle view;
   if (iwiCheckMsiResult("MsiDatabaseOpenView", query.c_str(),

@@ -2,6 +2,7 @@
 
 #include <span>
 
+#include "base/result_code.h"
 #include "platform/win32.h"
 #include "runtime/record.h"
 
@@ -18,6 +19,6 @@ struct TableRow {
 
 /// Adds a row. Every field is tried, also after one has failed; the row is added if the last field could be set.
 /// Returns ERROR_SUCCESS, ERROR_INSTALL_FAILURE, or the code of the last installer call that failed.
-UINT iwiAddTableRow(const TableRow &row);
+[[nodiscard]] ResultCode iwiAddTableRow(const TableRow &row);
 
 }  // namespace zqv
