@@ -1,16 +1,23 @@
 #include <cstdio>
 #include <random>
 
+#include "platform/owner.h"
+#include "runtime/log.h"
+#include "runtime/session.h"
 #include "session.h"
+#include "zqviwicn/load.h"
 
-/// A process that logs busily is killed at random moments. Whatever line the writer had finished is in all three logs.
+/// A process that logs busily is killed within a random line. What it had finished by then is in all three logs.
 namespace {
 
-constexpr int kKills = 200;
+constexpr int kKills = 100;
+constexpr unsigned kMostLines = 50;  // before a kill asked for
+constexpr unsigned kMostCalls = 40;  // of the killer, which last some two lines
 constexpr const char *kLogs[] = {"ZQVUSERTRACEPATH", "ZQVUSERLOGPATH", "ZQVTEMPLOGPATH"};  // in the writer's order
-constexpr char kCounterName[] = "engine_tests_finished_actions";
+constexpr char kCounterName[] = "engine_tests_written_lines";
+constexpr char kAskName[] = "engine_tests_ask_for_the_kill";
 
-/// Counts, in memory shared with a child process, the actions that the child has finished.
+/// Counts, in memory shared with a child process, the lines that the writer has returned from.
 class SharedCounter {
  public:
   SharedCounter()
@@ -31,83 +38,132 @@ class SharedCounter {
 
 std::string LogPath(const std::string &folder, const char *name) { return folder + "\\" + name + ".log"; }
 
-/// The child's part: runs one action after the other until it is killed.
-void RunBusily(const char *folder) {
+std::string Line(LONG number) { return "line " + std::to_string(number); }
+
+/// The child's part: writes one line after the other until it is killed, and asks for that once there are `lines`.
+void WriteBusily(const std::string &folder, LONG lines) {
   MsiSetInternalUI(INSTALLUILEVEL_NONE, nullptr);
   MSIHANDLE session = 0;
   MsiOpenPackageExA("vantrelqv.msi", MSIOPENPACKAGEFLAGS_IGNOREMACHINESTATE, &session);
   for (const char *name : kLogs) {
     MsiSetPropertyA(session, name, LogPath(folder, name).c_str());
   }
-  MsiSetPropertyA(session, "ZQVTEMP", folder);
-  SharedCounter finished;
-  LoadedLibrary library;
-  for (LONG count = 0;; ++count) {
-    *finished = count;
-    library.Call("iwiSetCustomActionData", session);
+  Load();
+  Session().handle = session;
+  SharedCounter written;
+  const HANDLE ask = OpenEventA(EVENT_MODIFY_STATE, FALSE, kAskName);
+  for (LONG count = 0;;) {
+    if (count == lines) {
+      SetEvent(ask);
+    }
+    LogLine(Line(count++));
+    *written = count;
   }
 }
 
-int CountLines(const std::string &text, const std::string &end) {
-  int count = 0;
-  for (std::size_t at = text.find(end); at != std::string::npos; at = text.find(end, at + 1)) {
-    ++count;
+/// The files that killed processes leave to the installer and in the temporary folder go with the test.
+class KillTest : public SessionTest {
+ protected:
+  ~KillTest() override {
+    for (const auto &path : Leftovers()) {
+      std::error_code ignored;
+      std::filesystem::remove_all(path, ignored);
+      EXPECT_FALSE(std::filesystem::exists(path)) << path;
+    }
   }
-  return count;
-}
 
-using KillTest = SessionTest;
-
-TEST_F(KillTest, NoLineThatTheWriterReturnedFromIsLost) {
-  const unsigned given = static_cast<unsigned>(GTEST_FLAG_GET(random_seed)), seed = given != 0 ? given : GetTickCount();
-  std::printf("kills at random moments: --gtest_random_seed=%u\n", seed);
-  std::mt19937 random(seed);
-  char self[MAX_PATH];
-  GetModuleFileNameA(nullptr, self, MAX_PATH);
-  SharedCounter finished;
-  LONG actions = 0;
-  int lines = 0;
-  for (int kill = 0; kill < kKills; ++kill) {
-    std::string command = "\"" + std::string(self) + "\" --busy \"" + folder + "\"";
-    *finished = -1;
+  /// Runs a child until it has written so many lines and asks to be killed, and kills it: so many system calls later,
+  /// which is anywhere in a line. False when the child ends before that.
+  bool RunAndKill(unsigned lines, unsigned calls, HANDLE ask) const {
+    char self[MAX_PATH];
+    GetModuleFileNameA(nullptr, self, MAX_PATH);
+    std::string command = "\"" + std::string(self) + "\" --write \"" + folder + "\" " + std::to_string(lines);
     STARTUPINFOA startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION child{};
-    ASSERT_TRUE(
-        CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &child));
-    for (int waited = 0; *finished < 0 && waited < 20000; ++waited) {
-      Sleep(1);
+    if (CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &child) ==
+        FALSE) {
+      return false;
     }
-    Sleep(random() % 40);
+    const HANDLE either[] = {ask, child.hProcess};
+    const bool asked = WaitForMultipleObjects(2, either, FALSE, INFINITE) == WAIT_OBJECT_0;
+    while (calls-- > 0) {
+      WaitForSingleObject(child.hProcess, 0);
+    }
     TerminateProcess(child.hProcess, 1);
     WaitForSingleObject(child.hProcess, INFINITE);
     CloseHandle(child.hThread);
     CloseHandle(child.hProcess);
-    ASSERT_GE(*finished, 0);
-    actions += *finished;
-    // A line goes to one log after the other, so only the last line may be missing in the later ones.
-    const std::string trace = ReadFile(LogPath(folder, kLogs[0]));
-    lines += CountLines(trace, "\n");
+    return asked;
+  }
+
+ private:
+  static std::set<std::filesystem::path> Files() {
+    std::set<std::filesystem::path> files;
+    char windows[MAX_PATH];
+    GetWindowsDirectoryA(windows, MAX_PATH);
+    for (const auto &place : {std::filesystem::path(windows) / "Installer", std::filesystem::temp_directory_path()}) {
+      for (const auto &entry : std::filesystem::directory_iterator(place)) {
+        files.insert(entry.path());
+      }
+    }
+    return files;
+  }
+
+  std::set<std::filesystem::path> Leftovers() const {
+    std::set<std::filesystem::path> left = Files();
+    std::erase_if(left, [&](const auto &path) { return before_.contains(path) || path == folder; });
+    return left;
+  }
+
+  const std::set<std::filesystem::path> before_ = Files();
+};
+
+TEST_F(KillTest, NoLineThatTheWriterReturnedFromIsLost) {
+  const unsigned given = static_cast<unsigned>(GTEST_FLAG_GET(random_seed)), seed = given != 0 ? given : GetTickCount();
+  std::printf("kills within random lines: --gtest_random_seed=%u\n", seed);
+  std::mt19937 random(seed);
+  SharedCounter written;
+  const HANDLE ask = CreateEventA(nullptr, FALSE, FALSE, kAskName);
+  LONG lines = 0;
+  int amid = 0;
+  for (int kill = 0; kill < kKills; ++kill) {
+    const unsigned least = 1 + random() % kMostLines;
+    *written = 0;
+    ASSERT_TRUE(RunAndKill(least, random() % kMostCalls, ask));
+    const LONG count = *written;
+    lines += count;
+    ASSERT_GE(count, static_cast<LONG>(least));
+    // Of the line that it fell into, a log has all or nothing, and one log has it before the next.
+    std::size_t before = std::string::npos;
     for (const char *name : kLogs) {
       const std::string log = ReadFile(LogPath(folder, name));
-      EXPECT_TRUE(trace.starts_with(log)) << name;
-      EXPECT_GE(CountLines(log, "\n"), CountLines(trace, "\n") - 1) << name;
-      EXPECT_GE(CountLines(log, "Returning with rc 0\r\n"), *finished) << name;
+      LONG found = 0;
+      std::istringstream stream(log);
+      for (std::string line; std::getline(stream, line); ++found) {
+        EXPECT_TRUE(line.ends_with(": " + Line(found) + "\r")) << name << ": " << line;
+      }
+      EXPECT_GE(found, count) << name;
+      EXPECT_LE(found, count + 1) << name;
+      EXPECT_LE(log.size(), before) << name;
+      amid += log.size() < before && before != std::string::npos ? 1 : 0;
+      before = log.size();
       DeleteFileA(LogPath(folder, name).c_str());
     }
   }
-  std::printf("%d kills, %ld finished actions, %d lines\n", kKills, actions, lines);
-  EXPECT_GT(actions, kKills);
+  CloseHandle(ask);
+  std::printf("%d kills behind %ld lines, %d of them between two logs\n", kKills, lines, amid);
 }
 
 }  // namespace
 
 int main(int argc, char **argv) {
-  if (argc == 3 && std::string(argv[1]) == "--busy") {
-    RunBusily(argv[2]);
+  if (argc == 4 && std::string(argv[1]) == "--write") {
+    WriteBusily(argv[2], std::atol(argv[3]));
   }
-  if (argc == 2 && std::string(argv[1]) == "--wait") {
-    Sleep(500);
+  if (argc == 3 && std::string(argv[1]) == "--wait") {
+    const OwnedKernelHandle end(OpenEventA(SYNCHRONIZE, FALSE, argv[2]));
+    WaitForSingleObject(end.Get(), INFINITE);
     return 7;
   }
   testing::InitGoogleTest(&argc, argv);

@@ -123,9 +123,12 @@ TEST_F(ServicesTest, ProcessesAreLaunchedAndWaitedFor) {
   char self[MAX_PATH];
   GetModuleFileNameA(nullptr, self, MAX_PATH);
   DWORD code = 0;
-  EXPECT_EQ(iwiLaunchAndWait(self, "--wait", "", SW_HIDE, &code, 10), kLaunchTimedOut);
+  // Of manual reset: it ends both programs that wait for it.
+  const OwnedKernelHandle end(CreateEventA(nullptr, TRUE, FALSE, "engine_tests_end"));
+  EXPECT_EQ(iwiLaunchAndWait(self, "--wait engine_tests_end", "", SW_HIDE, &code, 10), kLaunchTimedOut);
   EXPECT_EQ(code, kNoExitCode);
-  EXPECT_EQ(iwiLaunchAndWait(self, "--wait", "", SW_HIDE, &code, INFINITE), 0u);
+  SetEvent(end.Get());
+  EXPECT_EQ(iwiLaunchAndWait(self, "--wait engine_tests_end", "", SW_HIDE, &code, INFINITE), 0u);
   EXPECT_EQ(code, 7u);
   EXPECT_EQ(iwiLaunchAndWait("C:\\none\\CMD.exe", "/c cd > here.txt & exit 5", folder, SW_HIDE, &code, INFINITE), 0u);
   EXPECT_EQ(code, 5u);

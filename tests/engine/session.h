@@ -6,7 +6,9 @@
 #include <msi.h>
 #include <msiquery.h>
 
+#include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 #include <string>
 
@@ -30,7 +32,7 @@ class LoadedLibrary {
 };
 
 /// A package, the reference package if no other, opened in this process, silent, with a temporary folder of its own.
-/// When the test ends, no installer handle but the package's may be open.
+/// When the test ends, no installer handle but the package's may be open, and the folder goes.
 class SessionTest : public testing::Test {
  protected:
   explicit SessionTest(const char *package = "vantrelqv.msi") {
@@ -45,6 +47,8 @@ class SessionTest : public testing::Test {
   ~SessionTest() override {
     MsiCloseHandle(session);
     EXPECT_EQ(MsiCloseAllHandles(), 0u);
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
   }
 
   void Set(const char *name, const std::string &value) { MsiSetPropertyA(session, name, value.c_str()); }
