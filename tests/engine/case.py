@@ -10,12 +10,12 @@ from installation import Machine, Package
 
 
 def prepare(usage):
-    """What the command line of a test names: the build folder, the reference package in it, and a machine, whose Wine
-    prefix is the folder wine beside the build folder."""
+    """What the command line of a test names: the build folder, the reference package in it, and a machine. Its Wine
+    prefix, beside the build folder, is the test's own, so that tests may run at the same time."""
     if len(sys.argv) < 2 or not (Path(sys.argv[1]) / "vantrelqv.msi").exists():
         sys.exit(usage)
     build = Path(sys.argv.pop(1)).resolve()
-    return build, Package(build / "vantrelqv.msi"), Machine(build.parent / "wine")
+    return build, Package(build / "vantrelqv.msi"), Machine(build.parent / f"wine-{Path(sys.argv[0]).stem}")
 
 
 def message(number, language="en_us"):

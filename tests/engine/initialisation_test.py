@@ -3,7 +3,7 @@
 
 usage: initialisation_test.py BUILD_WINDOWS_DIR [unittest arguments]
 
-The Wine prefix is the folder wine beside the build folder; each test removes what it installed.
+The Wine prefix is the folder wine-initialisation_test beside the build folder; each test removes what it installed.
 """
 
 import re

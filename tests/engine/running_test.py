@@ -4,8 +4,8 @@ programs that run.
 
 usage: running_test.py BUILD_WINDOWS_DIR [unittest arguments]
 
-The Wine prefix is the folder wine beside the build folder; each test ends what it started and removes what it
-installed.
+The Wine prefix is the folder wine-running_test beside the build folder; each test ends what it started and removes what
+it installed.
 """
 
 import re
