@@ -12,6 +12,7 @@ TOOLS = Path(__file__).resolve().parent
 STAMPED = re.compile(r"\d\d:\d\d:\d\d QVCA info (\(CaProlog\)|[^:]+): (.*)")
 FAILED = 1603 & 0xFF  # what is left of the installer's result in an exit status
 CANCELLED = 1602 & 0xFF
+PATIENCE = 300  # seconds; what takes longer, on however busy a machine, hangs
 
 # Custom action types, as the engine's documentation numbers them.
 FROM_LIBRARY, ROLLBACK, COMMIT, DEFERRED = 0x1, 0x100, 0x200, 0x400
@@ -147,12 +148,12 @@ class Machine:
         return self.run(*command, stdout=subprocess.PIPE, text=True).stdout
 
     def run(self, *command, stdout=subprocess.DEVNULL, **options):
-        """A command that takes minutes hangs: it is ended with all else in the prefix."""
+        """A command that hangs is ended with all else in the prefix."""
         options |= {"stdin": subprocess.DEVNULL, "stdout": stdout, "env": self.environment}
         try:
-            return subprocess.run(self.command(*command), timeout=120, **options)
+            return subprocess.run(self.command(*command), timeout=PATIENCE, **options)
         except subprocess.TimeoutExpired as error:
-            subprocess.run(self.command("wineserver", "--kill"), timeout=60, stdin=subprocess.DEVNULL)
+            subprocess.run(self.command("wineserver", "--kill"), timeout=PATIENCE, stdin=subprocess.DEVNULL)
             raise RuntimeError(f"no end of {command}") from error
 
     def msiexec(self, verb, package, folder, *options, level="/qn"):

@@ -1,10 +1,14 @@
 """The installed reference product, set running in a Wine prefix, for the demo and the engine tests."""
 
 import subprocess
-import time
+import threading
+
+from installation import PATIENCE, read_text
 
 PROGRAMS = "Program Files/Korvex/Vantrel QV/bin"
 DATA = "ProgramData/Korvex/Vantrel QV"
+STOP_FILE = "zqvstop"
+LOOKS = 3  # before the wait, and before each of two pauses of half a second
 SERVICES = r"HKLM\System\CurrentControlSet\Services"
 
 
@@ -16,10 +20,14 @@ class RunningProduct:
         self.programs = machine.drive / PROGRAMS
         self.processes = []
         self.services = []
+        # It stays behind, for a service that has not looked yet.
+        self.stop_file = machine.drive / STOP_FILE
+        self.stop_file.unlink(missing_ok=True)
+        self.ended = threading.Event()
 
     def path(self, program):
         """A program's path as Windows knows it."""
-        return "C:\\" + f"{PROGRAMS}/{program}".replace("/", "\\")
+        return "C:\\" + windows(f"{PROGRAMS}/{program}")
 
     def start(self, program, *manager):
         """Starts a program that stays, and gives its process once it holds its file."""
@@ -30,11 +38,26 @@ class RunningProduct:
             raise RuntimeError(f"{program} does not start")
         return process
 
-    def register_service(self, name, display, stop):
-        """Registers the service program under a name; it will take `stop` milliseconds to stop."""
+    def register_service(self, name, display, lingers=False):
+        """Registers the service program under a name. A service that lingers does not stop before `let_stop`."""
         self.services.append(name)
-        program = f'"{self.path("zqvsvc.exe")}" -stop {stop}'
+        program = f'"{self.path("zqvsvc.exe")}"' + (rf" -stop C:\{STOP_FILE}" if lingers else "")
         self.call("sc", "create", name, "binPath=", program, "DisplayName=", display)
+
+    def let_stop(self):
+        self.stop_file.touch()
+
+    def let_stop_once_seen(self, service, trace):
+        """Lets the services that linger stop, meanwhile, once a deferred action has looked at one several times. `trace`
+        is the trace log."""
+
+        def watch():
+            while not self.ended.wait(0.05):
+                seen = read_text(trace).rpartition("Deferred execution")
+                if seen[1] and seen[2].count(f"Service '{service}' is running") >= LOOKS:
+                    return self.let_stop()
+
+        threading.Thread(target=watch, daemon=True).start()
 
     def start_services(self):
         self.call(self.path("zqvsvc.exe"), "-START", "-SILENT")
@@ -47,13 +70,17 @@ class RunningProduct:
         (self.machine.drive / DATA / "zqvqmgrs.txt").write_text("\n".join(lines) + "\n")
 
     def outlived(self):
-        """How many of the started processes are still there, after a moment for those that are just ending."""
-        end = time.monotonic() + 5
-        while time.monotonic() < end and any(process.poll() is None for process in self.processes):
-            time.sleep(0.1)
+        """How many of the started processes are still there, after a while for those that are just ending."""
+        try:
+            for process in self.processes:
+                process.wait(PATIENCE)
+        except subprocess.TimeoutExpired:
+            pass
         return sum(process.poll() is None for process in self.processes)
 
     def end(self):
+        self.ended.set()
+        self.let_stop()
         for process in self.processes:
             process.kill()
             process.wait()
@@ -67,3 +94,7 @@ class RunningProduct:
     def call(self, *command):
         if self.machine.wine("wine", *command) != 0:
             raise RuntimeError(f"{command} failed")
+
+
+def windows(path):
+    return str(path).replace("/", "\\")

@@ -1,13 +1,12 @@
 // The product's service program, as far as an installation sees it: it runs, holds its file, and takes its time to
 // stop.
 //
-// Run by the service manager: zqvsvc.exe [-stop MILLISECONDS | -stop never]. How long it takes to stop; without the
-// option, no time.
+// Run by the service manager: zqvsvc.exe [-stop FILE]. Asked to stop, it goes on stopping until there is such a file;
+// without the option it has stopped when the asking returns.
 // Run by hand: zqvsvc.exe -START [-SILENT] starts those of its services that are registered.
 
 #include <windows.h>
 
-#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -16,7 +15,7 @@ constexpr const char *kServices[] = {"KorvexQVSeries", "QVSeriesServices"};
 
 SERVICE_STATUS_HANDLE service;
 HANDLE stopAsked;
-DWORD stopTime;
+const char *stopFile;  // null: none
 
 void Report(DWORD state) {
   SERVICE_STATUS status{};
@@ -28,7 +27,7 @@ void Report(DWORD state) {
 
 void WINAPI Control(DWORD control) {
   if (control == SERVICE_CONTROL_STOP) {
-    Report(SERVICE_STOP_PENDING);
+    Report(stopFile != nullptr ? SERVICE_STOP_PENDING : SERVICE_STOPPED);
     SetEvent(stopAsked);
   }
 }
@@ -41,8 +40,12 @@ void WINAPI Serve(DWORD /*count*/, char **arguments) {
   }
   Report(SERVICE_RUNNING);
   WaitForSingleObject(stopAsked, INFINITE);
-  Sleep(stopTime);
-  Report(SERVICE_STOPPED);
+  if (stopFile != nullptr) {
+    while (GetFileAttributesA(stopFile) == INVALID_FILE_ATTRIBUTES) {
+      Sleep(50);
+    }
+    Report(SERVICE_STOPPED);
+  }
 }
 
 int StartServices() {
@@ -66,8 +69,7 @@ int main(int count, char **arguments) {
     return StartServices();
   }
   if (count > 2 && std::strcmp(arguments[1], "-stop") == 0) {
-    const bool never = std::strcmp(arguments[2], "never") == 0;
-    stopTime = never ? INFINITE : static_cast<DWORD>(std::strtoul(arguments[2], nullptr, 10));
+    stopFile = arguments[2];
   }
   stopAsked = CreateEventA(nullptr, TRUE, FALSE, nullptr);
   char any[] = "";
