@@ -167,8 +167,8 @@ class Initialisation(unittest.TestCase):
 
     def test_a_person_sees_the_box_and_answers_it(self):
         self.variant(NO_LANGUAGE)
-        # A desktop that was made without a display would stay without one.
-        machine.wine("wineserver", "--kill")
+        # A desktop that was made without a display would stay without one. What is killed while it starts might make it.
+        machine.wine("wineserver", "--wait")
         self.addCleanup(machine.wine, "wineserver", "--kill")
         screen = ["Xvfb", "-displayfd", "1", "-screen", "0", "800x600x24", "-nolisten", "tcp"]
         display = self.start(screen, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
