@@ -1,5 +1,3 @@
-#include <fnmatch.h>
-
 #include <cerrno>
 #include <cstdio>
 
@@ -92,11 +90,12 @@ Place World::Find(const std::string &path) {
   const bool share = text.starts_with("\\\\");
   text = share || text.substr(1, 1) == ":" ? text : "C:\\" + text;
   Require(share || text.size() == 2 || text[2] == '\\', ERROR_INVALID_NAME);
-  std::vector<std::string> elements{text.substr(0, share ? text.find('\\', text.find('\\', 2) + 1) : 2)};
+  const std::string signs = Signs(text);
+  std::vector<std::string> elements{text.substr(0, share ? signs.find('\\', signs.find('\\', 2) + 1) : 2)};
   for (std::size_t start = elements[0].size() + 1, end = 0; start < text.size(); start = end + 1) {
-    end = std::min(text.find('\\', start), text.size());
+    end = std::min(signs.find('\\', start), text.size());
     std::string element = text.substr(start, end - start);
-    Require(element.find_first_of("<>:\"|?*") == std::string::npos, ERROR_INVALID_NAME);
+    Require(Signs(element).find_first_of("<>:\"|?*") == std::string::npos, ERROR_INVALID_NAME);
     if (element == ".." && elements.size() > 1) {
       elements.pop_back();
     }
@@ -136,7 +135,7 @@ void World::MakeJunction(const std::string &path, const std::string &target) {
 Node &World::WriteFile(const std::string &path, std::string_view bytes) {
   Place place = Find(path);
   if (place.folder == nullptr) {
-    MakeFolder(place.path.substr(0, place.path.rfind('\\')));
+    MakeFolder(place.path.substr(0, place.path.size() - place.name.size() - 1));
     place = Find(path);
   }
   auto &node = place.folder->entries[place.name];
@@ -240,9 +239,9 @@ BOOL CopyFileExA(LPCSTR from, LPCSTR to, LPPROGRESS_ROUTINE, void *, BOOL *cance
 HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA *found) {
   return Call("FindFirstFileA", INVALID_HANDLE_VALUE, [&](World &world) {
     const std::string text = OrEmpty(pattern);
-    const std::size_t cut = text.find_last_of("\\/:") + 1;
+    const std::size_t cut = Signs(text).find_last_of("\\/:") + 1;
     Require(!text.empty() && text.size() < MAX_PATH, ERROR_PATH_NOT_FOUND);
-    Require(text.find_first_of("<>\"|") == std::string::npos, ERROR_INVALID_NAME);
+    Require(Signs(text).find_first_of("<>\"|") == std::string::npos, ERROR_INVALID_NAME);
     const Place inside = world.Find(text.substr(0, cut) + "x");  // behind a link
     Require(inside.folder != nullptr, ERROR_PATH_NOT_FOUND);
     NameMap<std::shared_ptr<Node>> all = inside.folder->entries;
@@ -250,11 +249,11 @@ HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA *found) {
       all["."] = all[".."] = inside.folder;
     }
     OpenObject search{.kind = "search", .share = 3, .node = inside.folder, .next = 1};  // the folder cannot go now
-    const std::string wanted = text.substr(cut) == "*.*" ? "*" : text.substr(cut);
+    const std::u16string wanted = Folded(text.substr(cut) == "*.*" ? "*" : text.substr(cut));
     WIN32_FIND_DATAA data;
     std::memset(&data, kJunk, sizeof data);
     for (const auto &[name, node] : all) {
-      if (fnmatch(wanted.c_str(), name.c_str(), FNM_NOESCAPE | FNM_CASEFOLD) == 0) {
+      if (Matches(wanted, Folded(name))) {
         data.dwFileAttributes = node->attributes;
         Fill(data.cFileName, sizeof data.cFileName, name);
         search.found.push_back(data);

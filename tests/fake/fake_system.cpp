@@ -62,12 +62,9 @@ HMODULE zqv::OwnModule() { return reinterpret_cast<HMODULE>(&TheWorld().ownModul
 
 // The world itself.
 
-bool IgnoreCase::operator()(const std::string &a, const std::string &b) const {
-  return strcasecmp(a.c_str(), b.c_str()) < 0;
-}
-
 World::World() : root(std::make_shared<Node>()) {
   root->attributes = FILE_ATTRIBUTE_DIRECTORY;
+  codePage = 1252;
   MakeFolder("C:");
 }
 
@@ -245,7 +242,7 @@ LONG RegQueryInfoKeyA(HKEY key, LPSTR, DWORD *, DWORD *, DWORD *, DWORD *, DWORD
   return CodedCall("RegQueryInfoKeyA", [&](World &world) {
     *longestName = *longestData = 0;
     for (const auto &[name, value] : Values(world, key, KEY_QUERY_VALUE)) {
-      *longestName = std::max(*longestName, static_cast<DWORD>(name.size()));
+      *longestName = std::max(*longestName, static_cast<DWORD>(Folded(name).size()));
       *longestData = std::max(*longestData, static_cast<DWORD>(value.bytes.size()));
     }
   });

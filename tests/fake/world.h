@@ -20,9 +20,9 @@
 /// junk beyond what a call returns, a call that succeeds leaves a garbage last error, out parameters stay untouched by
 /// a call that fails, and every open handle is counted.
 
-/// Orders names as Windows compares paths, keys and variables: without regard to the case of ASCII letters.
+/// Orders names as Windows compares paths, keys and variables: character by character, without regard to case.
 struct IgnoreCase {
-  bool operator()(const std::string &a, const std::string &b) const;
+  bool operator()(std::string_view a, std::string_view b) const;
 };
 using NameSet = std::set<std::string, IgnoreCase>;
 template <typename T>
@@ -146,6 +146,10 @@ struct World {
   NameMap<INSTALLSTATE> productStates;                      // by product code
   NameMap<std::vector<std::string>> relatedProducts;        // product codes by upgrade code
   NameMap<std::map<std::string, std::string>> productInfo;  // attributes by product code
+
+  /// The ANSI code page, in which all texts are: 1252; or 932, 936, 949 or 950, in which a character may have two
+  /// bytes.
+  static inline unsigned codePage = 1252;
 
   // Files, by full Windows paths with backslashes. The paths that the functions take may be longer than Windows allows.
   NameSet held;  // open in another process, shared with nobody

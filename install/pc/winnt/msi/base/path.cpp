@@ -1,8 +1,30 @@
 #include "base/path.h"
 
+#include <algorithm>
+
+#include "base/code_page.h"
 #include "base/text.h"
 
 namespace zqv {
+
+namespace {
+
+std::size_t LastBackslash(std::string_view path) {
+  std::size_t last = std::string_view::npos;
+  for (std::size_t at = NextBackslash(path); at != std::string_view::npos; at = NextBackslash(path, at + 1)) {
+    last = at;
+  }
+  return last;
+}
+
+}  // namespace
+
+std::size_t NextBackslash(std::string_view path, std::size_t from) { return FindCharacter(path, '\\', from); }
+
+bool EndsInBackslash(std::string_view path) {
+  const std::size_t last = LastBackslash(path);
+  return last != std::string_view::npos && last + 1 == path.size();
+}
 
 std::string &iwiTidyPath(PathEnd end, std::string &path) {
   path = std::string(StripBlanks(path));
@@ -12,15 +34,12 @@ std::string &iwiTidyPath(PathEnd end, std::string &path) {
       path.pop_back();
     }
   }
-  std::size_t kept = 0;
-  for (std::size_t at = 0; at < path.size(); ++at) {
-    const bool repeated = path[at] == '\\' && kept >= 2 && path[kept - 1] == '\\';
-    if (!repeated) {
-      path[kept++] = path[at];
-    }
+  for (std::size_t at = NextBackslash(path); at != std::string::npos; at = NextBackslash(path, at + 1)) {
+    const std::size_t behind = std::min(path.find_first_not_of('\\', at), path.size());
+    const std::size_t kept = std::min<std::size_t>(at == 0 ? 2 : 1, behind - at);
+    path.erase(at + kept, behind - at - kept);
   }
-  path.resize(kept);
-  const bool endsInBackslash = !path.empty() && path.back() == '\\';
+  const bool endsInBackslash = EndsInBackslash(path);
   if (end == kWithBackslash && !endsInBackslash) {
     path += '\\';
   } else if (end == kWithoutBackslash && endsInBackslash) {
@@ -32,11 +51,11 @@ std::string &iwiTidyPath(PathEnd end, std::string &path) {
 std::string Trimmed(std::string value) { return iwiTidyPath(kWithoutBackslash, value); }
 
 SplitPath SplitAtLastBackslash(std::string_view path) {
-  const std::size_t at = path.rfind('\\');
+  const std::size_t at = LastBackslash(path);
   if (at == std::string_view::npos) {
-    return {{}, path};
+    return {{}, path, false};
   }
-  return {path.substr(0, at), path.substr(at + 1)};
+  return {path.substr(0, at), path.substr(at + 1), true};
 }
 
 }  // namespace zqv

@@ -5,7 +5,14 @@
 
 namespace zqv {
 
-/// Paths as pure text: nothing here looks at a disk.
+/// Paths as pure text: nothing here looks at a disk. A backslash is a character of its own, and never the second half
+/// of another one.
+
+/// Where the next backslash stands, from `from` on, where a character must begin; npos when there is none.
+std::size_t NextBackslash(std::string_view path, std::size_t from = 0);
+
+/// True when the path's last character is a backslash.
+bool EndsInBackslash(std::string_view path);
 
 /// How iwiTidyPath leaves the end of a path.
 enum PathEnd { kWithoutBackslash = 0, kWithBackslash = 1 };
@@ -22,6 +29,7 @@ std::string Trimmed(std::string value);
 struct SplitPath {
   std::string_view folder;  ///< up to the last backslash, without it
   std::string_view name;    ///< what follows it
+  bool hasBackslash;
 };
 SplitPath SplitAtLastBackslash(std::string_view path);
 

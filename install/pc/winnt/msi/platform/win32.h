@@ -25,10 +25,12 @@
 
 using BOOL = int;
 using BYTE = std::uint8_t;
+using WCHAR = char16_t;
 using WORD = std::uint16_t;
 using DWORD = std::uint32_t;
 using LONG = std::int32_t;
 using UINT = unsigned int;
+using LCID = DWORD;
 using WPARAM = std::uintptr_t;
 using LPARAM = std::intptr_t;
 using HANDLE = void *;
@@ -114,6 +116,16 @@ struct OSVERSIONINFOEXA : OSVERSIONINFOA {
 };
 
 BOOL GetVersionExA(OSVERSIONINFOA *info);
+
+// The code page.
+
+constexpr UINT CP_ACP = 0;
+constexpr DWORD MB_ERR_INVALID_CHARS = 8;
+constexpr DWORD LCMAP_UPPERCASE = 0x200;
+
+BOOL IsDBCSLeadByte(BYTE byte);
+int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR text, int length, WCHAR *buffer, int capacity);
+int LCMapStringW(LCID locale, DWORD flags, const WCHAR *text, int length, WCHAR *buffer, int capacity);
 
 // Handles and objects.
 

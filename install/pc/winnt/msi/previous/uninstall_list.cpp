@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <string_view>
 
+#include "base/path.h"
 #include "base/text.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
@@ -73,7 +74,7 @@ bool LeavesFolder(std::string_view path) {
     return true;
   }
   while (!path.empty()) {
-    const std::size_t end = std::min(path.find_first_of("\\/"), path.size());
+    const std::size_t end = std::min({NextBackslash(path), path.find('/'), path.size()});
     if (IsParent(path.substr(0, end))) {
       return true;
     }
@@ -93,7 +94,7 @@ void StackEntry(const std::string &folder, const std::string &path) {
     return;
   }
   const std::string full = folder + "\\" + path;
-  if (full.ends_with('\\')) {
+  if (EndsInBackslash(full)) {
     static_cast<void>(iwiStackFolderForDeletion(full, kBaseComponent, kWhenInstalled));
   } else {
     static_cast<void>(iwiStackFilesForDeletion(full, kBaseComponent, kWhenInstalled));

@@ -3,6 +3,7 @@
 #include <new>
 #include <vector>
 
+#include "base/code_page.h"
 #include "base/path.h"
 #include "base/text.h"
 #include "platform/owner.h"
@@ -147,7 +148,7 @@ void iwiTerminateProcessByImage(const std::string &folder, const char *name) {
       continue;
     }
     const std::string image = ImageOf(status, id);
-    if (EqualNoCase(SplitAtLastBackslash(image).name, name)) {
+    if (EqualName(SplitAtLastBackslash(image).name, name)) {
       matched = true;
       Log("Found process ID %d '%s'", static_cast<int>(id), image.c_str());
       Terminate(id);

@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "base/path.h"
 #include "base/text.h"
 #include "build_stamp.h"
 #include "platform/owner.h"
@@ -71,7 +72,7 @@ constinit LoadState<State> state;
 
 /// Finds the action in a second copy of the library. Null when the action is to run here.
 EntryPoint FindExternalAction(const std::string &folder, const char *actionName, std::string &path) {
-  path = Format(folder.ends_with('\\') ? "%s%s" : "%s\\%s", folder.c_str(), kModuleName);
+  path = Format(EndsInBackslash(folder) ? "%s%s" : "%s\\%s", folder.c_str(), kModuleName);
 
   SetLastError(0);
   state->installationMutex.Reset(CreateMutexA(nullptr, FALSE, kMutexName));

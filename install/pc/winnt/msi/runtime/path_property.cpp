@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "base/code_page.h"
 #include "base/pair_list.h"
 #include "base/text.h"
 #include "runtime/log.h"
@@ -37,7 +38,7 @@ constinit LoadStateEntry &pathPropertyState = state;
 
 bool GetPathProperty(const std::string &path, std::string &nameOut) {
   const auto known = std::find_if(state->properties.begin(), state->properties.end(),
-                                  [&](const iwiPAIR &property) { return EqualNoCase(property.second, path); });
+                                  [&](const iwiPAIR &property) { return EqualName(property.second, path); });
   if (known != state->properties.end()) {
     nameOut = known->first;
     return true;

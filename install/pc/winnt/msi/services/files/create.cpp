@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/path.h"
 #include "runtime/log.h"
 #include "services/files/error_text.h"
 
@@ -17,8 +18,8 @@ std::size_t FirstFolder(const std::string &path) {
   if (!path.starts_with("\\\\")) {
     return std::string::npos;
   }
-  const std::size_t share = path.find('\\', 2);
-  return share == std::string::npos ? share : path.find('\\', share + 1);
+  const std::size_t share = NextBackslash(path, 2);
+  return share == std::string::npos ? share : NextBackslash(path, share + 1);
 }
 
 /// Where the first folder of a copy's target begins: behind "C:\" or "\\server\"; npos where there is no such
@@ -28,13 +29,13 @@ std::size_t FirstTargetFolder(const std::string &path) {
   if (!ofServer && (path.size() < 2 || path[1] != ':')) {
     return 0;
   }
-  const std::size_t root = path.find('\\', ofServer ? 2 : 0);
+  const std::size_t root = NextBackslash(path, ofServer ? 2 : 0);
   return root == std::string::npos ? root : root + 1;
 }
 
 /// Makes one folder; ERROR_ALREADY_EXISTS, too, for a name without a backslash, which is none to be made.
 LONG CreateFolder(const std::string &folder) {
-  if (folder.find('\\') == std::string::npos) {
+  if (NextBackslash(folder) == std::string::npos) {
     return ERROR_ALREADY_EXISTS;
   }
   if (CreateDirectoryA(folder.c_str(), nullptr) == FALSE) {
@@ -52,7 +53,7 @@ bool iwiCreateFolderTree(const std::string &path) {
   if (first == std::string::npos) {
     return nothingMade;
   }
-  for (std::size_t end = path.find('\\', first + 1); end != std::string::npos; end = path.find('\\', end + 1)) {
+  for (std::size_t end = NextBackslash(path, first + 1); end != std::string::npos; end = NextBackslash(path, end + 1)) {
     const std::string folder = path.substr(0, end);
     const LONG error = CreateFolder(folder);
     if (error == ERROR_SUCCESS) {
@@ -70,7 +71,7 @@ void CreateTargetFolder(const std::string &path) {
     return;
   }
   while (at <= path.size()) {
-    const std::size_t end = std::min(path.find('\\', at), path.size());
+    const std::size_t end = std::min(NextBackslash(path, at), path.size());
     const std::string folder = path.substr(0, end);
     const LONG error = CreateFolder(folder);
     if (error != ERROR_SUCCESS && error != ERROR_ALREADY_EXISTS) {

@@ -80,14 +80,11 @@ bool ListSubfolders(const std::string &folder, const std::string &tail, iwiPAIRL
 /// library's operation has named this folder, and no search has found it.
 bool DeleteTree(const Walk &walk, std::string path, bool named) {
   iwiTidyPath(kWithoutBackslash, path);
-  std::string folder = path;
-  std::string pattern;
-  const std::size_t cut = walk.deleteFiles ? path.rfind('\\') : path.size();
-  if (walk.deleteFiles && cut != std::string::npos) {
-    folder.resize(cut);
-    pattern = path.substr(cut + 1);
-  }
-  if (cut == std::string::npos || folder.empty()) {
+  const SplitPath split = SplitAtLastBackslash(path);
+  const bool cut = walk.deleteFiles && split.hasBackslash;
+  const std::string folder(cut ? split.folder : path);
+  const std::string pattern(cut ? split.name : "");
+  if (cut != walk.deleteFiles || folder.empty()) {
     Log("***Invalid file pattern; path '%s', pattern '%s', dirs %d, FilePaths %d", folder.c_str(), pattern.c_str(),
         static_cast<int>(walk.removeFolders), static_cast<int>(walk.deleteFiles));
     return false;

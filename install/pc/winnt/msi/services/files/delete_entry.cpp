@@ -3,6 +3,7 @@
 #include <span>
 #include <string_view>
 
+#include "base/path.h"
 #include "runtime/log.h"
 #include "runtime/progress.h"
 #include "services/files/existence.h"
@@ -158,7 +159,7 @@ LONG RemoveFolder(const std::string &path) {
 
 bool StackFolder(const DeletionRequest &request) {
   std::string path = request.path;
-  if (!path.empty() && path.back() != '\\') {
+  if (!path.empty() && !EndsInBackslash(path)) {
     path += '\\';
   }
   return iwiStackFolderForDeletion(path, request.component, request.installMode) == ERROR_SUCCESS;

@@ -1,20 +1,20 @@
 #include "services/files/existence.h"
 
+#include "base/code_page.h"
 #include "base/path.h"
-#include "base/text.h"
 #include "runtime/log.h"
 #include "services/files/search.h"
 
 namespace zqv {
 
 bool iwiFileExists(const std::string &path) {
-  if (path.find('\\') == std::string::npos) {
+  const SplitPath split = SplitAtLastBackslash(path);
+  if (!split.hasBackslash) {
     return false;
   }
-  const std::string_view name = SplitAtLastBackslash(path).name;
   Search search(path);
   while (search.Next()) {
-    if (search.IsFile() && EqualNoCase(search.Name(), name)) {
+    if (search.IsFile() && EqualName(search.Name(), split.name)) {
       return true;
     }
   }
@@ -33,7 +33,7 @@ bool iwiFolderExists(const std::string &path) {
       return false;
     }
     Log("Found directory: '%s'", search.Name());
-    if (EqualNoCase(search.Name(), name)) {
+    if (EqualName(search.Name(), name)) {
       return true;
     }
   }
@@ -76,12 +76,11 @@ bool iwiFindFile(const std::string &pattern, std::string *name) {
 
 bool iwiFindExtension(const std::string &path, std::string &name) {
   const SplitPath split = SplitAtLastBackslash(path);
-  const bool cut = path.find('\\') != std::string::npos;
-  const std::string folder(cut ? split.folder : path);
-  const std::string prefix(cut ? split.name : "dummy");
+  const std::string folder(split.hasBackslash ? split.folder : path);
+  const std::string prefix(split.hasBackslash ? split.name : "dummy");
   Search search(folder + "\\" + prefix + "*");
   while (search.Next()) {
-    if (search.IsSubfolder() && StartsWithNoCase(search.Name(), prefix)) {
+    if (search.IsSubfolder() && StartsWithName(search.Name(), prefix)) {
       name = search.Name();
       Log("Found extension '%s\\%s'", folder.c_str(), name.c_str());
       return true;

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "base/code_page.h"
 #include "base/path.h"
 #include "runtime/log.h"
 
@@ -29,21 +30,20 @@ bool Search::IsDots() const {
   return name == "." || name == "..";
 }
 
-/// The system's translation to the ANSI code page can put separators and wildcards into a name, and a path loses the
-/// blanks and dots at its end: such a name, placed in a path, leads elsewhere, even out of the folder. In some code
-/// pages, though, a backslash is the second half of a character, so a name with one is looked up again.
+/// The system's translation to the ANSI code page can put separators into a name, and a path loses the blanks and dots
+/// at its end. Half a character there would take the backslash behind it for its other half.
+bool Search::LeadsElsewhere() const {
+  const std::string_view name = Name();
+  const std::string followed = std::string(name) + "\\";
+  return name.empty() || name.back() == '.' || name.back() == ' ' || NextBackslash(followed) != name.size() ||
+         name.find_first_of("/:") != std::string_view::npos;
+}
+
+/// What the code page has no character for, the translation replaces by wildcards, above all by "?".
 bool Search::IsTrueName() const {
   const std::string_view name = Name();
-  if (name.empty() || name.back() == '.' || name.back() == ' ') {
-    return false;
-  }
-  if (name.find_first_of("\\/:*?\"<>|") == std::string_view::npos) {
-    return true;
-  }
-  WIN32_FIND_DATAA again;
-  const std::string path = std::string(SplitAtLastBackslash(path_).folder) + "\\" + Name();
-  const OwnedSearch search(FindFirstFileA(path.c_str(), &again));
-  return search && name == again.cFileName;
+  return !LeadsElsewhere() && name.find_first_of("*?\"<>") == std::string_view::npos &&
+         FindCharacter(name, '|') == std::string_view::npos;
 }
 
 bool Search::Failed(int number) const {

@@ -33,6 +33,10 @@ class Search {
   bool IsFile() const { return !IsFolder() && IsTrueName(); }
   bool IsSubfolder() const { return IsFolder() && IsTrueName(); }
 
+  /// True for a name that, placed in a path, leads to another place than this entry, even out of the folder. An entry
+  /// that is neither this nor a file or folder by its name is one that no path leads to.
+  bool LeadsElsewhere() const;
+
   /// Why the search ended: ERROR_SUCCESS when it gave all entries, or has not ended.
   LONG Error() const { return error_; }
 

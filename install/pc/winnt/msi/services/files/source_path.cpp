@@ -1,5 +1,6 @@
 #include "services/files/source_path.h"
 
+#include "base/code_page.h"
 #include "base/text.h"
 #include "platform/owner.h"
 #include "runtime/log.h"
@@ -36,7 +37,7 @@ bool FindFileName(const std::string &file, std::string &name) {
       !Check("MsiRecordGetString(1)", ReadRecordText(row.Get(), 1, name), query)) {
     return false;
   }
-  const std::size_t bar = name.find('|');
+  const std::size_t bar = FindCharacter(name, '|');
   if (bar != std::string::npos) {
     name.erase(0, bar + 1);
   }

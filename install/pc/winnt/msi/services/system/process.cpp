@@ -17,7 +17,7 @@ bool IsCommandProcessor(std::string_view name) {
 
 /// False, with a line, when `program` is a path and there is no such file.
 bool CanBeFound(const std::string &program) {
-  if (program.find('\\') == std::string::npos || iwiFileExists(program)) {
+  if (!SplitAtLastBackslash(program).hasBackslash || iwiFileExists(program)) {
     return true;
   }
   Log("***Unable to find and run '%s'", program.c_str());

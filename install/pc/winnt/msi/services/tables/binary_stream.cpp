@@ -1,7 +1,7 @@
 #include "services/tables/binary_stream.h"
 
+#include "base/code_page.h"
 #include "base/result_code.h"
-#include "base/text.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
 #include "runtime/installer_result.h"
@@ -18,9 +18,9 @@ constexpr UINT kDataField = 2;
 
 bool IsMeant(const std::string &name, const std::string &prefix, const std::string &suffix) {
   if (!suffix.empty()) {
-    return StartsWithNoCase(name, prefix + suffix);
+    return StartsWithName(name, prefix + suffix);
   }
-  return StartsWithNoCase(name, prefix) && (name.size() == prefix.size() || name[prefix.size()] == '.');
+  return StartsWithName(name, prefix) && (name.size() == prefix.size() || name[prefix.size()] == '.');
 }
 
 /// Logs and hands out what a row's name has behind `known` characters.

@@ -36,11 +36,11 @@ ResultCode iwiStackFilesForDeletion(const std::string &path, const std::string &
   }
   std::string folder;
   std::string name;
-  if (path.find('\\') == std::string::npos || path.ends_with('\\')) {
+  const SplitPath split = SplitAtLastBackslash(path);
+  if (!split.hasBackslash || split.name.empty()) {
     // Deliberate: the row is added all the same, and its result is what the caller gets.
     Log("***Invalid file path: '%s'", path.c_str());
   } else {
-    const SplitPath split = SplitAtLastBackslash(path);
     folder = std::string(split.folder) + "\\";
     name = split.name;
   }
@@ -53,7 +53,7 @@ ResultCode iwiStackFolderForDeletion(const std::string &path, const std::string 
   if (!ReadRecordCounter(counter)) {
     return ERROR_INSTALL_FAILURE;
   }
-  if (!path.ends_with('\\')) {
+  if (!EndsInBackslash(path)) {
     Log("***Invalid path: '%s'", path.c_str());
     return ERROR_INSTALL_FAILURE;
   }

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "base/path.h"
 #include "base/text.h"
 #include "runtime/log.h"
 #include "services/tables/record_counter.h"
@@ -28,7 +29,7 @@ struct RootedKey {
 };
 
 RootedKey SplitRoot(const std::string &key) {
-  const std::size_t at = key.find('\\');
+  const std::size_t at = NextBackslash(key);
   if (at != std::string::npos) {
     for (const RootName &known : kRootNames) {
       if (known.name == std::string_view(key).substr(0, at)) {
