@@ -228,12 +228,20 @@ TEST_F(FilesTest, ATreeCannotLeadTheWalkOutOfIt) {
   world.WriteFile("C:\\keep\\1.txt", "");
   world.MakeJunction("C:\\a\\link", "C:\\keep");
   world.MakeJunction("C:\\link", "C:\\keep");
+  World::codePage = 932;
   Node &odd = world.MakeFolder("C:\\a\\t");
-  for (const char *name : {".. ", "..\\keep", " .", "...", "x\\y"}) {
+  for (const char *name : {".. ", "..\\keep", " .", "...", "x\\y", "?", "\x83"}) {
     odd.entries[name] = std::make_shared<Node>(Node{.attributes = FILE_ATTRIBUTE_DIRECTORY});
   }
   for (const char *name : {"*", "..\\..\\keep\\1.txt", "1.txt."}) {
     (*name == '*' ? world.MakeFolder("C:\\a\\s") : odd).entries[name] = std::make_shared<Node>();
+  }
+  // A copy tells of each, and tries those that no other file can be taken for.
+  EXPECT_EQ(iwiCopyPattern("C:\\a", "C:\\n", "*", true), 1603u);
+  EXPECT_EQ(world.callCount["CopyFileExA"], 6);
+  EXPECT_FALSE(world.Exists("C:\\n\\keep") || world.Exists("C:\\n\\t\\1.txt"));
+  for (const char *name : {".. ", "..\\keep", " .", "...", "x\\y", "?", "\x83", "*", "..\\..\\keep\\1.txt", "1.txt."}) {
+    ExpectInLog({"***Error 123 copying '" + std::string(name) + "'\n"});
   }
   EXPECT_TRUE(DeleteTree("C:\\a\\*"));
   EXPECT_TRUE(DeleteTree("C:\\link\\*"));

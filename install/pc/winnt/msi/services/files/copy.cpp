@@ -20,12 +20,19 @@ void Accumulate(ResultCode &result, ResultCode code) {
   }
 }
 
+/// An entry that its name does not lead to is a failure, as the system itself would have it, and not tried.
+ResultCode RefuseName(const char *name) {
+  Log("***Error %d copying '%s'", static_cast<int>(ERROR_INVALID_NAME), name);
+  return ERROR_INSTALL_FAILURE;
+}
+
 ResultCode CopyFiles(const std::string &source, const std::string &destination, const std::string &pattern) {
   ResultCode result = ERROR_SUCCESS;
   Search search(source + "\\" + pattern);
   while (search.Next()) {
-    if (search.IsFile()) {
-      Accumulate(result, iwiCopyFile(true, source, destination, search.Name()));
+    if (!search.IsFolder()) {
+      Accumulate(result, search.LeadsElsewhere() ? RefuseName(search.Name())
+                                                 : iwiCopyFile(true, source, destination, search.Name()));
     }
   }
   return search.Failed(8) ? ERROR_INSTALL_FAILURE : result;
@@ -36,9 +43,10 @@ ResultCode CopySubfolders(const std::string &source, const std::string &destinat
   ResultCode result = ERROR_SUCCESS;
   Search search(source + "\\*");
   while (search.Next()) {
-    if (search.IsSubfolder() && !search.IsLink()) {
-      Accumulate(result,
-                 iwiCopyPattern(source + "\\" + search.Name(), destination + "\\" + search.Name(), pattern, true));
+    if (search.IsFolder() && !search.IsDots() && !search.IsLink()) {
+      Accumulate(result, search.IsSubfolder() ? iwiCopyPattern(source + "\\" + search.Name(),
+                                                               destination + "\\" + search.Name(), pattern, true)
+                                              : RefuseName(search.Name()));
     }
   }
   return search.Failed(9) ? ERROR_INSTALL_FAILURE : result;
