@@ -93,12 +93,21 @@ TEST_F(LevelTest, ARegistryThatCannotBeReadLeavesNoLevel) {
     EXPECT_EQ(Read(), "-. . . . ");
     EXPECT_TRUE(Lines().ends_with(line + "\n")) << line;
   }
-  world.failCall = {};
-  world.onCall = [&](std::string_view call) {
-    world.registry[kApplied]["Maint 1"].bytes += call == "RegEnumValueA" ? "grown" : "";
-  };
+  Fail("RegEnumValueA", 234);  // a value that grows for ever
   EXPECT_EQ(Read(), "-. . . . ");
   EXPECT_EQ(Lines(), enumerate + " 234\n");
+}
+
+TEST_F(LevelTest, NamesThatNeedTwoBytesACharacterAndValuesThatGrowAreRead) {
+  World::codePage = 932;
+  const std::string name = "\x83\x5C\x83\x5C\x83\x5C\x83\x5C";
+  world.registry[kApplied] = {{"Shipped", RegistryValue::Text("1.5")}, {name, RegistryValue::Text("")}};
+  EXPECT_EQ(Read(), "1.5 1.5 1.5 . ");
+  ExpectInLog({"named '" + name + "'\n"});
+  world.onCall = [&](std::string_view call) {
+    world.registry[kApplied][name].bytes += call == "RegEnumValueA" ? "grown" : "";
+  };
+  EXPECT_EQ(Read(), "1.5 1.5 1.5 . ");
 }
 
 TEST_F(LevelTest, ListsOfFeaturesNameThoseOfThePackage) {

@@ -22,6 +22,11 @@ constexpr char kShipped[] = "Shipped";
 constexpr char kValidFile[] = "Valid.csd";
 constexpr DWORD kShownBytes = 64;
 
+/// Room for the longest name that a value may have, 16,383 characters of up to three bytes, and for a value that no
+/// installation has.
+constexpr DWORD kNameLimit = 1U << 16;
+constexpr DWORD kDataLimit = 1U << 24;
+
 struct Levels {
   Vrmf shipped;
   Vrmf latest;
@@ -32,9 +37,9 @@ struct Levels {
 /// One value of the key "Maintenance Applied".
 struct Value {
   std::string name;
-  DWORD type;
-  const BYTE *data;
-  DWORD size;
+  DWORD type = 0;
+  const BYTE *data = nullptr;
+  DWORD size = 0;
 };
 
 bool IsHigher(const Vrmf &a, const Vrmf &b) { return CompareVrmf(a, b) > 0; }
@@ -121,6 +126,51 @@ void Apply(const Value &value, Levels &levels) {
   }
 }
 
+/// The buffers for a value's name and data.
+struct ValueRoom {
+  std::unique_ptr<char[]> name;
+  std::unique_ptr<BYTE[]> data;
+  DWORD nameCapacity = 0;
+  DWORD dataCapacity = 0;
+
+  /// False, with a line, when there is no memory.
+  bool Allocate(DWORD nameSize, DWORD dataSize) {
+    name.reset(new (std::nothrow) char[nameSize]);
+    if (!name) {
+      Log("***Unable to allocate value name buffer %d", static_cast<int>(nameSize));
+      return false;
+    }
+    data.reset(new (std::nothrow) BYTE[dataSize]);
+    if (!data) {
+      Log("***Unable to allocate value data buffer %d", static_cast<int>(dataSize));
+      return false;
+    }
+    nameCapacity = nameSize;
+    dataCapacity = dataSize;
+    return true;
+  }
+
+  bool CanGrow() const { return nameCapacity < kNameLimit || dataCapacity < kDataLimit; }
+
+  /// Doubles both, up to their limits.
+  bool Grow() { return Allocate(Doubled(nameCapacity, kNameLimit), Doubled(dataCapacity, kDataLimit)); }
+
+ private:
+  static DWORD Doubled(DWORD size, DWORD limit) { return size < limit ? std::min(2 * size, limit) : size; }
+};
+
+LONG ReadValue(HKEY key, DWORD index, const ValueRoom &room, Value &value) {
+  DWORD length = room.nameCapacity;
+  value.data = room.data.get();
+  value.size = room.dataCapacity;
+  const LONG error =
+      RegEnumValueA(key, index, room.name.get(), &length, nullptr, &value.type, room.data.get(), &value.size);
+  if (error == ERROR_SUCCESS) {
+    value.name.assign(room.name.get(), length);
+  }
+  return error;
+}
+
 bool EnumerateValues(HKEY key, const std::string &path, Levels &levels) {
   DWORD longestName = 0;
   DWORD longestData = 0;
@@ -130,23 +180,20 @@ bool EnumerateValues(HKEY key, const std::string &path, Levels &levels) {
     Log("***Can't query key info %d", static_cast<int>(error));
     return false;
   }
-  const DWORD nameCapacity = longestName + 1;
-  const DWORD dataCapacity = longestData + 1;
-  const std::unique_ptr<char[]> name(new (std::nothrow) char[nameCapacity]);
-  if (!name) {
-    Log("***Unable to allocate value name buffer %d", static_cast<int>(nameCapacity));
-    return false;
-  }
-  const std::unique_ptr<BYTE[]> data(new (std::nothrow) BYTE[dataCapacity]);
-  if (!data) {
-    Log("***Unable to allocate value data buffer %d", static_cast<int>(dataCapacity));
+  ValueRoom room;
+  if (!room.Allocate(longestName + 1, longestData + 1)) {
     return false;
   }
   for (DWORD index = 0;; ++index) {
-    DWORD nameLength = nameCapacity;
-    DWORD type = 0;
-    DWORD size = dataCapacity;
-    error = RegEnumValueA(key, index, name.get(), &nameLength, nullptr, &type, data.get(), &size);
+    Value value;
+    error = ReadValue(key, index, room, value);
+    // The query counts characters, of which each may need several bytes; and a value may have grown since.
+    while (error == ERROR_MORE_DATA && room.CanGrow()) {
+      if (!room.Grow()) {
+        return false;
+      }
+      error = ReadValue(key, index, room, value);
+    }
     if (error == ERROR_NO_MORE_ITEMS) {
       return true;
     }
@@ -154,7 +201,7 @@ bool EnumerateValues(HKEY key, const std::string &path, Levels &levels) {
       Log("***Can't enumerate Key values: '%s' %d", path.c_str(), static_cast<int>(error));
       return false;
     }
-    Apply({std::string(name.get(), nameLength), type, data.get(), size}, levels);
+    Apply(value, levels);
   }
 }
 
