@@ -1,8 +1,11 @@
+#include "base/code_page.h"
+#include "init/primary/registry_service_level.h"
 #include "runtime/session.h"
 #include "services/files/attributes.h"
 #include "services/files/copy.h"
 #include "services/files/create.h"
 #include "services/files/delete.h"
+#include "services/files/existence.h"
 #include "services/files/source_path.h"
 #include "services/system/environment.h"
 #include "services/system/process.h"
@@ -158,6 +161,58 @@ TEST_F(ServicesTest, RegistryValuesAndTheEnvironment) {
   EXPECT_STREQ(value, "C:\\x");
   EXPECT_TRUE(iwiRegDeleteValue(nullptr, environment, "ZQVENGINETEST", true));
   EXPECT_FALSE(iwiRefreshEnvironmentVariable("ZQVENGINETEST"));
+}
+
+/// The same under a locale whose ANSI code page is another one.
+using CodePageTest = ServicesTest;
+
+TEST_F(CodePageTest, Japanese) {
+  ASSERT_EQ(GetACP(), 932u);
+  for (const std::string name : {"\x83\x5C", "\x95\x5C", "\x94\x5C"}) {
+    const std::string top = folder + "\\" + name, copy = folder + "\\c" + name;
+    EXPECT_EQ(iwiCreateFolderTree(top + "\\" + name + "\\"), 0);
+    const std::string file = Write(name + "\\" + name + "\\" + name);
+    EXPECT_EQ(iwiFileExists(file) + iwiFolderExists(top + "\\"), 2);
+    EXPECT_EQ(iwiCopyPattern(top, copy, "*", true), 0u);
+    EXPECT_EQ(ReadFile(copy + file.substr(top.size())), name + "\\" + name + "\\" + name);
+    EXPECT_EQ(iwiDeletePattern(false, true, nullptr, top + "\\*", true, true, true, "", 0), 1);
+    EXPECT_FALSE(Exists(top));
+  }
+  EXPECT_TRUE(EqualName("\x82\x81\xB1", "\x82\x60\xB1"));  // a wide "a", and a letter of one byte
+  EXPECT_FALSE(EqualName("\x83\x4A", "\x83\x6A"));
+  EXPECT_FALSE(EqualName("\x83", "\x84"));  // no characters
+
+  // A value's name is longer than Windows counts.
+  constexpr char kApplied[] = "Software\\ZqvEngineTest\\CurrentVersion\\Maintenance Applied";
+  const std::string longer = "\x83\x5C\x83\x5C\x83\x5C\x83\x5C\x83\x5C\x83\x5C";
+  HKEY key = nullptr;
+  RegCreateKeyExA(HKEY_LOCAL_MACHINE, kApplied, 0, nullptr, 0, KEY_SET_VALUE | KEY_WOW64_32KEY, nullptr, &key, nullptr);
+  for (const std::string &value : {"Shipped"s, longer}) {
+    RegSetValueExA(key, value.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE *>("1.5"), 4);
+  }
+  RegCloseKey(key);
+  ServiceLevel found;
+  EXPECT_TRUE(ReadRegistryServiceLevel(kKey, found));
+  EXPECT_EQ(found.shipped.modification + found.shipped.fix, "15");
+  EXPECT_TRUE(Logged("Found REG_SZ value named '" + longer + "'"));
+}
+
+TEST_F(CodePageTest, German) {
+  ASSERT_EQ(GetACP(), 1252u);
+  CreateDirectoryA((folder + "\\s").c_str(), nullptr);
+  const std::string file = Write("s\\\xE9.txt");
+  EXPECT_EQ(iwiFileExists(folder + "\\S\\\xC9.TXT"), 1);
+  EXPECT_TRUE(EqualName("\xFF", "\x9F"));
+  EXPECT_FALSE(EqualName("\xF7", "\xD7"));
+  // A name that has no spelling here is not copied, and not passed over in silence.
+  const std::wstring unspelt = std::wstring(folder.begin(), folder.end()) + L"\\s\\\x30AB.txt";
+  CloseHandle(CreateFileW(unspelt.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
+  EXPECT_EQ(iwiCopyPattern(folder + "\\s", folder + "\\t", "*", true), 1603u);
+  EXPECT_TRUE(Logged("***Error 123 copying '?.txt'"));
+  EXPECT_EQ(ReadFile(folder + "\\t\\\xE9.txt"), "s\\\xE9.txt");
+  EXPECT_EQ(iwiDeletePattern(false, true, nullptr, folder + "\\s\\*", true, true, true, "", 0), 1);
+  EXPECT_FALSE(Exists(file));
+  EXPECT_TRUE(Exists(folder + "\\s"));
 }
 
 }  // namespace
