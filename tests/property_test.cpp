@@ -174,6 +174,7 @@ TEST(TextTest, PathsAreTidied) {
                                              {"   ", "", "\\"},
                                              {"\"", "", "\\"},
                                              {" \"C:\\a b\\\" ", "C:\\a b", "C:\\a b\\"},
+                                             {" \tC:\t ", "\tC:\t", "\tC:\t\\"},
                                              {"C:\\", "C:", "C:\\"},
                                              {"C:\\\\\\a\\\\b", "C:\\a\\b", "C:\\a\\b\\"},
                                              {"\\\\\\\\server\\share", "\\\\server\\share", "\\\\server\\share\\"},

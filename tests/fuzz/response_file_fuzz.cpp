@@ -25,7 +25,7 @@ std::string LookUp(bool exactCase, const std::string &stanza, const std::string 
   std::string value = "junk";
   Check(iwiGetResponseValue(exactCase, stanza, keyword, value) || value.empty());
   Check(value.find_first_of("\r\n") == std::string::npos);
-  Check(value.empty() || (!IsBlank(value.back()) && value.back() != '"'));
+  Check(value.empty() || (!IsSpace(value.back()) && value.back() != '"'));
   return value;
 }
 
@@ -46,7 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   for (std::size_t at = 0, end = 0; at < bytes.size(); at = end + 1) {
     end = std::min(bytes.find('\n', at), bytes.size());
     const std::string_view line = std::string_view(bytes).substr(at, end - at);
-    const std::string keyword(StripBlanks(line.substr(0, line.find('='))));
+    const std::string keyword(StripSpace(line.substr(0, line.find('='))));
     const std::string exact = LookUp(true, "Response", keyword);
     Check(exact.empty() || exact == LookUp(true, "RESPONSE", keyword));
     LookUp(false, "Response", keyword);

@@ -10,6 +10,12 @@ namespace {
 
 char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
+/// The text without those of the characters that it begins and ends with.
+std::string_view Strip(std::string_view text, std::string_view characters) {
+  text.remove_prefix(std::min(text.find_first_not_of(characters), text.size()));
+  return text.substr(0, text.find_last_not_of(characters) + 1);
+}
+
 }  // namespace
 
 std::string Format(const char *format, ...) {
@@ -67,17 +73,11 @@ int DecimalValue(std::string_view text) {
   return static_cast<int>(std::min<long long>(value, std::numeric_limits<int>::max()));
 }
 
-bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+std::string_view StripBlanks(std::string_view text) { return Strip(text, " "); }
 
-std::string_view StripBlanks(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front())) {
-    text.remove_prefix(1);
-  }
-  while (!text.empty() && IsBlank(text.back())) {
-    text.remove_suffix(1);
-  }
-  return text;
-}
+bool IsSpace(char c) { return c == ' ' || c == '\t'; }
+
+std::string_view StripSpace(std::string_view text) { return Strip(text, " \t"); }
 
 std::string_view CutAtLineBreak(std::string_view text) {
   text = text.substr(0, text.find('\n'));

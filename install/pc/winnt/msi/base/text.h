@@ -32,11 +32,14 @@ int NextCounter(int counter);
 /// No digits give 0; a number that does not fit gives the nearest that does.
 int DecimalValue(std::string_view text);
 
-/// True for a blank or a tab.
-bool IsBlank(char c);
-
 /// The text without its leading and trailing blanks.
 std::string_view StripBlanks(std::string_view text);
+
+/// True for a blank or a tab: files that people write have both.
+bool IsSpace(char c);
+
+/// The text without its leading and trailing blanks and tabs.
+std::string_view StripSpace(std::string_view text);
 
 /// The text up to its first carriage return or line feed.
 std::string_view CutAtLineBreak(std::string_view text);

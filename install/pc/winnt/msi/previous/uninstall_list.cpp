@@ -127,7 +127,7 @@ void ProcessLines(const std::string &path, const std::string &list) {
   std::string line;
   bool fits = true;
   for (unsigned number = 1; ReadLine(file.Get(), line, fits); ++number) {
-    const std::string_view entry = StripBlanks(line);
+    const std::string_view entry = StripSpace(line);
     if (entry.starts_with(';') || entry.starts_with('#')) {
       continue;
     }

@@ -36,7 +36,7 @@ std::vector<std::string> ListQueueManagers(const std::string &dataFolder) {
   }
   std::string line;
   while (ReadLine(file.Get(), line)) {
-    const std::string_view name = StripBlanks(CutAtLineBreak(line));
+    const std::string_view name = StripSpace(CutAtLineBreak(line));
     if (!name.empty() && name.front() != ';' && name.front() != '#') {
       names.emplace_back(name);
       Log("Queue manager '%s'", names.back().c_str());

@@ -46,11 +46,11 @@ bool AddStanza(std::string_view name) {
 
 /// The value without its blanks, one leading double quote, and the double quotes and blanks at its end.
 std::string BareValue(std::string_view value) {
-  value = StripBlanks(value);
+  value = StripSpace(value);
   if (value.starts_with('"')) {
     value.remove_prefix(1);
   }
-  while (!value.empty() && (IsBlank(value.back()) || value.back() == '"')) {
+  while (!value.empty() && (IsSpace(value.back()) || value.back() == '"')) {
     value.remove_suffix(1);
   }
   return std::string(value);
@@ -58,9 +58,9 @@ std::string BareValue(std::string_view value) {
 
 /// Cuts a line into keyword and value; false when it has neither form.
 bool SplitKeywordLine(std::string_view line, std::string &keyword, std::string &value) {
-  const std::string_view bare = StripBlanks(line);
+  const std::string_view bare = StripSpace(line);
   if (bare.starts_with('/') || bare.starts_with('-')) {
-    keyword = StripBlanks("-" + std::string(bare.substr(1, 1)));
+    keyword = StripSpace("-" + std::string(bare.substr(1, 1)));
     value = BareValue(bare.substr(std::min<std::size_t>(2, bare.size())));
     return true;
   }
@@ -68,7 +68,7 @@ bool SplitKeywordLine(std::string_view line, std::string &keyword, std::string &
   if (equals == std::string_view::npos) {
     return false;
   }
-  keyword = StripBlanks(line.substr(0, equals));
+  keyword = StripSpace(line.substr(0, equals));
   value = BareValue(line.substr(equals + 1));
   return true;
 }
@@ -111,7 +111,7 @@ bool AddKeyword(std::string_view line) {
 
 /// False when the line is bad.
 bool LoadLine(std::string_view line) {
-  const std::string_view bare = StripBlanks(line);
+  const std::string_view bare = StripSpace(line);
   if (bare.empty() || line.front() == ';' || line.front() == '#') {
     return true;
   }
