@@ -1,5 +1,6 @@
 #include "running/queue_managers.h"
 
+#include "base/read_line.h"
 #include "base/text.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
@@ -10,19 +11,6 @@ namespace zqv {
 namespace {
 
 constexpr char kListName[] = "zqvqmgrs.txt";
-
-/// Reads a line of any length; false at the end of the file.
-bool ReadLine(std::FILE *file, std::string &line) {
-  line.clear();
-  char piece[256];
-  while (std::fgets(piece, sizeof piece, file) != nullptr) {
-    line += piece;
-    if (line.ends_with('\n')) {
-      return true;
-    }
-  }
-  return !line.empty();
-}
 
 }  // namespace
 
@@ -35,7 +23,7 @@ std::vector<std::string> ListQueueManagers(const std::string &dataFolder) {
     return names;
   }
   std::string line;
-  while (ReadLine(file.Get(), line)) {
+  while (ReadLine(file.Get(), line) > 0) {
     const std::string_view name = StripSpace(CutAtLineBreak(line));
     if (!name.empty() && name.front() != ';' && name.front() != '#') {
       names.emplace_back(name);
