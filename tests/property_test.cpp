@@ -120,20 +120,29 @@ TEST_F(PropertyTest, TheValueListHoldsTheNamedProperties) {
   Reload();
   Fail("fwrite", 112);
   EXPECT_EQ(iwiWriteDeferredProperties(kSession), 1603u);
+  Fail("none", 0);
+  world.properties["ZQVTEMPFILENUM"] = std::string(32, '1');  // cannot be read: there is no name
+  EXPECT_EQ(iwiWriteDeferredProperties(kSession), 0u);
+  ExpectInLog({"Property 'A' value '1;2' from property table\n", "***Can't open ''\n"});
 }
 
 TEST_F(PropertyTest, DeferredActionsInALibraryAreGivenTheListsPath) {
   world.properties["ZQVTEMPFILENUM"] = "0001";
   world.tables["CustomAction"].rows = {
-      {"Immediate", 1}, {"Deferred", 0x401}, {"Script", 0x402}, {"Null", {}}, {"Last", 0x541}};
+      {"Immediate", 1}, {"Null", {}}, {"Deferred", 0x401}, {"Script", 0x402}, {"Last", 0x541}};
   EXPECT_EQ(iwiSetCustomActionData(kSession), 87u);
   EXPECT_EQ(world.properties["Deferred"] + world.properties["Last"], kList + kList);
   EXPECT_EQ(world.properties.count("Immediate") + world.properties.count("Script"), 0u);
   ExpectInLog({"CA Name:'Script' type 0x00000402\n", "***MsiRecordGetInteger('2') failed (87)\n"});
   Reload();
-  Fail("MsiSetPropertyA", 1603);
-  world.tables["CustomAction"].rows.pop_back();
-  EXPECT_EQ(iwiSetCustomActionData(kSession), 1603u);
+  Fail("MsiSetPropertyA", 5);
+  EXPECT_EQ(iwiSetCustomActionData(kSession), 1603u) << "although a row has failed before";
+  EXPECT_EQ(LogText().find("'Script'"), std::string::npos);
+  Reload();
+  Fail("none", 0);
+  world.properties["ZQVTEMPFILENUM"] = std::string(32, '1');
+  EXPECT_EQ(iwiSetCustomActionData(kSession), 87u);
+  ExpectInLog({"Property 'Last' value set to ''\n"});
   Reload();
   world.failCall = {};
   world.tables.clear();

@@ -106,20 +106,16 @@ bool SetDataOfRow(MSIHANDLE row, const std::string &listPath, ResultCode &result
     return true;
   }
   const bool set = SetProperty(name.c_str(), listPath);
-  result = result == ERROR_SUCCESS ? ResultOf(set) : result;
+  result = set ? result : ERROR_INSTALL_FAILURE;
   return set;
 }
 
-/// Both actions name the same file. Without a name, deferred actions would run without properties.
+/// Both actions name the same file; where there is no name to be had, both go on with the empty text.
 bool NameValueList(std::string &path) {
   if (!GetKeptProperty(Kept::tempFolder)) {
     return false;
   }
   path = ValueListName();
-  if (path.empty()) {
-    LogLine("***No file name for the property value list");
-    return false;
-  }
   return true;
 }
 

@@ -12,7 +12,7 @@ namespace zqv {
 ResultCode WriteDeferredProperties();
 
 /// iwiSetCustomActionData: sets the CustomActionData of every deferred action that is in a library to the file's path.
-/// Returns ERROR_SUCCESS or the first failing call's code.
+/// Returns ERROR_SUCCESS, ERROR_INSTALL_FAILURE when a property cannot be set, or the first failing call's code.
 ResultCode SetCustomActionData();
 
 }  // namespace zqv
