@@ -107,8 +107,13 @@ TEST_F(LogTest, StartLogsFollowsItsSwitch) {
                                            "Property 'INSTALLLOG' value 'C:\\temp\\user.log' from property table\r\n" +
                                            user));
   Reload();
-  world.properties["INSTALLTRACE"] = std::string(300, 'x');  // longer than any path
+  world.properties["INSTALLTRACE"] = "C:\\temp\\*";  // no pattern
+  EXPECT_EQ(iwiStartLogs(kSession), 0u);
+  EXPECT_TRUE(world.Exists("C:\\temp\\user.log"));
+  Reload();
+  const std::string tooLong = world.properties["INSTALLTRACE"] = std::string(260, 'x');
   EXPECT_EQ(iwiStartLogs(kSession), 1603u);
+  ExpectInLog({"***INSTALLTRACE value '" + tooLong + "' is longer than a path\n"});
 }
 
 TEST_F(LogTest, TheTemporaryLogIsMergedAndDeletedUnlessKept) {
@@ -118,11 +123,12 @@ TEST_F(LogTest, TheTemporaryLogIsMergedAndDeletedUnlessKept) {
     EXPECT_EQ(iwiSetTempLogPath(kSession), 0u);
     Reload();
     const std::string path = world.properties["ZQVTEMPLOGPATH"];
-    world.WriteFile(path, "10:00:00 QVCA info x: early\r\n" + std::string(520, 'l') + "\n\nlast\r");
+    world.WriteFile(path, "10:00:00 QVCA info x: early\rcut\r\n" + std::string(520, 'l') + "\n\nlast\r");
     world.properties["ZQVUSERTRACEPATH"] = path;  // folding a log into itself must end
     EXPECT_EQ(iwiUnSetTempLogPath(kSession), 0u);
     ExpectInLog({"Messages from temporary log file '" + path + "':\n>>10:00:00 QVCA info x: early\n>>" +
                  std::string(515, 'l') + "\n>>lllll\n>>\n>>last\n"});
+    EXPECT_EQ(LogText().find(": Messages from", LogText().find(">>")), std::string::npos) << "more than there was";
     EXPECT_EQ(LogText().find("Deleted file: '" + path + "'\n") == std::string::npos, keep);
     world.properties["ZQVUSERTRACEPATH"] = "";
   }

@@ -79,6 +79,14 @@ ssize_t WriteStream(void *cookie, const char *buffer, std::size_t size) {
   return static_cast<ssize_t>(size);
 }
 
+/// To the beginning only.
+int RewindStream(void *cookie, off64_t *offset, int whence) {
+  const bool toBeginning = whence == SEEK_SET && *offset == 0;
+  std::size_t &next = TheWorld().Object(Id(cookie), "stream").next;
+  next = toBeginning ? 0 : next;
+  return toBeginning ? 0 : -1;
+}
+
 int CloseStream(void *cookie) { return TheWorld().Close("fclose", Id(cookie), {"stream"}) == 0 ? 0 : -1; }
 
 }  // namespace
@@ -169,7 +177,7 @@ std::FILE *zqv::OpenCFile(const char *path, const char *mode) {
     object.isText = how.find('b') == std::string::npos;
     const std::uintptr_t stream = world.Open(object);
     return fopencookie(reinterpret_cast<void *>(stream), reads ? "r" : "a",
-                       {ReadStream, WriteStream, nullptr, CloseStream});
+                       {ReadStream, WriteStream, RewindStream, CloseStream});
   });
 }
 

@@ -1,8 +1,9 @@
 #include "runtime/actions/log_actions.h"
 
-#include <vector>
+#include <algorithm>
 
 #include "base/path.h"
+#include "base/read_line.h"
 #include "base/text.h"
 #include "features/answers/response_property.h"
 #include "platform/c_file.h"
@@ -11,7 +12,7 @@
 #include "runtime/property.h"
 #include "runtime/temp_name.h"
 #include "services/files/create.h"
-#include "services/files/delete.h"
+#include "services/files/delete_entry.h"
 
 namespace zqv {
 
@@ -19,34 +20,34 @@ namespace {
 
 constexpr char kNoLog[] = "none";
 constexpr char kMergedLogName[] = "zqvilogn.txt";
-constexpr int kMergedLineLength = 516;
+constexpr std::size_t kMergedLineLength = 515;
 
 /// A log that cannot be deleted, which is logged, ends no action.
 void DeleteLog(const std::string &path, bool report) {
-  static_cast<void>(iwiDeleteFile({.execute = true, .path = path, .report = report}));
+  static_cast<void>(DeleteOneFile({.execute = true, .path = path, .report = report}));
 }
 
-/// Reads a switch that names a log: the value without line breaks, blanks and quotes. A value that is no path, for its
-/// length, fails as a property that does not fit its buffer does.
+/// Reads a switch that names a log: the value without line breaks, blanks and quotes.
 bool ReadLogSwitch(const char *name, std::string &value) {
   if (!GetPropertyWithResponse(name, value)) {
     return false;
   }
   value = Trimmed(std::string(StripBlanks(CutAtLineBreak(value))));
   if (value.size() >= kPropertyLength) {
-    Log("***msiGetProperty('%s') failed (%d)", name, static_cast<int>(ERROR_MORE_DATA));
+    Log("***%s value '%s' is longer than a path", name, value.c_str());
     return false;
   }
   return true;
 }
 
-std::vector<std::string> ReadLines(std::FILE *file) {
-  std::vector<std::string> lines;
-  char line[kMergedLineLength];
-  while (std::fgets(line, kMergedLineLength, file) != nullptr) {
-    lines.emplace_back(CutAtLineBreak(line));
+/// How many characters a text has, as it is read; it is left at its beginning.
+std::size_t Measure(std::FILE *file) {
+  std::size_t length = 0;
+  while (std::getc(file) != EOF) {
+    ++length;
   }
-  return lines;
+  std::rewind(file);
+  return length;
 }
 
 void MergeLines(const std::string &path) {
@@ -55,13 +56,15 @@ void MergeLines(const std::string &path) {
     Log("Can't find '%s'", path.c_str());
     return;
   }
+  // The file may be one of the logs that the lines go to: it is read as far as it goes now.
+  std::size_t left = Measure(file.Get());
   Log("Messages from temporary log file '%s':", path.c_str());
-  // Read before the first line is written: the file may be one of the logs that the lines go to.
-  const std::vector<std::string> lines = ReadLines(file.Get());
-  file.Reset();
-  for (const std::string &line : lines) {
-    LogRaw(">>" + line);
+  std::string line;
+  while (const std::size_t read = ReadLine(file.Get(), line, std::min(left, kMergedLineLength))) {
+    LogRaw(">>" + std::string(CutAtLineBreak(line)));
+    left -= read;
   }
+  file.Reset();
   LogLine("End of messages from temporary log file.");
 }
 
