@@ -111,7 +111,10 @@ TEST_F(FrameTest, CancelledCopyingTurnsSuccessIntoUserExit) {
 TEST_F(FrameTest, NothingThrownLeavesAnAction) {
   const auto body = []() -> UINT { throw std::runtime_error("no such luck"); };
   EXPECT_EQ(RunAction({"thrower", 0, kAnyMode, body}, kSession), 1603u);
-  ExpectInLog({"thrower: ***Action 'thrower' ended by an exception: no such luck\n"});
+  EXPECT_EQ(RunAction({"other", 0, kAnyMode, []() -> UINT { throw 7; }}, kSession), 1603u);
+  ExpectInLog({"thrower: ***Action 'thrower' ended by an exception: no such luck\n",
+               "other: ***Action 'other' ended by an exception: of an unknown kind\n",
+               "other: Returning with rc 1603\n"});
 }
 
 TEST_F(FrameTest, PauseWaitsInABox) {

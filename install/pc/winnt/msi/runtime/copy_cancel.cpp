@@ -4,6 +4,6 @@
 
 namespace zqv {
 
-ZQV_SHARED_BETWEEN_PROCESSES BOOL copyCancelled = FALSE;
+ZQV_SHARED_BETWEEN_PROCESSES volatile BOOL copyCancelled = FALSE;
 
 }  // namespace zqv

@@ -148,6 +148,15 @@ bool GuardAllows(const RunModeGuard &guard, ResultCode &result) {
   return true;
 }
 
+/// Logs how an action has ended that gives no result of its own; without memory for the line, there is none.
+ResultCode EndByException(const Action &action, const char *what) noexcept {
+  try {
+    Log("***Action '%s' ended by an exception: %s", action.name, what);
+  } catch (const std::exception &) {
+  }
+  return ERROR_INSTALL_FAILURE;
+}
+
 ResultCode RunInFrame(const Action &action, MSIHANDLE hInstall) {
   ResultCode result = action.initialResult;
   try {
@@ -156,8 +165,9 @@ ResultCode RunInFrame(const Action &action, MSIHANDLE hInstall) {
       result = action.body();
     }
   } catch (const std::exception &exception) {
-    Log("***Action '%s' ended by an exception: %s", action.name, exception.what());
-    result = ERROR_INSTALL_FAILURE;
+    result = EndByException(action, exception.what());
+  } catch (...) {
+    result = EndByException(action, "of an unknown kind");
   }
   return CaEpilog(hInstall, result);
 }

@@ -100,7 +100,9 @@ ResultCode iwiCopyFile(bool skipExistenceCheck, const std::string &source, const
     return ERROR_INSTALL_USEREXIT;
   }
   RemoveReadOnly(to, false);
-  if (CopyFileExA(from.c_str(), to.c_str(), nullptr, nullptr, &copyCancelled, 0) == FALSE) {
+  // The call itself expects the flag to change meanwhile; its type does not say so.
+  BOOL *const cancel = const_cast<BOOL *>(&copyCancelled);
+  if (CopyFileExA(from.c_str(), to.c_str(), nullptr, nullptr, cancel, 0) == FALSE) {
     const LONG error = static_cast<LONG>(GetLastError());
     const std::string text = error == ERROR_CANCELLED ? "ERROR_CANCELLED" : ErrorText(error);
     Log("***Error %s copying '%s'", text.c_str(), name.empty() ? source.c_str() : name.c_str());
