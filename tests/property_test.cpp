@@ -4,6 +4,7 @@
 #include "base/text.h"
 #include "features/answers/response_property.h"
 #include "runtime/message.h"
+#include "runtime/progress.h"
 #include "support.h"
 
 namespace {
@@ -166,6 +167,17 @@ TEST_F(MessageTest, TheSeverityComesFromTheIcon) {
     EXPECT_EQ(iiiDisplayMsgBox("text", type), 0);
     EXPECT_EQ(Session().messageShown, type == 0x10u);
     ExpectInLog({Format("QVCA  MB %s: text\n", word)});
+  }
+}
+
+TEST_F(MessageTest, ARecordThatCannotBeClosedIsTold) {
+  world.modes = {MSIRUNMODE_SCHEDULED};
+  Fail("MsiCloseHandle", 6);
+  for (const auto send :
+       {+[] { SendActionData("x"); }, +[] { SendProgress(0, 1); }, +[] { iiiDisplayMsgBox("x", 0); }}) {
+    world.installerLog.clear();
+    send();
+    ExpectInLog({"***MsiCloseHandle('') failed (6)\n"});
   }
 }
 

@@ -142,7 +142,7 @@ const struct {
     {"", false, {"'ZQVTEMPFILENUM'", " creating 'C:\\temp\\zqv"}},
     {"iwiStartLogs", false, {"'ZQVTEMP'"}},
     {"iwiSetTempLogPath", false, {"'ZQVTEMP'"}},
-    {"iwiUnSetTempLogPath", false, {"'ZQVTEMP'", "***MsiRecordSet"}},
+    {"iwiUnSetTempLogPath", false, {"'ZQVTEMP'", "***MsiRecordSet", "***MsiCloseHandle"}},
     {"iwiWriteDeferredProperties", false, {"***Can't open"}},
     // An installation begins without a catalogue, a stamp of the package, and the level of what is installed.
     {"iwiInstallInitPri", true, {"'SELECT * FROM Feature'", "'Feature'"}},

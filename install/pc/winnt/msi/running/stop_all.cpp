@@ -153,10 +153,7 @@ bool ReadProperties() {
 /// Adds the planned ticks to the bar's length.
 void LengthenBar(int ticks) {
   Log("Total ticks = %d", ticks);
-  const OwnedInstallerHandle record = MakeRecord({kProgressAddition, ticks, 0, 0});
-  if (record) {
-    MsiProcessMessage(Session().handle, INSTALLMESSAGE_PROGRESS, record.Get());
-  }
+  SendRecord(INSTALLMESSAGE_PROGRESS, {kProgressAddition, ticks, 0, 0});
 }
 
 }  // namespace
@@ -188,7 +185,9 @@ ResultCode StopAllQv() {
       stop.ticks = AddUnits(stop.ticks, steps);
     }
   }
-  if (!stop.deferred) {
+  if (stop.deferred) {
+    stop.bar->Close();
+  } else {
     LengthenBar(stop.ticks);
   }
   return ERROR_SUCCESS;

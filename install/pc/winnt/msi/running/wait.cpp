@@ -58,15 +58,17 @@ void WaitBar::iwiTimedPause(int steps) {
   }
 }
 
+void WaitBar::Close() {
+  CloseRecord(progress_);
+  CloseRecord(actionData_);
+}
+
 void WaitBar::Begin(UINT text) {
   shown_ = -1;
   const std::string description = NlsText(message::kStopDescription);
   const std::string shownText = NlsText(text);
   const std::string &action = RunningAction();
-  const OwnedInstallerHandle start = MakeRecord({action.c_str(), description.c_str(), shownText.c_str()});
-  if (start) {
-    MsiProcessMessage(Session().handle, INSTALLMESSAGE_ACTIONSTART, start.Get());
-  }
+  SendRecord(INSTALLMESSAGE_ACTIONSTART, {action.c_str(), description.c_str(), shownText.c_str()});
 }
 
 void WaitBar::ShowCountdown(int remaining, const std::string &subject) {

@@ -21,6 +21,9 @@ class WaitBar {
   /// Always waits the full time.
   void iwiTimedPause(int steps);
 
+  /// Closes the two records, when the last wait is over.
+  void Close();
+
  private:
   void Begin(UINT text);
   void ShowCountdown(int remaining, const std::string &subject);

@@ -9,6 +9,7 @@
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
+#include "runtime/record.h"
 #include "runtime/session.h"
 #include "runtime/temp_name.h"
 
@@ -85,7 +86,7 @@ bool LoadMessageLibrary(UINT id) {
 }
 
 void SendToInstallerLog(const std::string &text) {
-  const OwnedInstallerHandle record(MsiCreateRecord(1));
+  OwnedInstallerHandle record(MsiCreateRecord(1));
   if (!record) {
     Log("***iiiDisplayMsgBox: unable to create record");
     return;
@@ -93,6 +94,7 @@ void SendToInstallerLog(const std::string &text) {
   ResultCode ignored = ERROR_SUCCESS;
   iwiCheckMsiResult("MsiRecordSetString", "1", MsiRecordSetStringA(record.Get(), 1, text.c_str()), ignored);
   MsiProcessMessage(Session().handle, INSTALLMESSAGE_INFO, record.Get());
+  CloseRecord(record);
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <limits>
 
-#include "platform/owner.h"
 #include "runtime/record.h"
 #include "runtime/session.h"
 
@@ -23,24 +22,16 @@ void SendProgress(MSIHANDLE record, int ticks) {
   if (!InRunMode(MSIRUNMODE_SCHEDULED)) {
     return;
   }
-  OwnedInstallerHandle own;
   if (record == 0) {
-    own = MakeRecord({kProgressIncrement, ticks, 0});
-    if (!own) {
-      return;
-    }
-    record = own.Get();
+    SendRecord(INSTALLMESSAGE_PROGRESS, {kProgressIncrement, ticks, 0});
+  } else {
+    MsiProcessMessage(Session().handle, INSTALLMESSAGE_PROGRESS, record);
   }
-  MsiProcessMessage(Session().handle, INSTALLMESSAGE_PROGRESS, record);
 }
 
 void SendActionData(const std::string &text) {
-  if (!InRunMode(MSIRUNMODE_SCHEDULED)) {
-    return;
-  }
-  const OwnedInstallerHandle record = MakeRecord({text.c_str()});
-  if (record) {
-    MsiProcessMessage(Session().handle, INSTALLMESSAGE_ACTIONDATA, record.Get());
+  if (InRunMode(MSIRUNMODE_SCHEDULED)) {
+    SendRecord(INSTALLMESSAGE_ACTIONDATA, {text.c_str()});
   }
 }
 

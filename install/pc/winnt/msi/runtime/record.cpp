@@ -5,6 +5,7 @@
 #include "base/result_code.h"
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
+#include "runtime/session.h"
 
 namespace zqv {
 
@@ -30,6 +31,21 @@ OwnedInstallerHandle MakeRecord(std::initializer_list<FieldValue> fields) {
     LogLine("***Unable to create record");
   }
   return record;
+}
+
+void CloseRecord(OwnedInstallerHandle &record) {
+  if (record) {
+    ResultCode ignored = ERROR_SUCCESS;
+    iwiCheckMsiResult("MsiCloseHandle", "", record.Close(), ignored);
+  }
+}
+
+void SendRecord(INSTALLMESSAGE message, std::initializer_list<FieldValue> fields) {
+  OwnedInstallerHandle record = MakeRecord(fields);
+  if (record) {
+    MsiProcessMessage(Session().handle, message, record.Get());
+    CloseRecord(record);
+  }
 }
 
 }  // namespace zqv

@@ -23,4 +23,10 @@ void SetFields(MSIHANDLE record, std::initializer_list<FieldValue> fields);
 /// Makes a record of these fields. Without one to be had, which is logged, no handle.
 OwnedInstallerHandle MakeRecord(std::initializer_list<FieldValue> fields);
 
+/// Closes a record, if there is one; a failure is logged.
+void CloseRecord(OwnedInstallerHandle &record);
+
+/// Hands the installer a record of these fields. Failures of making and of closing it are logged.
+void SendRecord(INSTALLMESSAGE message, std::initializer_list<FieldValue> fields);
+
 }  // namespace zqv
