@@ -156,13 +156,14 @@ TEST_F(TablesTest, BinaryNamesMatchByPrefixAndSuffix) {
 TEST_F(TablesTest, WhatKeepsAStreamFromBeingUnpackedIsSaid) {
   world.tables["Binary"].rows = {{"a", Bytes(300)}, {"a.b", Bytes(300)}};
   const std::string begun = "Unpacking binary Name: 'a'\nNo component suffix\n", failed = " failed (87)\n",
-                    unread = "***MsiRecordGetString('Name')" + failed, query = "('SELECT * FROM Binary')" + failed;
+                    unread = "***MsiRecordGetString('Name')" + failed, none = "***Can't find binary Name: 'a'\n",
+                    query = "('SELECT * FROM Binary')" + failed + none;
   for (const auto &[call, nth, lines] :
-       {std::tuple("MsiGetActiveDatabase", 1, std::string("***MsiGetActiveDatabase() failed\n")),
+       {std::tuple("MsiGetActiveDatabase", 1, "***MsiGetActiveDatabase() failed\n" + none),
         {"MsiDatabaseOpenViewA", 1, "***MsiDatabaseOpenView" + query},
         {"MsiViewExecute", 1, "***MsiViewExecute" + query},
         {"MsiViewFetch", 1, "***MsiViewFetch" + query},
-        {"MsiRecordGetStringA", 0, unread + unread + "***Can't find binary Name: 'a'\n"},
+        {"MsiRecordGetStringA", 0, unread + unread + none},
         {"MsiRecordReadStream", 2, begun + "***MsiRecordReadStream('a')" + failed},
         {"OpenCFile", 1, begun + "***Can't open output: 'C:\\temp\\out'\n"},
         {"fwrite", 1, begun + "***Error writing 'C:\\temp\\out'\n"}}) {

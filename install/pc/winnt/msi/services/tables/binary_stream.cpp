@@ -85,7 +85,7 @@ bool iwiUnpackBinary(const std::string &prefix, const std::string &suffix, const
     return WriteStream(row, name, path);
   };
   const bool complete = VisitRows("SELECT * FROM Binary", result, unpack);
-  if (complete && !found) {
+  if (!found) {
     Log("***Can't find binary Name: '%s%s'", prefix.c_str(), suffix.c_str());
   }
   return complete && found && result == ERROR_SUCCESS;
