@@ -104,6 +104,24 @@ TEST_F(TablesTest, TheRecordCounterMovesOnWheneverARowWasTried) {
   }
 }
 
+TEST_F(TablesTest, AFoldersPropertyStaysItsOwn) {
+  for (const int failing : {1, 2}) {  // the property, its counter
+    Fail("MsiSetPropertyA", 87, failing);
+    EXPECT_EQ(iwiStackFolderForDeletion("C:\\a\\", "comp", 1), 1603u);
+    world.failCall = {};
+    EXPECT_EQ(iwiStackFolderForDeletion("C:\\b\\", "comp", 1) + iwiStackFolderForDeletion("C:\\a\\", "comp", 1), 0u);
+    for (const std::string folder : {"C:\\a\\", "C:\\b\\"}) {
+      const Row &row = world.tables["RemoveFile"].rows[folder == "C:\\a\\" ? 1 : 0];
+      EXPECT_EQ(world.properties[std::get<std::string>(row[3])], folder);
+    }
+    Reload();
+    world.tables["RemoveFile"].rows.clear();
+  }
+  world.properties["ZQVPROPERTYCOUNTER"] = "2147483647";
+  EXPECT_EQ(iwiStackFolderForDeletion("C:\\c\\", "comp", 1), 1603u);
+  ExpectInLog({"***No path property left for 'C:\\c\\'\n"});
+}
+
 TEST_F(TablesTest, TheFirstLocalComponentIsFoundOnceALoad) {
   world.tables["Component"].rows = {
       {std::string(515, 'u')}, {std::string(516, 'c')}, {"absent"}, {"local"}, {"second"}};

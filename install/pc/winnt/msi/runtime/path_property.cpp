@@ -48,6 +48,10 @@ bool GetPathProperty(const std::string &path, std::string &nameOut) {
     return false;
   }
   const int number = DecimalValue(counter);
+  if (NextCounter(number) == number) {
+    Log("***No path property left for '%s'", path.c_str());
+    return false;
+  }
   const std::string name = Format("%s%d", "ZQVPATHPROPERTY", number);
   if (!SetProperty(name.c_str(), path)) {
     return false;
@@ -55,10 +59,12 @@ bool GetPathProperty(const std::string &path, std::string &nameOut) {
   nameOut = name;
   iwiPAIR property;
   const bool copied = Copy(name, "name", property.first) && Copy(path, "value", property.second);
-  if (copied) {
-    state->properties.push_front(std::move(property));
+  if (!SetProperty(kCounter, std::to_string(NextCounter(number))) || !copied) {
+    return false;
   }
-  return SetProperty(kCounter, std::to_string(NextCounter(number))) && copied;
+  // Only now: where the counter stays, the next folder gets this very property, and no row may name it for `path`.
+  state->properties.push_front(std::move(property));
+  return true;
 }
 
 }  // namespace zqv
