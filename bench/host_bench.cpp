@@ -249,7 +249,7 @@ int main(int argc, char **argv) {
       "calls, a row of 5 fields" + floor,
       [] {
         const FieldValue values[] = {"key", "component", "file", "folder", 3};
-        Expect(iwiAddTableRow({"RemoveFile", 1U << 4, values}) == ERROR_SUCCESS);
+        Expect(iwiAddTableRow({"RemoveFile", values}) == ERROR_SUCCESS);
       },
       [] {
         BareInsert(kSession, "SELECT * FROM RemoveFile", {"key", "component", "file", "folder"}, 3);

@@ -81,7 +81,7 @@ void BenchRows(int rows) {
   };
   const auto addByLibrary = [](const char *key) {
     const FieldValue values[] = {key, "Base", "file.txt", "ZQVPATHPROPERTY0", 3};
-    if (iwiAddTableRow({"RemoveFile", 1U << 4, values}) != ERROR_SUCCESS) {
+    if (iwiAddTableRow({"RemoveFile", values}) != ERROR_SUCCESS) {
       Fail("a row cannot be added");
     }
   };

@@ -16,7 +16,7 @@ class TablesTest : public LibraryTest {
 
   UINT AddDemoRow() {
     const FieldValue values[] = {"key", -2, ""};
-    return iwiAddTableRow({"Demo", 2, values});
+    return iwiAddTableRow({"Demo", values});
   }
 };
 

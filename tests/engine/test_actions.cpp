@@ -22,7 +22,7 @@ UINT Stack() {
   }
   result |= iwiStackFolderForDeletion(folder + "\\stacked\\empty\\", component, 1);
   const FieldValue values[] = {"TestRow", 2, "Software\\ZqvEngineTest", "Doomed", component.c_str()};
-  return result | iwiAddTableRow({"RemoveRegistry", 1 << 1, values});
+  return result | iwiAddTableRow({"RemoveRegistry", values});
 }
 
 UINT Delete() {

@@ -3,9 +3,8 @@
 #include <string_view>
 
 #include "base/path.h"
-#include "base/text.h"
 #include "runtime/log.h"
-#include "services/tables/record_counter.h"
+#include "services/tables/numbered_row.h"
 #include "services/tables/table_row.h"
 
 namespace zqv {
@@ -13,7 +12,6 @@ namespace zqv {
 namespace {
 
 constexpr DWORD kRecordCounterLength = 64;
-constexpr UINT kRootIsInteger = 1U << 1;
 constexpr int kLocalMachine = 2;
 
 struct RootName {
@@ -44,15 +42,12 @@ RootedKey SplitRoot(const std::string &key) {
 
 ResultCode StackDeleteRegistryValue(const std::string &key, const std::string &name, const std::string &component) {
   Log("StackDeleteRegistryValue '%s' '%s'", key.c_str(), name.c_str());
-  int counter = 0;
-  if (!ReadRecordCounter(counter, kRecordCounterLength)) {
-    return ERROR_INSTALL_FAILURE;
-  }
-  const std::string row = Format("%s%d", "ZQVRECORD", counter);
-  const RootedKey rooted = SplitRoot(key);
-  const FieldValue values[] = {row.c_str(), rooted.root, rooted.key.c_str(), name.c_str(), component.c_str()};
-  const ResultCode added = iwiAddTableRow({"RemoveRegistry", kRootIsInteger, values});
-  return AdvanceRecordCounter(counter) ? added : ResultOf(false);
+  const auto add = [&](const char *row) {
+    const RootedKey rooted = SplitRoot(key);
+    const FieldValue values[] = {row, rooted.root, rooted.key.c_str(), name.c_str(), component.c_str()};
+    return iwiAddTableRow({"RemoveRegistry", values});
+  };
+  return AddNumberedRow("ZQVRECORD", add, kRecordCounterLength);
 }
 
 }  // namespace zqv

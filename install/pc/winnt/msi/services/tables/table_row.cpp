@@ -10,8 +10,6 @@ namespace zqv {
 
 namespace {
 
-constexpr UINT kMaskBits = 32;
-
 ResultCode SetInteger(MSIHANDLE record, UINT index, int value, ResultCode &result) {
   const ResultCode answer = MsiRecordSetInteger(record, index + 1, value);
   const std::string shown = Format("0x%8.8lx", static_cast<unsigned long>(static_cast<UINT>(value)));
@@ -38,9 +36,9 @@ bool InsertRow(const TableRow &row, MSIHANDLE view, ResultCode &result) {
   }
   ResultCode lastField = ERROR_SUCCESS;
   for (UINT index = 0; index < fields; ++index) {
-    const bool isInteger = index < kMaskBits && (row.integers >> index & 1) != 0;
-    lastField = isInteger ? SetInteger(record.Get(), index, row.values[index].integer, result)
-                          : SetText(record.Get(), index, row.values[index].text, result);
+    const FieldValue &value = row.values[index];
+    lastField = value.isText ? SetText(record.Get(), index, value.text, result)
+                             : SetInteger(record.Get(), index, value.integer, result);
   }
   if (lastField == ERROR_SUCCESS) {
     iwiCheckMsiResult("MsiViewModify", "MSIMODIFY_INSERT_TEMPORARY",

@@ -13,7 +13,6 @@ namespace zqv {
 
 struct TableRow {
   const char *table;
-  UINT integers;  ///< a bit for each field from bit 0 on; set: the field is an integer
   std::span<const FieldValue> values;
 };
 
