@@ -12,6 +12,7 @@
 #include "runtime/session.h"
 #include "services/system/product_key.h"
 #include "services/system/registry.h"
+#include "services/tables/feature_state.h"
 #include "services/tables/remove_registry.h"
 
 namespace zqv {
@@ -72,13 +73,7 @@ static_assert(InOrder());
 /// True when the new documentation in the language is being installed. A feature whose state cannot be read is not.
 bool IsReplaced(const Member &member) {
   const std::string feature = std::string("docs_") + member.code + "_eclipse";
-  INSTALLSTATE installed = INSTALLSTATE_UNKNOWN;
-  INSTALLSTATE action = INSTALLSTATE_UNKNOWN;
-  if (MsiGetFeatureStateA(Session().handle, feature.c_str(), &installed, &action) != ERROR_SUCCESS) {
-    installed = action = INSTALLSTATE_UNKNOWN;
-  }
-  Log("'%s' Installed: %d Action: %d", feature.c_str(), installed, action);
-  return action == INSTALLSTATE_LOCAL;
+  return AskFeatureState(feature.c_str()).action == INSTALLSTATE_LOCAL;
 }
 
 /// A removal that cannot be stacked, which is logged, does not keep the others from it.

@@ -9,13 +9,11 @@
 #include "platform/owner.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
-#include "runtime/session.h"
+#include "services/tables/feature_state.h"
 
 namespace zqv {
 
 namespace {
-
-constexpr UINT kUnknownFeature = 1606;  // ERROR_UNKNOWN_FEATURE
 
 constexpr char kComment[] = ";";
 
@@ -67,16 +65,12 @@ std::string *ListFor(INSTALLSTATE state, FeatureLists &lists) {
 }
 
 bool ListFeature(const char *feature, FeatureLists &lists) {
-  INSTALLSTATE installed = INSTALLSTATE_UNKNOWN;
-  INSTALLSTATE action = INSTALLSTATE_UNKNOWN;
-  const ResultCode code = MsiGetFeatureStateA(Session().handle, feature, &installed, &action);
-  if (code == kUnknownFeature) {
-    installed = action = INSTALLSTATE_UNKNOWN;
-  } else if (code != ERROR_SUCCESS) {
-    Log("Error %d from MsiGetFeatureState(%s)", code, feature);
+  ResultCode failure = ERROR_SUCCESS;
+  const auto [installed, action] = AskFeatureState(feature, &failure);
+  if (failure != ERROR_SUCCESS) {
+    Log("Error %d from MsiGetFeatureState(%s)", failure, feature);
     return false;
   }
-  Log("'%s' Installed: %d Action: %d", feature, installed, action);
   std::string *list = ListFor(action, lists);
   list = list != nullptr ? list : ListFor(installed, lists);
   if (list != nullptr) {

@@ -10,6 +10,8 @@ namespace zqv {
 
 namespace {
 
+constexpr UINT kUnknownFeature = 1606;  // ERROR_UNKNOWN_FEATURE
+
 struct StateName {
   INSTALLSTATE state;
   const char *name;
@@ -30,6 +32,20 @@ std::string NameOf(INSTALLSTATE state) {
 }
 
 }  // namespace
+
+FeatureState AskFeatureState(const char *feature, ResultCode *failure) {
+  FeatureState state;
+  const ResultCode code = MsiGetFeatureStateA(Session().handle, feature, &state.installed, &state.action);
+  if (code != ERROR_SUCCESS) {
+    state = {};
+  }
+  if (code != ERROR_SUCCESS && code != kUnknownFeature && failure != nullptr) {
+    *failure = code;
+  } else {
+    Log("'%s' Installed: %d Action: %d", feature, state.installed, state.action);
+  }
+  return state;
+}
 
 bool iwiSetFeatureState(const char *feature, INSTALLSTATE state) {
   const std::string name = NameOf(state);

@@ -5,6 +5,16 @@
 
 namespace zqv {
 
+/// The state that a feature is in, and the one that the installer brings it to.
+struct FeatureState {
+  INSTALLSTATE installed = INSTALLSTATE_UNKNOWN;
+  INSTALLSTATE action = INSTALLSTATE_UNKNOWN;
+};
+
+/// Asks for a feature's states and logs them. Of a feature that the package does not have both are unknown. So they are
+/// after another failure; where `failure` is given, it gets its code instead of a line, and is untouched otherwise.
+FeatureState AskFeatureState(const char *feature, ResultCode *failure = nullptr);
+
 /// Sets the state that the installer is to bring a feature to. False when it cannot be set.
 [[nodiscard]] bool iwiSetFeatureState(const char *feature, INSTALLSTATE state);
 
