@@ -66,7 +66,7 @@ TEST_F(LevelTest, OtherValuesAreShownAndHaveNoSay) {
   world.WriteFile("C:\\Valid.csd", "");
   using Case = std::tuple<std::string, RegistryValue, std::string, std::string, std::string>;
   for (const auto &[key, value, type, shown, line] :
-       {Case("Maint", {REG_SZ, ""}, "REG_SZ", "", level + "0.0" + no),
+       {Case("Maint", {REG_SZ, ""}, "REG_SZ", "", level + "0.0' is installed\n"),
         Case("Maint 1", {REG_SZ, data}, "REG_SZ", data, tooLong + level + "1.0" + no),
         Case("Maint 3", {REG_DWORD, "\5\0\0\x80"s}, "REG_DWORD", "2147483653", level + "3.0" + no),
         Case("Maint 4", {REG_BINARY, zeros}, "REG_BINARY", hex + "...", level + "4.0" + no),

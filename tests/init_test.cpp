@@ -228,7 +228,7 @@ TEST_F(InitTest, HighContrast) {
   world.textColour = 0xFFFFFF;
   Fail("SystemParametersInfoA", 87);
   EXPECT_EQ(Run(), 0u);
-  Expect({{"ZQVHIGHCONTRAST", ""}});
+  Expect({{"ZQVHIGHCONTRAST", "1"}});  // for the text's colour
   ExpectInLog({"RC 87 from SystemParametersInfo(SPI_GETHIGHCONTRAST)\n"});
 }
 
@@ -262,6 +262,10 @@ TEST_F(InitTest, WhatStopsAnInstallation) {
   EXPECT_EQ(Run({{"WIZPARMFILE", "\"C:\\no file\""}}), 1603u);
   EXPECT_EQ(Box(), "<2034 C:\\no file>");
   Restart();
+  world.modules["C:\\temp\\zqvl0001.dll"].strings[2034] = "<2034 %s>";
+  EXPECT_EQ(Run({{"WIZPARMFILE", "C:\\none"}}), 1603u);
+  EXPECT_EQ(Box(), "<2034 C:\\none>");
+  Restart();
   world.modules.clear();
   EXPECT_EQ(Run({{"WIZPARMFILE", "C:\\no"}}), 1603u);
   EXPECT_EQ(Box(), "Can't open file 'C:\\no'. (ZQV4734)");
@@ -272,9 +276,10 @@ TEST_F(InitTest, WhatStopsAnInstallation) {
   EXPECT_EQ(Run({{"ZQVLICENSETYPE", "Gift"}}), 1603u);
   ExpectInLog({"***Unknown licence type 'Gift'\n"});
   Restart();
+  world.modules["C:\\temp\\zqvl0001.dll"].strings[2035] = "<2035 %1>";
   world.MakeFolder("C:\\new\\folder\\x.ini");
   EXPECT_EQ(Run({{"SAVEINI", "C:\\new\\folder\\x.ini"}, {"ZQVLICENSETYPE", "TRIAL"}, {"AGREETOLICENSE", "maybe"}}), 0u);
-  EXPECT_EQ(Box(), "<2035 %s5>");
+  EXPECT_EQ(Box(), "<2035 5>");
   Expect({{"ZQVSETUPTITLE", "<2002 6.0%d>"}, {"AgreeToLicense", ""}});
   ExpectInLog({"***AGREETOLICENSE value 'maybe' not acceptable\n"});
   Restart();

@@ -124,7 +124,10 @@ const struct {
   std::vector<std::string_view> parts;
 } kRules[] = {
     // No external library, another text or none, no progress bar; what is only shown.
-    {"", false, {"'ZQVEXTCA60000'", "'ProductName'", "***iwiLoadNlsString", "***Unable to create record"}},
+    {"",
+     false,
+     {"'ZQVEXTCA60000'", "'ProductName'", "***iwiLoadNlsString", " from FormatMessage()",
+      "***Unable to create record"}},
     // What cannot be looked for is not there, and what cannot be deleted stays.
     {"iwiInstallInitPri", true, {"path 'C:\\temp\\r.ini'"}},
     {"", false, {"***FindFirstFile(", "***Can't open key", "***Delete file"}},

@@ -24,6 +24,11 @@ constexpr int kNoUserInterface = 2;
 constexpr char kFallbackCaption[] = "Korvex Vantrel QV";
 constexpr UINT kIconBits = 0xF0;
 
+// How a text writes its one insert.
+constexpr std::string_view kNumberedInsert = "%1";
+constexpr std::string_view kTextInsert = "%s";
+constexpr std::string_view kNumberInsert = "%d";
+
 struct Severity {
   UINT icon;
   const char *word;
@@ -120,11 +125,6 @@ std::string NlsText(UINT id, const char *fallback) {
   return iwiLoadNlsString(text, id) ? text : fallback;
 }
 
-std::string FillInsert(std::string text, std::string_view insert, std::string_view value) {
-  const std::size_t at = text.find(insert);
-  return at == std::string::npos ? text : text.replace(at, insert.size(), value);
-}
-
 void UseMessageLibrary(const std::string &path) {
   state->library.Reset();
   state->path = path;
@@ -208,6 +208,21 @@ bool FormatInserts(std::string &text, const std::string &format, const char *a1,
   }
   text.assign(buffer.data(), length);
   return true;
+}
+
+std::string FillInsert(const std::string &format, const char *insert, const std::string &value) {
+  for (const std::string_view form : {std::string_view(insert), kNumberedInsert, kTextInsert, kNumberInsert}) {
+    const std::size_t at = format.find(form);
+    std::string text = format;
+    if (at != std::string::npos && form == kNumberedInsert) {
+      FormatInserts(text, format, value.c_str());
+      return text;
+    }
+    if (at != std::string::npos) {
+      return text.replace(at, form.size(), value);
+    }
+  }
+  return format;
 }
 
 }  // namespace zqv

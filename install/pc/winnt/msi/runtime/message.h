@@ -49,9 +49,6 @@ extern LoadStateEntry &messageState;
 /// The same as a value: `fallback` when the text cannot be loaded.
 std::string NlsText(UINT id, const char *fallback = "");
 
-/// A text with its first `insert`, a %s or %d, replaced by `value`. Where there is none, the text itself.
-std::string FillInsert(std::string text, std::string_view insert, std::string_view value);
-
 /// Makes `path` the message library of this load, in place of the name in the temporary folder.
 void UseMessageLibrary(const std::string &path);
 
@@ -70,5 +67,9 @@ void CloseSplash();
 /// with the format itself in `text`.
 bool FormatInserts(std::string &text, const std::string &format, const char *a1 = "", const char *a2 = "",
                    const char *a3 = "", const char *a4 = "");
+
+/// A text with its one insert filled: its first `insert`, which is %1, %s or %d, or, where it has none, the first of
+/// the others that it has. With %1 the text is FormatInserts' own.
+std::string FillInsert(const std::string &format, const char *insert, const std::string &value);
 
 }  // namespace zqv

@@ -19,12 +19,9 @@ constinit LoadState<State> state;
 
 void ShowUnreadable(const std::string &path) {
   std::string format;
-  if (!iwiLoadNlsString(format, message::kResponseFileUnreadable)) {
-    return;
+  if (iwiLoadNlsString(format, message::kResponseFileUnreadable)) {
+    iiiDisplayMsgBox(FillInsert(format, "%1", path), MB_ICONERROR);
   }
-  std::string text;
-  FormatInserts(text, format, path.c_str());
-  iiiDisplayMsgBox(text, MB_ICONERROR);
 }
 
 }  // namespace

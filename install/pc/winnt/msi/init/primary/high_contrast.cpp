@@ -27,14 +27,12 @@ bool AskRegistry() {
   return mode.starts_with('0') || SetProperty(kProperty, "1");
 }
 
-/// Sets `failed` when the system does not say.
-bool AskAccessibility(bool &failed) {
+bool AskAccessibility() {
   LogLine("Checking operating system for high contrast mode");
   HIGHCONTRASTA settings{};
   settings.cbSize = kSettingsSize;
   if (SystemParametersInfoA(SPI_GETHIGHCONTRAST, kSettingsSize, &settings, 0) == FALSE) {
     Log("RC %d from SystemParametersInfo(SPI_GETHIGHCONTRAST)", static_cast<int>(GetLastError()));
-    failed = true;
     return true;
   }
   if ((settings.dwFlags & HCF_HIGHCONTRASTON) == 0) {
@@ -72,14 +70,7 @@ bool PublishHighContrast(Facts &facts) {
   if (!AskRegistry() || !GetProperty(kProperty, known)) {
     return false;
   }
-  bool failed = false;
-  if (known.empty() && !AskAccessibility(failed)) {
-    return false;
-  }
-  if (failed) {
-    return true;
-  }
-  if (!GetProperty(kProperty, known)) {
+  if ((known.empty() && !AskAccessibility()) || !GetProperty(kProperty, known)) {
     return false;
   }
   return !known.empty() || AskTextColour();

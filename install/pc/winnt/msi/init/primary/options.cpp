@@ -137,12 +137,8 @@ bool CheckParameterFile(Facts & /*facts*/) {
   if (path.empty() || iwiFileExists(iwiTidyPath(kWithoutBackslash, path))) {
     return true;
   }
-  std::string format;
-  std::string text = Format("Can't open file '%s'. (ZQV4734)", path.c_str());
-  if (iwiLoadNlsString(format, message::kResponseFileUnreadable)) {
-    FormatInserts(text, format, path.c_str());
-  }
-  iiiDisplayMsgBox(text, MB_ICONERROR);
+  const std::string format = NlsText(message::kResponseFileUnreadable, "Can't open file '%s'. (ZQV4734)");
+  iiiDisplayMsgBox(FillInsert(format, "%1", path), MB_ICONERROR);
   return false;
 }
 

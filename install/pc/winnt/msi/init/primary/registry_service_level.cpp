@@ -65,9 +65,11 @@ std::string TypeName(DWORD type) {
   }
 }
 
+bool IsText(const Value &value) { return value.type == REG_SZ || value.type == REG_EXPAND_SZ; }
+
 /// The value's text up to its terminator, if it has one. A value of another type has no text.
 std::string TextOf(const Value &value) {
-  if (value.type != REG_SZ && value.type != REG_EXPAND_SZ) {
+  if (!IsText(value)) {
     return {};
   }
   return std::string(value.data, std::find(value.data, value.data + value.size, BYTE{0}));
@@ -75,7 +77,7 @@ std::string TextOf(const Value &value) {
 
 /// What the log shows of the value's data: of bytes that are neither a text nor a number, the first only.
 std::string ShownData(const Value &value) {
-  if (value.type == REG_SZ || value.type == REG_EXPAND_SZ) {
+  if (IsText(value)) {
     return TextOf(value);
   }
   DWORD number = 0;
@@ -92,8 +94,8 @@ void ApplyMaintenance(const Value &value, Levels &levels) {
   const std::size_t after = std::min(kMarker.size() + 1, value.name.size());  // one separator follows the marker
   const Vrmf level = SplitVrmf("0.0." + value.name.substr(after));
   const std::string folder = TextOf(value);
-  // Without a folder, the file would be looked for in the current drive's root.
-  const bool installed = !folder.empty() && iwiFileExists(Format("%s\\%s", folder.c_str(), kValidFile));
+  // Deliberate: an empty folder is one like any other, the current drive's root.
+  const bool installed = IsText(value) && iwiFileExists(Format("%s\\%s", folder.c_str(), kValidFile));
   if (!installed) {
     Log("Maintenance level '%s.%s' is not currently installed", level.modification.c_str(), level.fix.c_str());
     return;
