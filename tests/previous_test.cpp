@@ -97,6 +97,11 @@ TEST_F(PreviousTest, TheModeDecidesWhatAnActionDoes) {
                "SETPROPERTY('ZQVRECORDCOUNTER', '1') ignored during deferred execution\n"});
   Reload();
   world.modes = {};
+  world.ownModule.strings[10].clear();
+  world.ownModule.strings.erase(30);
+  EXPECT_EQ(iwiDeleteOldEn_us(kSession), 0u);
+  ExpectInLog({"***LoadString(10) failed (0)\n", "***LoadString(30) failed (1814)\n"});
+  Reload();
   Fail("MsiSetPropertyA", 87, 1);
   EXPECT_EQ(iwiDeleteOldEn_us(kSession), 1603u);
   ExpectInLog({"***msiSetProperty('ZQVDELOLDENUS') value('1') failed (87)\n"});
@@ -127,22 +132,31 @@ TEST_F(PreviousTest, KeysNameTheirRootAndRowsAreNumbered) {
 
 TEST_F(PreviousTest, AListStacksWhatIsBelowItsFolders) {
   world.properties["ZQVPREVDAT"] = "C:\\data\\";
-  const std::string longest(256, 'x'), end = "'\n", file = "file(s) for deletion: 'C:\\";
-  const std::string log = Process(
-      " \t ; c\r\n#c\n\n \t\n\ta b\\*.chm \r\nPGM,doc\\\nDAT,x\nTMP,y\\z\npgm,n\n..a\nPGM," + longest + "\n;" +
-      longest + "12345\n12345" + longest + "\n../a\na\\.. \\b\n\\a\n" + "TMP,/a\nDAT,c:a\nPGM,\na\0b\na\x01\nlast"s);
+  const std::string longest(256, 'x'), blanks(300, ' '), end = "'\n", file = "file(s) for deletion: 'C:\\";
+  const std::string log =
+      Process(" \t ; c\r\n#c\n\n \t\n\ta b\\*.chm \r\nPGM,doc\\\nDAT,x\nTMP,y\\z\npgm,n\n..a\n" + blanks + "PGM," +
+              longest + blanks + "\r\n;" + longest + "12345\n12345" + longest + "\n..\\a\na\\.. \\b\n\\a\n" +
+              "DAT,c:a\nPGM,\na\0b\na\x1A\na\rb\nx/a\nx*\\a\nx?\\\nlast"s);
   const std::string leaves = "' leaves the folder 'C:\\", below = leaves + "old'\n",
                     bad = " of list 'chmxx' is no path\n";
-  EXPECT_EQ(Behind("***Line ", log), "13 of list 'chmxx' is longer than a path\n19" + bad + "20" + bad + "21" + bad);
-  EXPECT_EQ(Behind("***Path ", log), "'../a" + below + "'a\\.. \\b" + below + "'\\a" + below + "'/a" + leaves +
-                                         "temp'\n'c:a" + leaves + "data'\n");
+  std::string lines = "13 of list 'chmxx' is longer than a path\n";
+  for (int number = 18; number <= 24; ++number) {
+    lines += std::to_string(number) + bad;
+  }
+  EXPECT_EQ(Behind("***Line ", log), lines);
+  EXPECT_EQ(Behind("***Path ", log),
+            "'..\\a" + below + "'a\\.. \\b" + below + "'\\a" + below + "'c:a" + leaves + "data'\n");
   EXPECT_EQ(Behind("Stacking ", log), file + "old\\a b\\*.chm'\nfolder for deletion: 'C:\\old\\doc\\'\n" + file +
                                           "data\\x'\n" + file + "temp\\y\\z'\n" + file + "old\\pgm,n'\n" + file +
                                           "old\\..a'\n" + file + "old\\" + longest + end + file + "old\\last'\n");
   EXPECT_EQ(world.tables["RemoveFile"].rows[1], (Row{"ZQV_Record_1", "Base_base", {}, "ZQVPATHPROPERTY1", 1}));
   Reload();
   world.properties["ZQVPREVPGM"] = "";
-  EXPECT_NE(Process("../a\nb\\").find("table\nNo folder for '../a'\nNo folder for 'b\\'\nDeleted"), std::string::npos);
+  EXPECT_NE(Process("..\\a\nb\\").find("table\nNo folder for '..\\a'\nNo folder for 'b\\'\nDeleted"),
+            std::string::npos);
+  Reload();
+  world.registry["hklm\\" + kVersion]["PgmFolder"] = RegistryValue::Text("C:\\known\\");
+  EXPECT_NE(Process("a").find("'C:\\known\\a'\n"), std::string::npos);
   Fail("MsiRecordReadStream", 87);
   EXPECT_TRUE(Process("a").ends_with("failed (87)\nDeleted file: 'C:\\temp\\zqvu0001.txt'\n"));
 }

@@ -200,9 +200,12 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
 }
 
 int LoadStringA(HINSTANCE module, UINT id, LPSTR buffer, int capacity) {
+  const DWORD before = TheWorld().lastError;
   return Call("LoadStringA", 0, [&](World &world) {
     Fill(buffer, static_cast<std::size_t>(capacity), Known(Loaded(world, module)->strings, id, 1814));
-    return std::strlen(buffer);
+    const std::size_t length = std::strlen(buffer);
+    world.lastError = length == 0 ? before : world.lastError;
+    return length;
   });
 }
 

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "previous/previous_installation.h"
-#include "runtime/property.h"
 #include "services/files/existence.h"
 
 namespace zqv {
@@ -15,13 +14,6 @@ struct State {
   bool scanned = false;
 };
 constinit LoadState<State> state;
-
-/// Empty when there is none, or none is known.
-std::string PreviousProgramFolder() {
-  static_cast<void>(GetKeptProperty(Kept::previousProgramFolder));
-  const std::string &folder = ValueOf(Kept::previousProgramFolder);
-  return folder.empty() ? FindPreviousInstallation().programFolder : folder;
-}
 
 }  // namespace
 

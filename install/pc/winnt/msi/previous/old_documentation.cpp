@@ -88,6 +88,7 @@ void StackValues(const Member &member) {
   for (UINT block = 0; block < kBlocks; ++block) {
     const UINT id = kBlockLength * block + member.slot;
     char name[kDisplayNameLength];
+    SetLastError(ERROR_SUCCESS);  // which an empty text does not change
     if (LoadStringA(OwnModule(), id, name, kDisplayNameLength) > 0) {
       StackValueIfPresent(name);
     } else {

@@ -2,6 +2,7 @@
 
 #include "base/path.h"
 #include "runtime/log.h"
+#include "runtime/property.h"
 #include "services/system/product_key.h"
 #include "services/system/registry.h"
 
@@ -40,6 +41,12 @@ const PreviousInstallation &FindPreviousInstallation() {
         found.logFolder.c_str());
   }
   return found;
+}
+
+const std::string &PreviousProgramFolder() {
+  static_cast<void>(GetKeptProperty(Kept::previousProgramFolder));
+  const std::string &folder = ValueOf(Kept::previousProgramFolder);
+  return folder.empty() ? FindPreviousInstallation().programFolder : folder;
 }
 
 }  // namespace zqv

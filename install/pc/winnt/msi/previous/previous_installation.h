@@ -22,4 +22,7 @@ struct PreviousInstallation {
 
 const PreviousInstallation &FindPreviousInstallation();
 
+/// The earlier version's program folder: ZQVPREVPGM, else what the registry has. Empty when neither can be read.
+const std::string &PreviousProgramFolder();
+
 }  // namespace zqv

@@ -5,10 +5,12 @@
 #include <string_view>
 
 #include "base/path.h"
+#include "base/read_line.h"
 #include "base/text.h"
 #include "platform/c_file.h"
 #include "platform/owner.h"
 #include "previous/base_component.h"
+#include "previous/previous_installation.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
 #include "runtime/temp_name.h"
@@ -22,8 +24,8 @@ namespace {
 
 constexpr int kWhenInstalled = 1;
 
-/// A line's longest text: no path that the system takes is longer.
-constexpr std::size_t kLineLength = MAX_PATH;
+/// An entry's longest text: no path that the system takes is longer.
+constexpr std::size_t kEntryLength = MAX_PATH;
 
 /// The folder that an entry's first field stands for.
 struct BaseFolder {
@@ -38,30 +40,26 @@ struct BaseFolders {
 
 BaseFolders ReadBaseFolders() {
   // A folder that cannot be read, which is logged, is one that is not known.
-  static_cast<void>(GetKeptProperty(Kept::previousProgramFolder));
+  const std::string &program = PreviousProgramFolder();
   std::string data;
   static_cast<void>(GetTrimmedProperty("ZQVPREVDAT", data));
   static_cast<void>(GetKeptProperty(Kept::tempFolder));
-  return {{{"PGM,", ValueOf(Kept::previousProgramFolder)}, {"DAT,", data}, {"TMP,", ValueOf(Kept::tempFolder)}}};
+  return {{{"PGM,", program}, {"DAT,", data}, {"TMP,", ValueOf(Kept::tempFolder)}}};
 }
 
-/// Reads up to the next line feed; of a line that does not fit, `line` gets the beginning. False at the end of the
-/// file.
-bool ReadLine(std::FILE *file, std::string &line, bool &fits) {
-  line.clear();
-  fits = true;
-  int c = std::getc(file);
-  const bool more = c != EOF;
-  for (; c != EOF && c != '\n'; c = std::getc(file)) {
-    fits = line.size() < kLineLength;
-    if (fits) {
-      line += static_cast<char>(c);
-    }
-  }
-  return more;
+/// The line without what is around its entry: a carriage return at its end, blanks and tabs.
+std::string_view EntryIn(std::string_view line) {
+  return StripSpace(line.substr(0, line.ends_with('\r') ? line.size() - 1 : line.size()));
 }
 
-bool IsControl(char c) { return static_cast<unsigned char>(c) < ' '; }
+/// True for what no path of a list holds: control characters and "/".
+bool IsForbidden(char c) { return static_cast<unsigned char>(c) < ' ' || c == '/'; }
+
+/// True for a path of which only the last element, if any, has wildcards.
+bool IsPath(std::string_view entry) {
+  return !entry.empty() && std::none_of(entry.begin(), entry.end(), IsForbidden) &&
+         SplitAtLastBackslash(entry).folder.find_first_of("*?") == std::string_view::npos;
+}
 
 /// True for ".." and for what the system may take for it: it drops the blanks and dots at an element's end.
 bool IsParent(std::string_view element) {
@@ -70,11 +68,11 @@ bool IsParent(std::string_view element) {
 
 /// True when the path is not one below a folder, or might not be.
 bool LeavesFolder(std::string_view path) {
-  if (path.front() == '\\' || path.front() == '/' || path.find(':') != std::string_view::npos) {
+  if (path.front() == '\\' || path.find(':') != std::string_view::npos) {
     return true;
   }
   while (!path.empty()) {
-    const std::size_t end = std::min({NextBackslash(path), path.find('/'), path.size()});
+    const std::size_t end = std::min(NextBackslash(path), path.size());
     if (IsParent(path.substr(0, end))) {
       return true;
     }
@@ -110,7 +108,7 @@ void ProcessEntry(const BaseFolders &folders, const std::string &list, unsigned 
       break;
     }
   }
-  if (entry.empty() || std::any_of(entry.begin(), entry.end(), IsControl)) {
+  if (!IsPath(entry)) {
     Log("***Line %u of list '%s' is no path", number, list.c_str());
     return;
   }
@@ -118,20 +116,19 @@ void ProcessEntry(const BaseFolders &folders, const std::string &list, unsigned 
 }
 
 void ProcessLines(const std::string &path, const std::string &list) {
-  const OwnedStream file(OpenCFile(path.c_str(), "rt"));
+  const OwnedStream file(OpenCFile(path.c_str(), "rb"));
   if (!file) {
     Log("***Can't open '%s'", path.c_str());
     return;
   }
   const BaseFolders folders = ReadBaseFolders();
   std::string line;
-  bool fits = true;
-  for (unsigned number = 1; ReadLine(file.Get(), line, fits); ++number) {
-    const std::string_view entry = StripSpace(line);
+  for (unsigned number = 1; ReadLine(file.Get(), line) > 0; ++number) {
+    const std::string_view entry = EntryIn(line);
     if (entry.starts_with(';') || entry.starts_with('#')) {
       continue;
     }
-    if (!fits) {
+    if (entry.size() > kEntryLength) {
       Log("***Line %u of list '%s' is longer than a path", number, list.c_str());
     } else if (!entry.empty()) {
       ProcessEntry(folders, list, number, entry);
