@@ -8,6 +8,7 @@
 #include "previous/documentation_scan.h"
 #include "previous/uninstall_list.h"
 #include "runtime/log.h"
+#include "runtime/phase.h"
 #include "runtime/property.h"
 #include "runtime/session.h"
 #include "services/system/product_key.h"
@@ -108,15 +109,9 @@ void ProcessList(bool present, const char *format, const Member &member) {
 }  // namespace
 
 ResultCode DeleteOldDocumentation(OldDocumentation language) {
-  if (InRunMode(MSIRUNMODE_SCHEDULED)) {
-    Log("Deferred execution");
+  if (AnnouncePhase() != Phase::scriptGeneration) {
     return ERROR_SUCCESS;
   }
-  if (InRunMode(MSIRUNMODE_ROLLBACK)) {
-    Log("Executing in rollback");
-    return ERROR_SUCCESS;
-  }
-  Log("Executing in script generation");
   const Member &member = kMembers[static_cast<std::size_t>(language)];
   const bool isReplaced = IsReplaced(member);
   Log("%s", isReplaced ? "New feature replaces old" : member.told);

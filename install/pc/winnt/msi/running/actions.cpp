@@ -6,6 +6,7 @@
 #include "running/product_files.h"
 #include "running/service.h"
 #include "runtime/log.h"
+#include "runtime/phase.h"
 #include "runtime/property.h"
 #include "runtime/session.h"
 
@@ -48,20 +49,21 @@ ResultCode StopIfOnlyIni() {
 }
 
 ResultCode RenameQvService() {
-  if (InRunMode(MSIRUNMODE_ROLLBACK)) {
-    LogLine("Executing in rollback");
-    RenameService(kFirstService, "Korvex QVSeries");
-  } else if (InRunMode(MSIRUNMODE_SCHEDULED)) {
-    LogLine("Deferred execution");
-    RenameService(kFirstService, "Korvex QVSeries Deleted");
-  } else {
-    LogLine("Executing in script generation");
+  switch (AnnouncePhase()) {
+    case Phase::rollback:
+      RenameService(kFirstService, "Korvex QVSeries");
+      break;
+    case Phase::deferred:
+      RenameService(kFirstService, "Korvex QVSeries Deleted");
+      break;
+    case Phase::scriptGeneration:
+      break;
   }
   return ERROR_SUCCESS;
 }
 
 ResultCode SetZqvBoot() {
-  LogLine(InRunMode(MSIRUNMODE_SCHEDULED) ? "Deferred execution" : "Executing in script generation");
+  AnnouncePhase();
   std::string replaced;
   if (!GetProperty("ReplacedInUseFiles", replaced, kReplacedFilesLength)) {
     return ERROR_INSTALL_FAILURE;

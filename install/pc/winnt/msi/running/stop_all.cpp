@@ -13,6 +13,7 @@
 #include "running/wait.h"
 #include "runtime/log.h"
 #include "runtime/message.h"
+#include "runtime/phase.h"
 #include "runtime/progress.h"
 #include "runtime/property.h"
 #include "runtime/record.h"
@@ -159,8 +160,7 @@ void LengthenBar(int ticks) {
 }  // namespace
 
 ResultCode StopAllQv() {
-  Stop stop{.deferred = InRunMode(MSIRUNMODE_SCHEDULED)};
-  LogLine(stop.deferred ? "Deferred execution" : "Executing in script generation");
+  Stop stop{.deferred = AnnouncePhase() == Phase::deferred};
   if (!stop.deferred) {
     // So that the deferred pass finds it in place.
     iwiLocatePsapi(nullptr);
