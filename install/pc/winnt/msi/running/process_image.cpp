@@ -1,6 +1,7 @@
 #include "running/process_image.h"
 
 #include <new>
+#include <optional>
 #include <vector>
 
 #include "base/code_page.h"
@@ -55,20 +56,20 @@ bool LoadProcessStatus(ProcessStatus &status) {
          Resolve(library, "GetModuleFileNameExA", "GetModuleFileNameEx", status.getModuleFileName);
 }
 
-/// The identifiers of all processes, or none with a line.
-std::vector<DWORD> ListProcesses(const ProcessStatus &status) {
+/// The identifiers of all processes. Nothing, with a line, when they cannot be had.
+std::optional<std::vector<DWORD>> ListProcesses(const ProcessStatus &status) {
   std::vector<DWORD> ids;
   for (DWORD size = kFirstArraySize;; size += kArrayGrowth) {
     try {
       ids.resize(size / sizeof(DWORD));
     } catch (const std::bad_alloc &) {
       LogLine("***Can't allocate process ID array");
-      return {};
+      return std::nullopt;
     }
     DWORD used = 0;
     if (status.enumProcesses(ids.data(), size, &used) == FALSE) {
       Log("***EnumProcesses() error %d", static_cast<int>(GetLastError()));
-      return {};
+      return std::nullopt;
     }
     if (used < size) {
       ids.resize(used / sizeof(DWORD));
@@ -142,8 +143,12 @@ void iwiTerminateProcessByImage(const std::string &folder, const char *name) {
   if (!LoadProcessStatus(status)) {
     return;
   }
+  const std::optional<std::vector<DWORD>> processes = ListProcesses(status);
+  if (!processes) {
+    return;
+  }
   bool matched = false;
-  for (const DWORD id : ListProcesses(status)) {
+  for (const DWORD id : *processes) {
     if (id == 0) {
       continue;
     }
