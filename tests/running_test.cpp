@@ -3,6 +3,7 @@
 #include "running/process_image.h"
 #include "running/product_files.h"
 #include "running/service.h"
+#include "running/stop_plan.h"
 #include "support.h"
 
 namespace {
@@ -52,6 +53,13 @@ class RunningTest : public LibraryTest {
       }
     }
     return ticks;
+  }
+
+  /// How many messages of a type there are, of those with this first field if one is given.
+  int Count(int type, const char *first = nullptr) {
+    return static_cast<int>(std::count_if(world.messages.begin(), world.messages.end(), [&](const Message &message) {
+      return message.type == type && (first == nullptr || message.fields[1] == Cell(first));
+    }));
   }
 
   int CountLines(const std::string &line) {
@@ -189,6 +197,7 @@ TEST_F(RunningTest, EveryProcessOfAnImageIsEnded) {
   EXPECT_EQ(CountLines("***EnumProcesses() error 8\n"), 1);
   EXPECT_EQ(CountLines("***Can't load 'C:\\temp\\psapi.dll'.\n"), 1);
   EXPECT_EQ(CountLines("***Unable to get EnumProcesses() address; code 8.\n"), 1);
+  EXPECT_EQ(CountLines("'runqvlsr.exe': process not found\n"), 1) << "only where all processes were seen";
 }
 
 TEST_F(RunningTest, PsapiIsUnpackedWhereItIsMissing) {
@@ -203,37 +212,80 @@ TEST_F(RunningTest, PsapiIsUnpackedWhereItIsMissing) {
   EXPECT_EQ(path, "C:\\old\\uninst\\psapi.dll");
 }
 
-TEST_F(RunningTest, BothPassesOfTheStopAgreeOnTheTicks) {
-  for (const int services : {0, 1, 2, 3}) {
-    for (const auto &[managers, count] :
-         {std::pair("", 0u), {"one\n", 1u}, {" one \r\n; comment\n\n\"two\"\nthree", 3u}}) {
-      for (const bool endListeners : {true, false}) {
-        Immediate();
-        world.launched.clear();
-        world.services.clear();
-        if ((services & 1) != 0) {
-          world.services["KorvexQVSeries"].stopMs = 3000;
-        }
-        if ((services & 2) != 0) {
-          world.services["QVSeriesServices"].stopMs = kForever;
-        }
-        world.WriteFile("C:\\data\\zqvqmgrs.txt", managers);
-        world.programs.erase(Bin("endqvlsr.exe"));
-        world.programs[Bin(endListeners ? "endqvlsr.exe" : "another.exe")];
-        ASSERT_EQ(iwiStopAllQv(kSession), 0u);
-        const auto announced = std::find_if(world.messages.begin(), world.messages.end(),
-                                            [](const Message &m) { return m.type == 0x0A000000; });
-        ASSERT_NE(announced, world.messages.end());
-        const Row fields = announced->fields;
-        EXPECT_EQ(fields, (Row{{}, 3, fields[2], 0, 0}));
-        EXPECT_EQ(Reported(), 0) << "nothing has been waited for yet";
-        EXPECT_EQ(world.launched.size(), count) << "the listeners' command belongs to the deferred pass";
-        Defer();
-        ASSERT_EQ(iwiStopAllQv(kSession), 0u);
-        EXPECT_EQ(Reported(), std::get<int>(fields[2])) << services << managers;
+TEST_F(RunningTest, TheDeferredPassWalksThePlanOfTheImmediateOne) {
+  // What a pass finds: the first service, the second, and none or three queue managers.
+  const auto meet = [&](unsigned found) {
+    world.launched.clear();
+    world.services.clear();
+    for (const auto &[bit, service] : {std::pair(1u, "KorvexQVSeries"), {2u, "QVSeriesServices"}}) {
+      world.services[service] = {(found & bit) != 0 ? 4u : 1u, kForever};  // running or stopped
+    }
+    world.WriteFile("C:\\data\\zqvqmgrs.txt", (found & 4) != 0 ? " one \r\n; comment\n\n\"two\"\nthree" : "");
+  };
+  for (unsigned before = 0; before < 8; ++before) {
+    for (unsigned after = 0; after < 8; ++after) {
+      SCOPED_TRACE(Format("%u %u", before, after));
+      Immediate();
+      meet(before);
+      ASSERT_EQ(iwiStopAllQv(kSession), 0u);
+      const unsigned services = (before & 1) + (before >> 1 & 1), managers = (before & 4) != 0 ? 3 : 0;
+      const int ticks = static_cast<int>(132 + 240 * services + 110 * managers) * 100000;
+      const auto announced = std::find_if(world.messages.begin(), world.messages.end(),
+                                          [](const Message &m) { return m.type == 0x0A000000; });
+      ASSERT_NE(announced, world.messages.end());
+      EXPECT_EQ(announced->fields, (Row{{}, 3, ticks, 0, 0}));
+      EXPECT_EQ(Reported(), 0) << "nothing has been waited for yet";
+      EXPECT_EQ(world.launched.size(), managers) << "the listeners' command belongs to the deferred pass";
+      EXPECT_EQ(world.properties["ZQVSTOPPLAN"], Format("%u,%u,%u", before & 1, before >> 1 & 1, managers));
+      Defer();
+      meet(after);
+      world.slept = 0;
+      ASSERT_EQ(iwiStopAllQv(kSession), 0u);
+      EXPECT_EQ(Reported(), ticks);
+      EXPECT_EQ(Count(0x08000000), 3 + static_cast<int>(services) + (managers != 0 ? 2 : 0));
+      const unsigned awaited = before & after;  // one that has stopped, or that was not planned, takes no time
+      EXPECT_EQ(world.slept, 6000u + 120000u * ((awaited & 1) + (awaited >> 1 & 1)));
+      for (const auto &[bit, service] : {std::pair(1u, "KorvexQVSeries"), {2u, "QVSeriesServices"}}) {
+        EXPECT_EQ(Count(0x09000000, service), (awaited & bit) != 0 ? 121 : 0);
       }
+      EXPECT_EQ(world.launched.size(), (after & 4) != 0 ? 3u : 0u) << "the names are those of the list as it is";
     }
   }
+}
+
+TEST_F(RunningTest, WithoutAPlanTheDeferredPassPlansByWhatItFinds) {
+  EXPECT_EQ(TextOf(ParseStopPlan("1,0,1000000").value()), "1,0,1000000");
+  for (const char *text : {"", "1", "0,0", "0,0,0,0", "2,0,0", "0,2,0", "-1,0,0", "0,-1,0", "0,0,-1", "0,0,1000001",
+                           " 0,0,0", "0,0,0 ", "0,+0,0", "-0,0,0", "00,0,0", "0,0,", "0;0;0", "0,0,4294967296"}) {
+    EXPECT_FALSE(ParseStopPlan(text)) << text;
+  }
+  world.services["KorvexQVSeries"];
+  for (const auto &[plan, line] : {std::pair("", "No plan of the stop; planning by what is found\n"),
+                                   {"0,0", "***'0,0' is no plan of the stop; planning by what is found\n"}}) {
+    world.properties["ZQVSTOPPLAN"] = plan;
+    Defer();
+    EXPECT_EQ(iwiStopAllQv(kSession), 0u);
+    EXPECT_EQ(Reported(), (240 + 132) * 100000) << plan;
+    EXPECT_EQ(CountLines(line), 1);
+  }
+  world.properties["ZQVSTOPPLAN"] = std::string(260, '0');
+  Defer();
+  EXPECT_EQ(iwiStopAllQv(kSession), 1603u);
+  Immediate();
+  Fail("MsiSetPropertyA", 1627);
+  EXPECT_EQ(iwiStopAllQv(kSession), 1603u);
+  EXPECT_EQ(Count(0x0A000000), 1) << "the plan comes last";
+}
+
+TEST_F(RunningTest, ACommandThatCannotBeLaunchedIsNamedOnce) {
+  world.WriteFile("C:\\data\\zqvqmgrs.txt", "QM");
+  world.programs.clear();
+  EXPECT_EQ(iwiStopAllQv(kSession), 0u);
+  EXPECT_EQ(CountLines("Unable to launch 'C:\\qv\\bin\\endqvm.exe'\n"), 1);
+  Defer();
+  EXPECT_EQ(iwiStopAllQv(kSession), 0u);
+  EXPECT_EQ(CountLines("***Unable to launch process; code 2.\n"), 1);
+  EXPECT_EQ(CountLines("Unable to launch '"), 0);
 }
 
 TEST_F(RunningTest, TheDeferredPassWaitsWithACountdownAndEndsTheRest) {

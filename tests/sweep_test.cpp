@@ -135,7 +135,7 @@ const struct {
     {"iwiDeleteOld", false, {""}},
     // What cannot be stopped runs on; and of what cannot be seen, nothing runs.
     {"iwiStopAllQv", false, {"'ZQVTEMP", "'ZQVPREVPGM'"}},
-    {"iwiStopAllQv", true, {"***msiGetProperty("}},
+    {"iwiStopAllQv", true, {"***msiGetProperty(", "***msiSetProperty('ZQVSTOPPLAN'"}},
     {"iwiStopAllQv", false, {""}},
     {"iwiStartStopping", false, {""}},
     {"iwiIsQvRunning", false, {"'ZQVPGMFOLDER'"}},

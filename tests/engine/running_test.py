@@ -112,6 +112,26 @@ class Running(unittest.TestCase):
         self.expect_order(deferred, f"Service '{FIRST}' is running", f"Service '{FIRST}' is not running")
         self.expect_replaced(runs)
 
+    def test_a_service_that_has_stopped_when_its_wait_begins(self):
+        # It holds no file of the product: nobody but the immediate pass asks it to stop.
+        program = machine.drive / "elsewhere.exe"
+        shutil.copy(self.product.programs / "zqvsvc.exe", program)
+        self.addCleanup(program.unlink)
+        self.product.services.append(FIRST)
+        self.product.call("sc", "create", FIRST, "binPath=", r"C:\elsewhere.exe")
+        self.product.start_services()
+        immediate, deferred = self.stops(self.again(more=("iwiStopAllQv", "iwiStopAllQvExec")))
+        self.expect_order(
+            immediate,
+            f"Stopping service '{FIRST}'",
+            f"Total ticks = {(240 + 12 + 120) * 100000}",
+            "Property 'ZQVSTOPPLAN' value set to '1,0,0'",
+        )
+        self.expect_order(deferred, "Property 'ZQVSTOPPLAN' value '1,0,0'; from CustomActionData")
+        # Its wait is taken all the same, before that for the files.
+        waits = [re.sub(r"\d+", "N", line) for line in deferred if line.startswith("Wait")]
+        self.assertEqual(waits, ["Waited N seconds"] * 2)
+
     def test_each_part_ends_in_turn(self):
         programs = ("zqvzxma0.exe", "runqvlsr.exe", "zqvmtbrn.exe", "zqvmsrvn.exe", "zqvxssvn.exe")
         self.change(*programs)
@@ -127,7 +147,8 @@ class Running(unittest.TestCase):
         self.assertEqual(self.product.outlived(), 0)
         immediate, deferred = self.stops(runs)
         self.expect_order(immediate, "Queue manager 'QM.ONE'", "Found endqvlsr")
-        self.assertEqual(immediate[-2], f"Total ticks = {(6 + 90 + 20 + 6 + 120) * 100000}")
+        total = f"Total ticks = {(6 + 90 + 20 + 6 + 120) * 100000}"
+        self.assertEqual(immediate[-3:-1], [total, "Property 'ZQVSTOPPLAN' value set to '0,0,1'"])
         self.assertFalse([line for line in immediate if line.startswith("Unable to launch")])
         path = self.product.path
         waits = [re.sub(r"Waited \d+", "Waited some", line) for line in deferred if line.startswith("Wait")]

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "base/text.h"
 #include "running/process_image.h"
 #include "running/product_files.h"
 #include "running/queue_managers.h"
 #include "running/service.h"
+#include "running/stop_plan.h"
 #include "running/wait.h"
 #include "runtime/log.h"
 #include "runtime/message.h"
@@ -25,6 +25,7 @@ namespace zqv {
 
 namespace {
 
+constexpr char kPlan[] = "ZQVSTOPPLAN";
 constexpr char kEndQueueManager[] = "endqvm.exe";
 constexpr char kEndListeners[] = "endqvlsr.exe";
 constexpr int kHidden = 0;
@@ -40,118 +41,173 @@ constexpr int kFilesSteps = 120;
 /// One run of the action.
 struct Stop {
   bool deferred;
-  std::vector<std::string> queueManagers;
-  bool canEndListeners = false;
+  StopPlan plan;               ///< filled step by step by what is found, unless it is given
+  bool planIsGiven = false;    ///< by the immediate pass
   int ticks = 0;               ///< of the immediate pass
   std::optional<WaitBar> bar;  ///< of the deferred pass
+  std::vector<std::string> queueManagers;
 };
 
-/// One step of the sequence, walked by both passes, so that they cannot disagree: how many steps of waiting it takes
-/// now, and what each pass does about it. A pass for which there is nothing to do has none.
+/// What the deferred pass waits for in one step.
+struct Wait {
+  int steps;
+  bool isOver;  ///< for a service: it has stopped meanwhile
+};
+
+/// One step of the sequence, walked by both passes, so that they cannot disagree: what is waited for, and what each
+/// pass does about it. A step that is not about a part of the plan is always taken.
 struct Step {
-  const char *subject;  ///< the service or the process image, if it is about one
-  int (*plan)(Stop &stop, const Step &step);
-  void (*request)(Stop &stop, const Step &step);              ///< the immediate pass
-  void (*carryOut)(Stop &stop, const Step &step, int steps);  ///< the deferred pass
+  const char *subject;                              ///< the service or the process image, if it is about one
+  int (*find)(const Stop &stop, const Step &step);  ///< how many there are now
+  int StopPlan::*planned;                           ///< how many are planned for
+  int stepsForEach;
+  void (*request)(Stop &stop, const Step &step);                     ///< the immediate pass, if it does anything
+  void (*carryOut)(Stop &stop, const Step &step, const Wait &wait);  ///< the deferred pass
 };
 
-/// Launches one of the product's commands for each queue manager, without waiting for it.
-void LaunchForEach(const Stop &stop, const char *command, const char *option) {
+// A service.
+
+int FindService(const Stop & /*stop*/, const Step &step) { return iwiIsServiceActive(step.subject) ? 1 : 0; }
+
+void RequestService(Stop & /*stop*/, const Step &step) { iwiStopService(false, false, nullptr, step.subject); }
+
+void AwaitService(Stop &stop, const Step &step, const Wait &wait) {
+  stop.bar->WaitWhile(
+      wait.steps, message::kServiceWait, step.subject, [&] { return iwiIsServiceActive(step.subject); }, wait.isOver);
+}
+
+// A pause.
+
+void Pause(Stop &stop, const Step & /*step*/, const Wait &wait) { stop.bar->iwiTimedPause(wait.steps); }
+
+// The queue managers.
+
+int FindQueueManagers(const Stop &stop, const Step & /*step*/) {
+  return static_cast<int>(std::min<std::size_t>(stop.queueManagers.size(), kMostQueueManagers));
+}
+
+void RequestQueueManagers(Stop &stop, const Step & /*step*/) {
   std::string path;
-  if (!ProductFile(command, path)) {
+  if (!ProductFile(kEndQueueManager, path)) {
     return;
   }
   for (const std::string &name : stop.queueManagers) {
-    if (!iwiLaunch(path, Format("%s %s", option, name.c_str()), "", kHidden, nullptr)) {
+    if (!iwiLaunch(path, "-i " + name, "", kHidden, nullptr)) {
       Log("Unable to launch '%s'", path.c_str());
     }
   }
 }
 
-int ForEachQueueManager(const Stop &stop, int steps) {
-  constexpr std::size_t kMost = 1000000;
-  return steps * static_cast<int>(std::min(stop.queueManagers.size(), kMost));
-}
-
-// A service.
-
-int PlanService(Stop & /*stop*/, const Step &step) { return iwiIsServiceActive(step.subject) ? kServiceSteps : 0; }
-
-void RequestService(Stop & /*stop*/, const Step &step) { iwiStopService(false, false, nullptr, step.subject); }
-
-void AwaitService(Stop &stop, const Step &step, int steps) {
-  stop.bar->WaitWhile(steps, message::kServiceWait, step.subject, [&] { return iwiIsServiceActive(step.subject); });
-}
-
-// A pause.
-
-int PlanPause(Stop & /*stop*/, const Step & /*step*/) { return kPauseSteps; }
-
-void Pause(Stop &stop, const Step & /*step*/, int steps) { stop.bar->iwiTimedPause(steps); }
-
-// The queue managers.
-
-int PlanQueueManagers(Stop &stop, const Step & /*step*/) { return ForEachQueueManager(stop, kQueueManagerSteps); }
-
-void RequestQueueManagers(Stop &stop, const Step & /*step*/) { LaunchForEach(stop, kEndQueueManager, "-i"); }
-
-void AwaitQueueManagers(Stop &stop, const Step & /*step*/, int steps) {
-  stop.bar->WaitWhile(steps, message::kQueueManagerWait, "", iwiQueueManagersRunning);
+void AwaitQueueManagers(Stop &stop, const Step & /*step*/, const Wait &wait) {
+  stop.bar->WaitWhile(wait.steps, message::kQueueManagerWait, "", iwiQueueManagersRunning);
 }
 
 // Their listeners. The command that ends them is not in every version of the product.
 
-int PlanListeners(Stop &stop, const Step & /*step*/) {
-  std::string path;
-  stop.canEndListeners = ProductFile(kEndListeners, path) && iwiFileExists(path);
-  LogLine(stop.canEndListeners ? "Found endqvlsr" : "Not found endqvlsr");
-  return ForEachQueueManager(stop, kListenerSteps);
+bool FindListenersCommand(std::string &path) {
+  const bool found = ProductFile(kEndListeners, path) && iwiFileExists(path);
+  LogLine(found ? "Found endqvlsr" : "Not found endqvlsr");
+  return found;
 }
 
-void AwaitListeners(Stop &stop, const Step & /*step*/, int steps) {
-  if (stop.canEndListeners) {
-    LaunchForEach(stop, kEndListeners, "-m");
+void LookForListenersCommand(Stop & /*stop*/, const Step & /*step*/) {
+  std::string path;
+  FindListenersCommand(path);
+}
+
+void EndListeners(Stop &stop, const Step & /*step*/, const Wait & /*wait*/) {
+  std::string path;
+  if (!FindListenersCommand(path)) {
+    return;
   }
-  stop.bar->WaitWhile(steps, message::kListenerWait, "", iwiListenersRunning);
+  for (const std::string &name : stop.queueManagers) {
+    // One that cannot be launched has had its line; what it leaves is ended by force.
+    static_cast<void>(iwiLaunch(path, "-m " + name, "", kHidden, nullptr));
+  }
+}
+
+void AwaitListeners(Stop &stop, const Step & /*step*/, const Wait &wait) {
+  stop.bar->WaitWhile(wait.steps, message::kListenerWait, "", iwiListenersRunning);
 }
 
 // A process that is left over.
 
-int PlanNothing(Stop & /*stop*/, const Step & /*step*/) { return 0; }
-
-void Terminate(Stop & /*stop*/, const Step &step, int /*steps*/) {
+void Terminate(Stop & /*stop*/, const Step &step, const Wait & /*wait*/) {
   iwiTerminateProcessByImage(ValueOf(Kept::programFolder) + "\\bin", step.subject);
 }
 
 // The product's files.
 
-int PlanFiles(Stop & /*stop*/, const Step & /*step*/) { return kFilesSteps; }
-
-void AwaitFiles(Stop &stop, const Step & /*step*/, int steps) {
-  stop.bar->WaitWhile(steps, message::kFilesWait, "", IsProductRunning);
+void AwaitFiles(Stop &stop, const Step & /*step*/, const Wait &wait) {
+  stop.bar->WaitWhile(wait.steps, message::kFilesWait, "", IsProductRunning);
 }
 
 constexpr Step kSequence[] = {
-    {kFirstService, PlanService, RequestService, AwaitService},
-    {kSecondService, PlanService, RequestService, AwaitService},
-    {"", PlanPause, nullptr, Pause},
-    {"", PlanQueueManagers, RequestQueueManagers, AwaitQueueManagers},
-    {"", PlanListeners, nullptr, AwaitListeners},
-    {"runqvlsr.exe", PlanNothing, nullptr, Terminate},
-    {"zqvmtbrn.exe", PlanNothing, nullptr, Terminate},
-    {"zqvmsrvn.exe", PlanNothing, nullptr, Terminate},
-    {"", PlanPause, nullptr, Pause},
-    {"zqvxssvn.exe", PlanNothing, nullptr, Terminate},
-    {"", PlanFiles, nullptr, AwaitFiles},
+    {kFirstService, FindService, &StopPlan::firstService, kServiceSteps, RequestService, AwaitService},
+    {kSecondService, FindService, &StopPlan::secondService, kServiceSteps, RequestService, AwaitService},
+    {"", nullptr, nullptr, kPauseSteps, nullptr, Pause},
+    {"", FindQueueManagers, &StopPlan::queueManagers, kQueueManagerSteps, RequestQueueManagers, AwaitQueueManagers},
+    {"", nullptr, nullptr, 0, LookForListenersCommand, EndListeners},
+    {"", FindQueueManagers, &StopPlan::queueManagers, kListenerSteps, nullptr, AwaitListeners},
+    {"runqvlsr.exe", nullptr, nullptr, 0, nullptr, Terminate},
+    {"zqvmtbrn.exe", nullptr, nullptr, 0, nullptr, Terminate},
+    {"zqvmsrvn.exe", nullptr, nullptr, 0, nullptr, Terminate},
+    {"", nullptr, nullptr, kPauseSteps, nullptr, Pause},
+    {"zqvxssvn.exe", nullptr, nullptr, 0, nullptr, Terminate},
+    {"", nullptr, nullptr, kFilesSteps, nullptr, AwaitFiles},
 };
 
-bool ReadProperties() {
-  std::string version;
-  return GetKeptProperty(Kept::programFolder) && GetKeptProperty(Kept::dataFolder) &&
-         GetProperty("ZQVPREVVERSION", version, kVersionLength);
+void Walk(Stop &stop, const Step &step) {
+  int count = 1;
+  Wait wait{};
+  if (step.planned != nullptr) {
+    const int found = step.find(stop, step);
+    if (!stop.planIsGiven) {
+      stop.plan.*step.planned = found;
+    }
+    count = stop.plan.*step.planned;
+    wait.isOver = found == 0;
+  }
+  if (count == 0) {
+    return;
+  }
+  wait.steps = count * step.stepsForEach;
+  if (stop.deferred) {
+    step.carryOut(stop, step, wait);
+    return;
+  }
+  if (step.request != nullptr) {
+    step.request(stop, step);
+  }
+  stop.ticks = AddUnits(stop.ticks, wait.steps);
 }
 
-/// Adds the planned ticks to the bar's length.
+/// Reads the plan of the immediate pass. False when that fails; a property that holds none is no failure.
+bool ReadPlan(Stop &stop) {
+  std::string text;
+  if (!GetProperty(kPlan, text)) {
+    return false;
+  }
+  const std::optional<StopPlan> plan = ParseStopPlan(text);
+  stop.planIsGiven = plan.has_value();
+  if (plan) {
+    stop.plan = *plan;
+  } else if (text.empty()) {
+    LogLine("No plan of the stop; planning by what is found");
+  } else {
+    Log("***'%s' is no plan of the stop; planning by what is found", text.c_str());
+  }
+  return true;
+}
+
+bool ReadProperties(Stop &stop) {
+  std::string version;
+  return GetKeptProperty(Kept::programFolder) && GetKeptProperty(Kept::dataFolder) &&
+         GetProperty("ZQVPREVVERSION", version, kVersionLength) && (!stop.deferred || ReadPlan(stop));
+}
+
+/// Adds the planned ticks to the bar's length. A record's number has 32 bits: beyond 21,474 steps, some 190 queue
+/// managers, the total stays at the largest one, so that the bar is full before the waits are over, and stays so.
 void LengthenBar(int ticks) {
   Log("Total ticks = %d", ticks);
   SendRecord(INSTALLMESSAGE_PROGRESS, {kProgressAddition, ticks, 0, 0});
@@ -165,7 +221,7 @@ ResultCode StopAllQv() {
     // So that the deferred pass finds it in place.
     iwiLocatePsapi(nullptr);
   }
-  if (!ReadProperties()) {
+  if (!ReadProperties(stop)) {
     return ERROR_INSTALL_FAILURE;
   }
   if (stop.deferred) {
@@ -173,24 +229,14 @@ ResultCode StopAllQv() {
   }
   stop.queueManagers = ListQueueManagers(ValueOf(Kept::dataFolder));
   for (const Step &step : kSequence) {
-    const int steps = step.plan(stop, step);
-    if (stop.deferred) {
-      if (steps > 0 || step.plan == PlanNothing) {
-        step.carryOut(stop, step, steps);
-      }
-    } else {
-      if (steps > 0 && step.request != nullptr) {
-        step.request(stop, step);
-      }
-      stop.ticks = AddUnits(stop.ticks, steps);
-    }
+    Walk(stop, step);
   }
   if (stop.deferred) {
     stop.bar->Close();
-  } else {
-    LengthenBar(stop.ticks);
+    return ERROR_SUCCESS;
   }
-  return ERROR_SUCCESS;
+  LengthenBar(stop.ticks);
+  return ResultOf(SetProperty(kPlan, TextOf(stop.plan)));
 }
 
 }  // namespace zqv

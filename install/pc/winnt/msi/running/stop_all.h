@@ -5,9 +5,10 @@
 namespace zqv {
 
 /// iwiStopAllQv: ends all of the product that runs. The immediate pass sends the stop requests, launches the product's
-/// own end commands, and adds the time that the waits may take to the progress bar's length; the deferred pass waits,
-/// with a countdown, and ends by force what is left. Returns ERROR_SUCCESS, or ERROR_INSTALL_FAILURE when a folder or
-/// version property cannot be read.
+/// own end commands, adds the time that the waits may take to the progress bar's length, and publishes as ZQVSTOPPLAN
+/// what is to be waited for; the deferred pass waits by that plan, with a countdown, and ends by force what is left.
+/// Without the plan it waits for what it finds. Returns ERROR_SUCCESS, or ERROR_INSTALL_FAILURE when a folder, the
+/// version or the plan cannot be read, or the plan cannot be set.
 ResultCode StopAllQv();
 
 }  // namespace zqv

@@ -25,9 +25,10 @@ WaitBar::WaitBar() : progress_(MakeRecord({kProgressActionInfo, 1, 0})) {
   actionData_ = MakeRecord({"", ""});
 }
 
-void WaitBar::WaitWhile(int steps, UINT text, const std::string &subject, const std::function<bool()> &running) {
+void WaitBar::WaitWhile(int steps, UINT text, const std::string &subject, const std::function<bool()> &running,
+                        bool isOver) {
   Begin(text);
-  bool stillRunning = true;
+  bool stillRunning = !isOver;
   int waited = 0;
   for (int step = 0; step < steps; ++step) {
     if (stillRunning) {

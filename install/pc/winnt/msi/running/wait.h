@@ -15,8 +15,10 @@ class WaitBar {
   WaitBar();
 
   /// Waits until `running` is false, `steps` steps at the most. `text` is the template that the installer fills with
-  /// the countdown, or, where a `subject` is given, with that and the countdown.
-  void WaitWhile(int steps, UINT text, const std::string &subject, const std::function<bool()> &running);
+  /// the countdown, or, where a `subject` is given, with that and the countdown. A wait that is over before it begins
+  /// only advances the bar.
+  void WaitWhile(int steps, UINT text, const std::string &subject, const std::function<bool()> &running,
+                 bool isOver = false);
 
   /// Always waits the full time.
   void iwiTimedPause(int steps);
