@@ -99,6 +99,13 @@ TEST_F(FrameTest, AFailureWithoutAMessageOfItsOwnShowsTheGeneralOne) {
   EXPECT_EQ(test(kSession), 1603u);
   EXPECT_EQ(world.boxes.size(), 4u);
   ExpectInLog({"***iwiLoadNlsString LoadLibrary(C:\\temp\\zqvl0007.dll) failed 126 (ID '2041'). (ZQV4700)\n"});
+
+  Reload();
+  world.properties["ZQVTEMP"] = "temp";  // not absolute: nobody looks whether there is one
+  world.modules["temp\\zqvl0007.dll"].strings = {{2041, "Another's."}};
+  EXPECT_EQ(test(kSession), 1603u);
+  EXPECT_EQ(world.boxes.size(), 4u);
+  ExpectInLog({"***iwiLoadNlsString LoadLibrary(temp\\zqvl0007.dll) failed 126 (ID '2041'). (ZQV4700)\n"});
 }
 
 TEST_F(FrameTest, CancelledCopyingTurnsSuccessIntoUserExit) {
@@ -153,6 +160,8 @@ TEST_F(ExternalCopyTest, CarriesTheActionOut) {
 
 TEST_F(ExternalCopyTest, WhatHindersItIsLoggedAndTheActionRunsHere) {
   EXPECT_EQ(RunWith("C:\\none", 1602), "User name is 'tester'\nCan't find 'C:\\none\\zqviwicn.dll'\n");
+  world.modules["copy\\zqviwicn.dll"];
+  EXPECT_EQ(RunWith("copy", 1602), "User name is 'tester'\nCan't find 'copy\\zqviwicn.dll'\n");
   world.modules["C:\\old\\zqviwicn.dll"];
   EXPECT_EQ(RunWith("C:\\old", 1602), "User name is 'tester'\nCan't find proc 'C:\\old\\zqviwicn.dll(iwiUserExit)'\n");
   world.failCall = {"GetProcAddress", 0, 5};

@@ -206,6 +206,16 @@ TEST(TextTest, PathsAreTidied) {
   }
 }
 
+TEST(TextTest, AFolderIsAbsoluteWhenItIsTheSameFromEverywhere) {
+  for (const char *folder : {"C:\\", "z:\\a b", "C:", "\\\\server\\share", "\\\\s\\s\\a"}) {
+    EXPECT_TRUE(IsAbsoluteFolder(folder)) << folder;
+  }
+  for (const char *folder : {"", "\\", "\\a", "a", "a\\b", "C", "C:a", "C:/a", "1:\\", "\xE4:\\", ".\\", "..", "\\\\",
+                             "\\\\s", "\\\\s\\", "\\\\\\s\\a", "\\\\s\\\\a", "//s/a", " C:\\"}) {
+    EXPECT_FALSE(IsAbsoluteFolder(folder)) << folder;
+  }
+}
+
 TEST(TextTest, NumbersAreReadWithoutThrowing) {
   for (const auto &[text, value] : {std::pair("", 0),
                                     {" 12x", 12},

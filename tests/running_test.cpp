@@ -212,6 +212,44 @@ TEST_F(RunningTest, PsapiIsUnpackedWhereItIsMissing) {
   EXPECT_EQ(path, "C:\\old\\uninst\\psapi.dll");
 }
 
+TEST_F(RunningTest, NothingIsLoadedOrRunFromAFolderThatIsNotAbsolute) {
+  // Where such folders would lead.
+  for (const char *file : {"psapi.dll", "uninst\\psapi.dll", "qv\\psapi.dll", "qv\\uninst\\psapi.dll",
+                           "bin\\zqvsvc.exe", "bin\\endqvm.exe", "bin\\endqvlsr.exe"}) {
+    world.MakePsapi(Format("C:\\%s", file));
+    world.MakePsapi(Format("\\%s", file));
+    world.programs[Format("\\%s", file)];
+  }
+  world.tables["Binary"].rows = {{"psapi.dll", Bytes{1, 2}}};
+  world.held.insert(Bin("runqvlsr.exe"));
+  for (const std::string &folder : {std::string(), std::string("\\"), std::string("qv"), std::string("\\qv"),
+                                    std::string("\\\\server"), std::string(260, 'x')}) {
+    Immediate();
+    world.properties["ZQVPREVPGM"] = world.properties["ZQVTEMP"] = folder;
+    world.callCount.clear();
+    iwiTerminateProcessByImage("C:\\qv\\bin", "runqvlsr.exe");
+    EXPECT_EQ(CountLines("***Can't load ''.\n"), 1) << folder;
+    EXPECT_EQ(world.callCount["LoadLibraryExA"], 0) << folder;
+    EXPECT_EQ(CountLines("Unpacking binary"), 0) << folder;
+  }
+  Immediate();
+  world.properties["ZQVTEMP"] = "C:\\";  // tidied to "C:", and absolute
+  std::string path;
+  iwiLocatePsapi(&path);
+  EXPECT_EQ(path, "C:\\psapi.dll");
+  world.properties["ZQVPGMFOLDER"] = "";
+  world.WriteFile("C:\\data\\zqvqmgrs.txt", "QM");
+  Immediate();
+  iwiStartQvService();
+  EXPECT_EQ(iwiStopAllQv(kSession), 0u);
+  EXPECT_EQ(CountLines("***Can't find '\\bin\\zqvsvc.exe'\n"), 1);
+  EXPECT_EQ(CountLines("Unable to launch '\\bin\\endqvm.exe'\n"), 1);
+  EXPECT_EQ(CountLines("Not found endqvlsr\n"), 1);
+  Defer();
+  EXPECT_EQ(iwiStopAllQv(kSession), 0u);
+  EXPECT_TRUE(world.launched.empty());
+}
+
 TEST_F(RunningTest, TheDeferredPassWalksThePlanOfTheImmediateOne) {
   // What a pass finds: the first service, the second, and none or three queue managers.
   const auto meet = [&](unsigned found) {

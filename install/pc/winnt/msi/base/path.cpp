@@ -58,4 +58,14 @@ SplitPath SplitAtLastBackslash(std::string_view path) {
   return {path.substr(0, at), path.substr(at + 1), true};
 }
 
+bool IsAbsoluteFolder(std::string_view folder) {
+  if (folder.starts_with("\\\\")) {
+    const std::size_t end = folder.find('\\', 2);
+    return end != std::string_view::npos && end > 2 && end + 1 < folder.size() && folder[end + 1] != '\\';
+  }
+  const bool startsWithLetter =
+      !folder.empty() && ((folder[0] >= 'A' && folder[0] <= 'Z') || (folder[0] >= 'a' && folder[0] <= 'z'));
+  return startsWithLetter && folder.substr(1, 1) == ":" && (folder.size() == 2 || folder[2] == '\\');
+}
+
 }  // namespace zqv

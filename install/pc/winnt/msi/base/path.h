@@ -33,4 +33,8 @@ struct SplitPath {
 };
 SplitPath SplitAtLastBackslash(std::string_view path);
 
+/// True for a folder that is the same wherever the process happens to be: "X:\..." or "\\server\share". "X:" alone is
+/// the drive's root, as a tidied path has it.
+bool IsAbsoluteFolder(std::string_view folder);
+
 }  // namespace zqv

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "base/code_page.h"
+#include "base/module_file.h"
 #include "base/path.h"
 #include "base/text.h"
 #include "platform/owner.h"
@@ -42,10 +43,35 @@ bool Resolve(HMODULE library, const char *name, const char *shown, Function &fun
   return true;
 }
 
+/// True when a file may be loaded from the folder: it can be read, and is absolute.
+bool IsTrusted(Kept folder) { return GetKeptProperty(folder) && IsAbsoluteFolder(ValueOf(folder)); }
+
+std::string FindPsapi() {
+  std::string path;
+  if (IsTrusted(Kept::previousProgramFolder)) {
+    path = Format("%s\\%s\\%s", ValueOf(Kept::previousProgramFolder).c_str(), "uninst", kPsapi);
+    if (iwiFileExists(path)) {
+      Log("Psapi.dll found at '%s'", path.c_str());
+      return path;
+    }
+  }
+  if (!IsTrusted(Kept::tempFolder)) {
+    return {};
+  }
+  path = Format("%s\\%s", ValueOf(Kept::tempFolder).c_str(), kPsapi);
+  if (!iwiFileExists(path)) {
+    static_cast<void>(iwiUnpackBinary("psapi", ".dll", path, nullptr));  // whether the file is there tells
+    if (!iwiFileExists(path)) {
+      path.clear();
+    }
+  }
+  return path;
+}
+
 bool LoadProcessStatus(ProcessStatus &status) {
   std::string path;
   iwiLocatePsapi(&path);
-  status.module.Reset(LoadLibraryExA(path.c_str(), nullptr, 0));
+  status.module = LoadModuleFile(path, 0);
   if (!status.module) {
     Log("***Can't load '%s'.", path.c_str());
     return false;
@@ -112,21 +138,7 @@ void Terminate(DWORD id) {
 }  // namespace
 
 void iwiLocatePsapi(std::string *path) {
-  // A folder that cannot be read, which is logged, is one that is not known.
-  static_cast<void>(GetKeptProperty(Kept::previousProgramFolder));
-  std::string found = Format("%s\\%s\\%s", ValueOf(Kept::previousProgramFolder).c_str(), "uninst", kPsapi);
-  if (iwiFileExists(found)) {
-    Log("Psapi.dll found at '%s'", found.c_str());
-  } else {
-    static_cast<void>(GetKeptProperty(Kept::tempFolder));
-    found = Format("%s\\%s", ValueOf(Kept::tempFolder).c_str(), kPsapi);
-    if (!iwiFileExists(found)) {
-      static_cast<void>(iwiUnpackBinary("psapi", ".dll", found, nullptr));  // whether the file is there tells
-      if (!iwiFileExists(found)) {
-        found.clear();
-      }
-    }
-  }
+  const std::string found = FindPsapi();
   if (path != nullptr) {
     *path = found;
   }

@@ -7,7 +7,8 @@ namespace zqv {
 /// Ending processes by their executable's file.
 
 /// Finds the process-status library: in "uninst" of the previous program folder, else in the temporary folder, into
-/// which it is unpacked from the package if need be. `path`, if given, gets its path, or is empty when there is none.
+/// which it is unpacked from the package if need be. A folder that cannot be read or is not absolute is passed over.
+/// `path`, if given, gets the library's path, or is empty when there is none.
 void iwiLocatePsapi(std::string *path);
 
 /// Ends every process whose first module has the file name `name`, without regard to case. Nothing is done unless

@@ -1,5 +1,6 @@
 #include "running/product_files.h"
 
+#include "base/path.h"
 #include "base/text.h"
 #include "running/file_in_use.h"
 #include "runtime/log.h"
@@ -28,6 +29,8 @@ bool ProductFile(const char *name, std::string &path) {
   path = Format("%s\\%s\\%s", ValueOf(Kept::programFolder).c_str(), "bin", name);
   return true;
 }
+
+bool MayRunPrograms() { return IsAbsoluteFolder(ValueOf(Kept::programFolder)); }
 
 bool IsProductFileInUse(const char *name) {
   std::string path;
@@ -71,7 +74,7 @@ void iwiStartQvService() {
   if (!ProductFile(kServiceProcess, path)) {
     return;
   }
-  if (!iwiFileExists(path)) {
+  if (!MayRunPrograms() || !iwiFileExists(path)) {
     Log("***Can't find '%s'", path.c_str());
   } else if (!iwiLaunch(path, "-START -SILENT", "", kHidden, nullptr)) {
     Log("***Unable to launch '%s'", path.c_str());

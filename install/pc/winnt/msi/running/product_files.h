@@ -11,6 +11,10 @@ namespace zqv {
 /// gives a path that begins with a backslash.
 bool ProductFile(const char *name, std::string &path);
 
+/// True when a program of the product may be run: not from a folder that is not absolute, which would be looked for
+/// wherever the process happens to be. For a path that ProductFile has given.
+bool MayRunPrograms();
+
 /// True when that file is held open; false also when the program folder cannot be read.
 bool IsProductFileInUse(const char *name);
 

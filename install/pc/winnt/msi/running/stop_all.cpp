@@ -92,7 +92,7 @@ void RequestQueueManagers(Stop &stop, const Step & /*step*/) {
     return;
   }
   for (const std::string &name : stop.queueManagers) {
-    if (!iwiLaunch(path, "-i " + name, "", kHidden, nullptr)) {
+    if (!MayRunPrograms() || !iwiLaunch(path, "-i " + name, "", kHidden, nullptr)) {
       Log("Unable to launch '%s'", path.c_str());
     }
   }
@@ -105,7 +105,7 @@ void AwaitQueueManagers(Stop &stop, const Step & /*step*/, const Wait &wait) {
 // Their listeners. The command that ends them is not in every version of the product.
 
 bool FindListenersCommand(std::string &path) {
-  const bool found = ProductFile(kEndListeners, path) && iwiFileExists(path);
+  const bool found = ProductFile(kEndListeners, path) && MayRunPrograms() && iwiFileExists(path);
   LogLine(found ? "Found endqvlsr" : "Not found endqvlsr");
   return found;
 }

@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "base/module_file.h"
 #include "base/path.h"
 #include "base/text.h"
 #include "build_stamp.h"
@@ -87,7 +88,7 @@ EntryPoint FindExternalAction(const std::string &folder, const char *actionName,
   }
   CaLogRunModes(Session().handle);
 
-  state->externalLibrary.Reset(LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+  state->externalLibrary = LoadModuleFile(path, LOAD_WITH_ALTERED_SEARCH_PATH);
   if (!state->externalLibrary) {
     const int error = static_cast<int>(GetLastError());
     if (error == ERROR_MOD_NOT_FOUND) {

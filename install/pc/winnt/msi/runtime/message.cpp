@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "base/module_file.h"
 #include "base/result_code.h"
 #include "base/text.h"
 #include "platform/msi.h"
@@ -80,11 +81,10 @@ bool LoadMessageLibrary(UINT id) {
   if (state->path.empty()) {
     state->path = TempName(true, "zqvl", ".dll");
   }
-  const char *path = state->path.c_str();
-  state->library.Reset(LoadLibraryExA(path, nullptr, LOAD_LIBRARY_AS_DATAFILE));
+  state->library = LoadModuleFile(state->path, LOAD_LIBRARY_AS_DATAFILE);
   if (!state->library) {
-    Log("***iwiLoadNlsString LoadLibrary(%s) failed %d (ID '%lu'). (ZQV4700)", path, static_cast<int>(GetLastError()),
-        static_cast<unsigned long>(id));
+    Log("***iwiLoadNlsString LoadLibrary(%s) failed %d (ID '%lu'). (ZQV4700)", state->path.c_str(),
+        static_cast<int>(GetLastError()), static_cast<unsigned long>(id));
     return false;
   }
   return true;
