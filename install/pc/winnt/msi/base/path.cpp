@@ -60,7 +60,7 @@ SplitPath SplitAtLastBackslash(std::string_view path) {
 
 bool IsAbsoluteFolder(std::string_view folder) {
   if (folder.starts_with("\\\\")) {
-    const std::size_t end = folder.find('\\', 2);
+    const std::size_t end = NextBackslash(folder, 2);
     return end != std::string_view::npos && end > 2 && end + 1 < folder.size() && folder[end + 1] != '\\';
   }
   const bool startsWithLetter =
