@@ -47,8 +47,10 @@ class SessionTest : public testing::Test {
   ~SessionTest() override {
     MsiCloseHandle(session);
     EXPECT_EQ(MsiCloseAllHandles(), 0u);
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(folder)) {
+      SetFileAttributesA(entry.path().string().c_str(), FILE_ATTRIBUTE_NORMAL);
+    }
+    std::filesystem::remove_all(folder);
   }
 
   void Set(const char *name, const std::string &value) { MsiSetPropertyA(session, name, value.c_str()); }
