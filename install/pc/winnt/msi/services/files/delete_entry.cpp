@@ -1,7 +1,6 @@
 #include "services/files/delete_entry.h"
 
 #include <span>
-#include <string_view>
 
 #include "base/path.h"
 #include "runtime/log.h"
@@ -26,31 +25,8 @@ enum Meaning {
   kFailed,
 };
 
-/// A line that shows a path, "%s", or a code and a path, "%d" and "%s"; any other format does not compile.
-class Line {
- public:
-  consteval Line(const char *format) : format_(format) {  // NOLINT(google-explicit-constructor)
-    const std::string_view text(format);
-    const std::size_t code = text.find('%');
-    withCode_ = text.substr(code, 2) == "%d";
-    const std::size_t path = withCode_ ? text.find('%', code + 1) : code;
-    if (text.substr(path, 2) != "%s" || text.find('%', path + 1) != std::string_view::npos) {
-      throw "a path, or a code and a path";
-    }
-  }
-
-  void Write(LONG error, const std::string &path) const {
-    if (withCode_) {
-      Log(format_, static_cast<int>(error), path.c_str());
-    } else {
-      Log(format_, path.c_str());
-    }
-  }
-
- private:
-  const char *format_;
-  bool withCode_ = false;
-};
+/// Logs an outcome's line; only that of any other code shows the code.
+using Line = void (*)(LPCSTR path, int error);
 
 constexpr LONG kAnyOther = -1;  ///< the last row of each table
 
@@ -61,43 +37,43 @@ struct Outcome {
 };
 
 constexpr Outcome kFileOutcomes[] = {
-    {ERROR_SUCCESS, kDone, "Deleted file: '%s'"},
-    {ERROR_FILE_NOT_FOUND, kQuiet, "Delete file not found: '%s'"},
-    {ERROR_PATH_NOT_FOUND, kQuiet, "Delete file not found: '%s'"},
-    {ERROR_INVALID_NAME, kQuiet, "Invalid name: '%s'"},
-    {ERROR_SHARING_VIOLATION, kDelayed, "***Delete file in use: '%s'"},
-    {ERROR_ACCESS_DENIED, kDelayed, "***Delete file access denied: '%s'"},
-    {kAnyOther, kFailed, "***Delete file error: %d '%s'"},
+    {ERROR_SUCCESS, kDone, [](LPCSTR path, int) { Log("Deleted file: '%s'", path); }},
+    {ERROR_FILE_NOT_FOUND, kQuiet, [](LPCSTR path, int) { Log("Delete file not found: '%s'", path); }},
+    {ERROR_PATH_NOT_FOUND, kQuiet, [](LPCSTR path, int) { Log("Delete file not found: '%s'", path); }},
+    {ERROR_INVALID_NAME, kQuiet, [](LPCSTR path, int) { Log("Invalid name: '%s'", path); }},
+    {ERROR_SHARING_VIOLATION, kDelayed, [](LPCSTR path, int) { Log("***Delete file in use: '%s'", path); }},
+    {ERROR_ACCESS_DENIED, kDelayed, [](LPCSTR path, int) { Log("***Delete file access denied: '%s'", path); }},
+    {kAnyOther, kFailed, [](LPCSTR path, int error) { Log("***Delete file error: %d '%s'", error, path); }},
 };
 
 constexpr Outcome kRestartOutcomes[] = {
-    {ERROR_SUCCESS, kDone, "Stacked file for deletion upon reboot: '%s'"},
-    {ERROR_FILE_NOT_FOUND, kQuiet, "MoveFileEx file not found: '%s'"},
-    {ERROR_PATH_NOT_FOUND, kQuiet, "MoveFileEx file not found: '%s'"},
-    {ERROR_INVALID_NAME, kQuiet, "MoveFileEx invalid name: '%s'"},
-    {kAnyOther, kFailed, "***MoveFileEx error: %d '%s'"},
+    {ERROR_SUCCESS, kDone, [](LPCSTR path, int) { Log("Stacked file for deletion upon reboot: '%s'", path); }},
+    {ERROR_FILE_NOT_FOUND, kQuiet, [](LPCSTR path, int) { Log("MoveFileEx file not found: '%s'", path); }},
+    {ERROR_PATH_NOT_FOUND, kQuiet, [](LPCSTR path, int) { Log("MoveFileEx file not found: '%s'", path); }},
+    {ERROR_INVALID_NAME, kQuiet, [](LPCSTR path, int) { Log("MoveFileEx invalid name: '%s'", path); }},
+    {kAnyOther, kFailed, [](LPCSTR path, int error) { Log("***MoveFileEx error: %d '%s'", error, path); }},
 };
 
 constexpr Outcome kFolderOutcomes[] = {
-    {ERROR_SUCCESS, kDone, "Deleted path: '%s'"},
-    {ERROR_FILE_NOT_FOUND, kMissing, "***Delete path not found: '%s'"},
-    {ERROR_PATH_NOT_FOUND, kMissing, "***Delete path not found: '%s'"},
-    {ERROR_DIR_NOT_EMPTY, kMissing, "***Delete path not empty: '%s'"},
-    {ERROR_INVALID_NAME, kMissing, "***Delete path not valid: '%s'"},
-    {ERROR_SHARING_VIOLATION, kFailed, "***Delete path in use: '%s'"},
-    {ERROR_ACCESS_DENIED, kFailed, "***Delete path access denied: '%s'"},
-    {kAnyOther, kFailed, "***Delete path error: %d '%s'"},
+    {ERROR_SUCCESS, kDone, [](LPCSTR path, int) { Log("Deleted path: '%s'", path); }},
+    {ERROR_FILE_NOT_FOUND, kMissing, [](LPCSTR path, int) { Log("***Delete path not found: '%s'", path); }},
+    {ERROR_PATH_NOT_FOUND, kMissing, [](LPCSTR path, int) { Log("***Delete path not found: '%s'", path); }},
+    {ERROR_DIR_NOT_EMPTY, kMissing, [](LPCSTR path, int) { Log("***Delete path not empty: '%s'", path); }},
+    {ERROR_INVALID_NAME, kMissing, [](LPCSTR path, int) { Log("***Delete path not valid: '%s'", path); }},
+    {ERROR_SHARING_VIOLATION, kFailed, [](LPCSTR path, int) { Log("***Delete path in use: '%s'", path); }},
+    {ERROR_ACCESS_DENIED, kFailed, [](LPCSTR path, int) { Log("***Delete path access denied: '%s'", path); }},
+    {kAnyOther, kFailed, [](LPCSTR path, int error) { Log("***Delete path error: %d '%s'", error, path); }},
 };
 
 constexpr Outcome kFolderNowOutcomes[] = {
-    {ERROR_SUCCESS, kDone, "Deleted path: '%s'"},
-    {ERROR_FILE_NOT_FOUND, kDone, "Delete path not found: '%s'"},
-    {ERROR_PATH_NOT_FOUND, kDone, "Delete path not found: '%s'"},
-    {ERROR_DIR_NOT_EMPTY, kDone, "Delete path not empty: '%s'"},
-    {ERROR_INVALID_NAME, kFailed, "***Delete path not valid: '%s'"},
-    {ERROR_SHARING_VIOLATION, kFailed, "***Delete path in use: '%s'"},
-    {ERROR_ACCESS_DENIED, kFailed, "***Delete path access denied: '%s'"},
-    {kAnyOther, kFailed, "***Delete path error: %d '%s'"},
+    {ERROR_SUCCESS, kDone, [](LPCSTR path, int) { Log("Deleted path: '%s'", path); }},
+    {ERROR_FILE_NOT_FOUND, kDone, [](LPCSTR path, int) { Log("Delete path not found: '%s'", path); }},
+    {ERROR_PATH_NOT_FOUND, kDone, [](LPCSTR path, int) { Log("Delete path not found: '%s'", path); }},
+    {ERROR_DIR_NOT_EMPTY, kDone, [](LPCSTR path, int) { Log("Delete path not empty: '%s'", path); }},
+    {ERROR_INVALID_NAME, kFailed, [](LPCSTR path, int) { Log("***Delete path not valid: '%s'", path); }},
+    {ERROR_SHARING_VIOLATION, kFailed, [](LPCSTR path, int) { Log("***Delete path in use: '%s'", path); }},
+    {ERROR_ACCESS_DENIED, kFailed, [](LPCSTR path, int) { Log("***Delete path access denied: '%s'", path); }},
+    {kAnyOther, kFailed, [](LPCSTR path, int error) { Log("***Delete path error: %d '%s'", error, path); }},
 };
 
 const Outcome &Find(std::span<const Outcome> table, LONG error) {
@@ -112,7 +88,7 @@ const Outcome &Find(std::span<const Outcome> table, LONG error) {
 bool Settle(const Outcome &outcome, LONG error, const std::string &path, bool report) {
   const bool missing = outcome.meaning == kQuiet || outcome.meaning == kMissing;
   if (!missing || report) {
-    outcome.line.Write(error, path);
+    outcome.line(path.c_str(), static_cast<int>(error));
   }
   return outcome.meaning != kFailed && !(outcome.meaning == kMissing && report);
 }
