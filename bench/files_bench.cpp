@@ -98,7 +98,11 @@ void BenchFiles(int files) {
   const InstallerSession session;
   MakeTree(source, files);
   const auto libraryDeletes = [](const std::string &folder) {
-    return iwiDeletePattern(false, true, nullptr, folder + "\\*", true, true, true, "", 0);
+    return iwiDeletePattern({.execute = true,
+                             .path = folder + "\\*",
+                             .deleteFiles = true,
+                             .removeFolders = true,
+                             .recurse = true});
   };
   // Each copies the tree and deletes the copy, so that the next one finds what the first one found.
   Times libraryCopying, libraryDeleting, bareCopying, bareDeleting, askingCopying, askingDeleting;

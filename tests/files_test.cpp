@@ -16,7 +16,13 @@ class FilesTest : public LibraryTest {
   }
 
   static bool DeleteTree(const char *path, bool files = true, bool removeFolders = true, int *count = nullptr) {
-    return iwiDeletePattern(count != nullptr, true, count, path, files, removeFolders, true, "", 0);
+    return iwiDeletePattern({.countOnly = count != nullptr,
+                             .execute = true,
+                             .ticks = count,
+                             .path = path,
+                             .deleteFiles = files,
+                             .removeFolders = removeFolders,
+                             .recurse = true});
   }
 };
 

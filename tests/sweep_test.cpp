@@ -78,10 +78,13 @@ const Scenario kScenarios[] = {
        iwiFindRelatedProduct("{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}", product);
        return kIgnored(iwiGetProductData(2, "6.0"));
      }>},
-    {"deletion",
-     InFrame<[] { return kIgnored(iwiDeletePattern(false, true, nullptr, "C:\\tree\\*", true, true, true, "", 0)); }>},
+    {"deletion", InFrame<[] {
+       return kIgnored(iwiDeletePattern(
+           {.execute = true, .path = "C:\\tree\\*", .deleteFiles = true, .removeFolders = true, .recurse = true}));
+     }>},
     {"deletion_stacked", InFrame<[] {
-       return kIgnored(iwiDeletePattern(false, false, nullptr, "C:\\tree\\*", true, false, true, "Base", 1));
+       return kIgnored(iwiDeletePattern(
+           {.path = "C:\\tree\\*", .component = "Base", .installMode = 1, .deleteFiles = true, .recurse = true}));
      }>},
     {"copy", InFrame<[] { return iwiCopyPattern("C:\\tree", "C:\\copy\\of", "*", true); }>},
     {"existence", InFrame<[] {

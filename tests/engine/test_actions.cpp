@@ -27,8 +27,12 @@ UINT Stack() {
 
 UINT Delete() {
   std::string folder;
-  return ResultOf(GetTrimmedProperty("ZQVTEMP", folder) &&
-                  iwiDeletePattern(false, true, nullptr, folder + "\\tree\\*", true, true, true, "", 0));
+  if (!GetTrimmedProperty("ZQVTEMP", folder)) {
+    return ERROR_INSTALL_FAILURE;
+  }
+  const DeletionRequest tree{
+      .execute = true, .path = folder + "\\tree\\*", .deleteFiles = true, .removeFolders = true, .recurse = true};
+  return ResultOf(iwiDeletePattern(tree));
 }
 
 }  // namespace

@@ -11,16 +11,9 @@ namespace zqv {
 
 namespace {
 
-/// What a walk does in each folder.
-struct Walk {
-  DeletionRequest request;  ///< of each file and folder; its path is filled in
-  bool deleteFiles;
-  bool removeFolders;
-  bool recurse;
-};
-
-DeletionRequest RequestFor(const Walk &walk, const std::string &path) {
-  DeletionRequest request = walk.request;
+/// The same request for another path.
+DeletionRequest RequestFor(const DeletionRequest &walk, const std::string &path) {
+  DeletionRequest request = walk;
   request.path = path;
   return request;
 }
@@ -44,7 +37,7 @@ bool PutInFront(iwiPAIRLIST &list, const std::string &folder, const char *name, 
 }
 
 /// Deletes the files of a folder that the path matches. `denied` becomes true when the folder cannot be searched.
-bool DeleteFiles(const Walk &walk, const std::string &path, const std::string &folder, bool &denied) {
+bool DeleteFiles(const DeletionRequest &walk, const std::string &path, const std::string &folder, bool &denied) {
   bool result = true;
   iwiPAIRLIST files;
   {
@@ -78,7 +71,8 @@ bool ListSubfolders(const std::string &folder, const std::string &tail, iwiPAIRL
 
 /// The system's limit on the length of a path bounds the depth of this recursion. `named` says that the caller of the
 /// library's operation has named this folder, and no search has found it.
-bool DeleteTree(const Walk &walk, std::string path, bool named) {
+bool DeleteTree(const DeletionRequest &walk, bool named) {
+  std::string path = walk.path;
   iwiTidyPath(kWithoutBackslash, path);
   const SplitPath split = SplitAtLastBackslash(path);
   const bool cut = walk.deleteFiles && split.hasBackslash;
@@ -99,7 +93,7 @@ bool DeleteTree(const Walk &walk, std::string path, bool named) {
       iwiPAIRLIST subfolders;
       result = ListSubfolders(folder, walk.deleteFiles ? "\\" + pattern : "", subfolders) && result;
       for (const iwiPAIR &subfolder : subfolders) {
-        result = DeleteTree(walk, subfolder.first, false) && result;
+        result = DeleteTree(RequestFor(walk, subfolder.first), false) && result;
       }
     }
   }
@@ -115,21 +109,18 @@ bool iwiDeleteFile(const DeletionRequest &request) {
   if (SplitAtLastBackslash(request.path).name.find('*') == std::string_view::npos) {
     return DeleteOneFile(request);
   }
-  return iwiDeletePattern(request.countOnly, request.execute, request.ticks, request.path, true, false, false,
-                          request.component, request.installMode);
+  DeletionRequest files = request;
+  files.deleteFiles = true;
+  files.removeFolders = false;
+  files.recurse = false;
+  return iwiDeletePattern(files);
 }
 
-bool iwiDeletePattern(bool countOnly, bool execute, int *ticks, const std::string &path, bool deleteFiles,
-                      bool removeFolders, bool recurse, const std::string &component, int installMode) {
-  const Walk walk{.request = {.countOnly = countOnly,
-                              .execute = execute,
-                              .ticks = ticks,
-                              .component = component,
-                              .installMode = installMode},
-                  .deleteFiles = deleteFiles,
-                  .removeFolders = removeFolders,
-                  .recurse = recurse};
-  return DeleteTree(walk, path, true);
+bool iwiDeletePattern(const DeletionRequest &request) {
+  DeletionRequest walk = request;
+  walk.report = false;
+  walk.error = nullptr;
+  return DeleteTree(walk, true);
 }
 
 }  // namespace zqv

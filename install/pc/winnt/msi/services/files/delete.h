@@ -12,13 +12,12 @@ namespace zqv {
 /// files that it matches. False for a failure.
 [[nodiscard]] bool iwiDeleteFile(const DeletionRequest &request);
 
-/// Deletes by pattern, by tree, or both. `countOnly`, `execute`, `ticks`, `component` and `installMode` are those of a
-/// DeletionRequest. With `deleteFiles` the last element of `path` is the pattern of the files to delete, and what is
-/// before it the folder; without, all of `path` is the folder. `recurse` does the same to the folders below, and
-/// `removeFolders` deletes each folder after what is in it, if it is empty then. A folder that is a link is not
-/// entered, and `removeFolders` deletes the link; only where folders stay may `path` itself name the files of a link.
-/// An empty folder text, which would mean the root, is refused. True when every part succeeded; every part is tried.
-[[nodiscard]] bool iwiDeletePattern(bool countOnly, bool execute, int *ticks, const std::string &path, bool deleteFiles,
-                                    bool removeFolders, bool recurse, const std::string &component, int installMode);
+/// Deletes by pattern, by tree, or both. With `deleteFiles` the last element of the request's path is the pattern of
+/// the files to delete, and what is before it the folder; without, all of the path is the folder. `recurse` does the
+/// same to the folders below, and `removeFolders` deletes each folder after what is in it, if it is empty then. A
+/// folder that is a link is not entered, and `removeFolders` deletes the link; only where folders stay may the path
+/// itself name the files of a link. An empty folder text, which would mean the root, is refused. The request's `report`
+/// and `error` do not count. True when every part succeeded; every part is tried.
+[[nodiscard]] bool iwiDeletePattern(const DeletionRequest &request);
 
 }  // namespace zqv

@@ -19,6 +19,12 @@ struct DeletionRequest {
   int *error = nullptr;   ///< gets the system's code of an executed deletion, 0 for success. May be null
   std::string component;  ///< the row's component
   int installMode = 0;    ///< the row's install mode: 1 when the component is installed, 2 when it is removed, 3 both
+
+  // Of iwiDeletePattern only; without any of the three it does nothing.
+
+  bool deleteFiles = false;    ///< the files that the path's last element matches
+  bool removeFolders = false;  ///< the folder, if it is empty
+  bool recurse = false;        ///< the same in all folders below it
 };
 
 /// Deletes the file of exactly this path. One that is in use or protected is left to the next restart, which is a
