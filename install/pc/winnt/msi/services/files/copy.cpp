@@ -22,7 +22,7 @@ void Accumulate(ResultCode &result, ResultCode code) {
 
 /// An entry that its name does not lead to is a failure, as the system itself would have it, and not tried.
 ResultCode RefuseName(const char *name) {
-  Log("***Error %d copying '%s'", static_cast<int>(ERROR_INVALID_NAME), name);
+  Log("***Error %s copying '%s'", ErrorText(ERROR_INVALID_NAME).c_str(), name);
   return ERROR_INSTALL_FAILURE;
 }
 
