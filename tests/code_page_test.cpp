@@ -47,7 +47,7 @@ TEST_F(CodePageTest, TheSecondHalfOfACharacterIsNoBackslash) {
     EXPECT_EQ(world.ReadFile(copy + "\\" + name), name);
     EXPECT_EQ(iwiFileExists(file), 1);
     Fail("FindFirstFileA", 5);
-    EXPECT_EQ(iwiFileExists(name) + iwiDeletePattern(false, true, nullptr, name, true, false, false, "", 0), 0);
+    EXPECT_FALSE(iwiFileExists(name) || iwiDeletePattern({.execute = true, .path = name, .deleteFiles = true}));
     Fail("", 0);
 
     std::vector<Row> &rows = world.tables["RemoveFile"].rows;
@@ -76,7 +76,8 @@ TEST_F(CodePageTest, TheSecondHalfOfACharacterIsNoBackslash) {
     }
     EXPECT_EQ(folders, folder + "||");
 
-    EXPECT_EQ(iwiDeletePattern(false, true, nullptr, in + "*", true, true, true, "", 0), 1);
+    EXPECT_TRUE(iwiDeletePattern(
+        {.execute = true, .path = in + "*", .deleteFiles = true, .removeFolders = true, .recurse = true}));
     EXPECT_FALSE(world.Exists(folder));
 
     world.tables["File"].rows = {{"f", "\x83\x7C~1|\x83\x7Cx"}};
