@@ -109,7 +109,7 @@ TEST_F(LogTest, StartLogsFollowsItsSwitch) {
   Reload();
   world.properties["INSTALLTRACE"] = "C:\\temp\\*";  // no pattern
   EXPECT_EQ(iwiStartLogs(kSession), 0u);
-  EXPECT_TRUE(world.Exists("C:\\temp\\user.log"));
+  EXPECT_TRUE(world.Exists("C:\\temp\\zqvt0001.log"));
   Reload();
   const std::string tooLong = world.properties["INSTALLTRACE"] = std::string(260, 'x');
   EXPECT_EQ(iwiStartLogs(kSession), 1603u);
