@@ -4,7 +4,6 @@
 #include <string>
 
 #include "base/result_code.h"
-#include "init/primary/registry_service_level.h"
 #include "platform/win32.h"
 
 namespace zqv {
@@ -16,15 +15,14 @@ struct Facts {
   bool administrative = false;  ///< the installation only lays out an image of the package
   bool testRun = false;         ///< the package is the test package
 
-  char systemLetter = 'a';        ///< the letter of the system's language
-  char letter = 'a';              ///< the letter of the installation's language
-  const char *language = "";      ///< its English name
-  bool transformFound = false;    ///< a language transform has named it
-  std::string licenceType;        ///< "production", "trial" or "beta"
-  std::string version;            ///< of the package, as "6"
-  std::string release;            ///< of the package, as "0"
-  std::string highContrast;       ///< HIGHCONTRAST: what the user has asked for
-  ServiceLevel installedService;  ///< of the product that is installed already
+  char systemLetter = 'a';      ///< the letter of the system's language
+  char letter = 'a';            ///< the letter of the installation's language
+  const char *language = "";    ///< its English name
+  bool transformFound = false;  ///< a language transform has named it
+  std::string licenceType;      ///< "production", "trial" or "beta"
+  std::string version;          ///< of the package, as "6"
+  std::string release;          ///< of the package, as "0"
+  std::string highContrast;     ///< HIGHCONTRAST: what the user has asked for
 
   std::optional<bool> clientOnly;  ///< use AskClientOnly
 };

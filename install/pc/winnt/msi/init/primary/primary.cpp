@@ -43,7 +43,7 @@ constexpr Section kSections[] = {
     UnpackCatalogue,
     PublishServiceStart,
     PublishTaskbarStart,
-    ReadInstalledServiceLevel,
+    LogInstalledServiceLevel,
     PublishServiceLevel,
     PublishServiceLevelMessage,
     PublishLicenceFolder,

@@ -106,8 +106,8 @@ bool CheckFeatureLists(Facts &facts);
 
 // service_level.cpp
 
-/// Reads the service level of the product that is installed already.
-bool ReadInstalledServiceLevel(Facts &facts);
+/// Logs the service level of the product that is installed already.
+bool LogInstalledServiceLevel(Facts &facts);
 /// Checks the package's service level and publishes it: ZQVSERVICESHIPLEVEL, ZQVVRMF.
 bool PublishServiceLevel(Facts &facts);
 /// Publishes the message for an older package: ZQVSERVICELEVELMESSAGE.

@@ -4,6 +4,7 @@
 
 #include "base/text.h"
 #include "base/vrmf.h"
+#include "init/primary/registry_service_level.h"
 #include "init/primary/sections.h"
 #include "runtime/log.h"
 #include "runtime/message.h"
@@ -27,9 +28,10 @@ std::string Normalised(std::string_view part) {
 
 }  // namespace
 
-bool ReadInstalledServiceLevel(Facts &facts) {
-  // A failure is logged there; without the level the installation can go on.
-  static_cast<void>(ReadRegistryServiceLevel(kProductKey, facts.installedService));
+bool LogInstalledServiceLevel(Facts & /*facts*/) {
+  // The reading leaves the lines, one of a failure too; the installation can go on without it.
+  ServiceLevel level;
+  static_cast<void>(ReadRegistryServiceLevel(kProductKey, level));
   return true;
 }
 
