@@ -131,8 +131,6 @@ bool PublishBuildStamp(Facts & /*facts*/) {
   return packageCode.type != kTextType || SetProperty("ZQVPACKAGECODE", packageCode.text.data());
 }
 
-bool RestartTempNumbers(Facts & /*facts*/) { return SetProperty("ZQVTEMPFILENUM", ""); }
-
 bool UnpackMessageLibrary(Facts &facts) {
   const std::string path = TempName(true, "zqvl", ".dll");
   if (path.empty()) {

@@ -7,18 +7,29 @@ namespace zqv {
 /// The sections of primary initialisation, by theme; init/primary/primary.cpp has their order. A section that cannot
 /// read or set a property ends the action.
 
-// machine.cpp
+// operating_system.cpp
 
 /// Logs the version of the operating system.
 bool LogOperatingSystem(Facts &facts);
+
+// temp_folder.cpp
+
 /// Settles the temporary folder: ZQVTEMP, TempFolder by default.
 bool SettleTempFolder(Facts &facts);
+/// Restarts the numbers of temporary files.
+bool RestartTempNumbers(Facts &facts);
 /// Removes what cancelled the copying of an earlier installation.
 bool DeleteCancelMarker(Facts &facts);
+
+// support_pacs.cpp
+
 /// Looks for the SupportPacs that the package cannot be installed beside: ZQVCHECKMSCS, ZQVCHECKPUBSUB.
 bool CheckSupportPacs(Facts &facts);
-/// Publishes whether an earlier version is there to migrate: ZQVMIGRATE.
-bool PublishMigration(Facts &facts);
+
+// installation_kind.cpp
+
+/// Settles whether the installation is administrative, and installs for all users.
+bool SettleInstallationKind(Facts &facts);
 
 // high_contrast.cpp
 
@@ -31,8 +42,6 @@ bool PublishHighContrastChoice(Facts &facts);
 
 /// Publishes when and from what the package was built: ZQVBUILDDATE, ZQVBUILDTIME, ZQVPACKAGECODE.
 bool PublishBuildStamp(Facts &facts);
-/// Restarts the numbers of temporary files.
-bool RestartTempNumbers(Facts &facts);
 /// Places the message library of the installation's language in the temporary folder. A failure does not end the
 /// action, but decides its result.
 bool UnpackMessageLibrary(Facts &facts);
@@ -74,22 +83,34 @@ bool CheckLicenceAcceptance(Facts &facts);
 /// Publishes the folder of the licence texts: ZQVLICENSEPATH.
 bool PublishLicenceFolder(Facts &facts);
 
-// options.cpp
+// data_retention.cpp
+
+/// Publishes whether an earlier version is there to migrate: ZQVMIGRATE.
+bool PublishMigration(Facts &facts);
+/// Publishes what is to become of the user's data: ZQVLEAVEQMDATAINSTALL, ZQVLEAVEQMDATAREMOVE, ZQVLEAVEWEBDATAINSTALL.
+bool PublishDataRetention(Facts &facts);
+
+// save_file.cpp
+
+/// Gives SAVEINI, the response file to write, a default.
+bool DefaultSaveFile(Facts &facts);
+/// Makes the file that SAVEINI names, to see early that it can be made.
+bool MakeSaveFile(Facts &facts);
+
+// parameter_file.cpp
+
+/// Ends the action, with a message, when the file that WIZPARMFILE names is not there.
+bool CheckParameterFile(Facts &facts);
+
+// dialogs.cpp
 
 /// Publishes USERCHOICE as ZQVUSERCHOICE.
 bool PublishUserChoice(Facts &facts);
-/// Gives SAVEINI, the response file to write, a default.
-bool DefaultSaveFile(Facts &facts);
-/// Settles whether the installation is administrative, and installs for all users.
-bool SettleInstallationKind(Facts &facts);
-/// Publishes what is to become of the user's data: ZQVLEAVEQMDATAINSTALL, ZQVLEAVEQMDATAREMOVE, ZQVLEAVEWEBDATAINSTALL.
-bool PublishDataRetention(Facts &facts);
 /// Clears what the dialogs find out later.
 bool ResetDialogFlags(Facts &facts);
-/// Makes the file that SAVEINI names, to see early that it can be made.
-bool MakeSaveFile(Facts &facts);
-/// Ends the action, with a message, when the file that WIZPARMFILE names is not there.
-bool CheckParameterFile(Facts &facts);
+
+// start_at_end.cpp
+
 /// Publishes whether the service and the taskbar program are to be started at the end: ZQVSTARTSERVICE,
 /// ZQVSTARTTASKBAR.
 bool PublishServiceStart(Facts &facts);
