@@ -4,7 +4,7 @@
 
 namespace zqv {
 
-/// The formats of documentation that an earlier version has brought, looked for once a load, on first use.
+/// The formats of documentation that an earlier version has brought, looked for once per load, on first use.
 
 extern LoadStateEntry &documentationScanState;
 

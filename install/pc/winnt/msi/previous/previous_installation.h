@@ -6,12 +6,12 @@
 
 namespace zqv {
 
-/// What the registry tells of a product that is installed already, asked for once a load, on first use.
+/// What the registry tells of a product that is installed already, asked once per load, on first use.
 
 extern LoadStateEntry &previousInstallationState;
 
 struct PreviousInstallation {
-  bool exists = false;  ///< the product's key holds a VRMF; without one, all folders may be known all the same
+  bool exists = false;  ///< the product's key holds a VRMF; without one, the folders may still be known
 
   // As the registry has them; empty where it has none.
 

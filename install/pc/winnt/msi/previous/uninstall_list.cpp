@@ -61,7 +61,7 @@ bool IsPath(std::string_view entry) {
          SplitAtLastBackslash(entry).folder.find_first_of("*?") == std::string_view::npos;
 }
 
-/// True for ".." and for what the system may take for it: it drops the blanks and dots at an element's end.
+/// True for ".." and for what the system takes for it once it has dropped the blanks and dots at an element's end.
 bool IsParent(std::string_view element) {
   return element.starts_with("..") && element.find_first_not_of(". ") == std::string_view::npos;
 }

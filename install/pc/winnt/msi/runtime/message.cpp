@@ -73,7 +73,7 @@ WORD ButtonLanguageOf(const std::string &code) {
   return kDefaultButtonLanguage;
 }
 
-/// False when the library cannot be loaded, which `id` is named for.
+/// False, after a line that names the wanted text by `id`, when the library cannot be loaded.
 bool LoadMessageLibrary(UINT id) {
   if (!GetKeptProperty(Kept::tempFolder)) {
     return false;

@@ -20,7 +20,7 @@ struct FieldValue {
 /// Sets the fields from 1 on; a failing call is logged and does not stop it.
 void SetFields(MSIHANDLE record, std::initializer_list<FieldValue> fields);
 
-/// Makes a record of these fields. Without one to be had, which is logged, no handle.
+/// Makes a record of these fields. No handle, after a line in the log, when that fails.
 OwnedInstallerHandle MakeRecord(std::initializer_list<FieldValue> fields);
 
 /// Closes a record, if there is one; a failure is logged.

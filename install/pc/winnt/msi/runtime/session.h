@@ -24,7 +24,7 @@ SessionState &Session();
 /// The running action's name: the nested one if there is one, else the top-level one; empty when there is none.
 const std::string &RunningAction();
 
-/// True when the session reports the run mode. Each mode is asked for once an action at the most, since its answer
+/// True when the session reports the run mode. Each mode is asked for at most once per action, since its answer
 /// cannot change within an action and each question is a call into another process.
 bool InRunMode(MSIRUNMODE mode);
 

@@ -54,7 +54,7 @@ std::string TempName(bool persistNumber, const char *prefix, const char *extensi
     std::string created = iwiCreateNewFile(Compose(prefix, number, extension));
     if (!created.empty()) {
       if (persistNumber) {
-        // Without the number, which is logged, there is the file all the same.
+        // A failure is logged; this file serves all the same.
         static_cast<void>(SetProperty(kNumberProperty, number));
       }
       return created;

@@ -11,7 +11,7 @@ namespace zqv {
 
 namespace {
 
-/// Taken for a file whose size cannot be had.
+/// Assumed for a file whose size is not known.
 constexpr LONG kDefaultSize = 512000;
 
 }  // namespace

@@ -14,7 +14,6 @@
 #include "runtime/frame.h"
 
 // The signature is asserted because a linker exports a wrong calling convention without a word.
-// The signature is asserted because a linker exports a wrong calling convention without a word.
 extern "C" {
 using namespace zqv;
 #define ACTION_AS(entry, name, initialResult, guard, body)                       \

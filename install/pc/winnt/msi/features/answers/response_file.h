@@ -15,11 +15,11 @@ namespace zqv {
 ///
 /// A keyword ends at the first "="; its value is stripped of blanks and of enclosing double quotes, and %NAME% in it is
 /// expanded from the environment. A switch such as /q or -q gives the keyword "-q" and the rest of the line as its
-/// value. A line has 515 characters at the most; a longer one counts as several.
+/// value. A line has at most 515 characters; a longer one counts as several.
 
 extern LoadStateEntry &responseFileState;
 
-/// Loads a response file, once a load: when stanzas are loaded already nothing is done, and the answer is true. True
+/// Loads a response file, once per load: when stanzas are loaded already nothing is done, and the answer is true. True
 /// when every line was good. Otherwise false: each bad line is logged and dropped, and the good ones are loaded; a file
 /// that cannot be opened is logged and leaves nothing loaded.
 [[nodiscard]] bool iwiReadResponseFile(const std::string &path);

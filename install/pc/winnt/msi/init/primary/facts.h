@@ -8,7 +8,7 @@
 
 namespace zqv {
 
-/// What the sections of primary initialisation learn for those behind them.
+/// What the sections of primary initialisation learn for those after them.
 struct Facts {
   /// Of the action, unless a section ends it; a failed section that does not is kept here.
   ResultCode result = ERROR_SUCCESS;

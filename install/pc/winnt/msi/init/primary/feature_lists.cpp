@@ -64,7 +64,7 @@ std::vector<std::string_view> NamesIn(std::string_view list) {
   return names;
 }
 
-/// The names behind one another, with commas; those that would make more than `room` characters give way to dots.
+/// The names joined with commas; a text of more than `room` characters is cut, and ends in dots.
 std::string JoinWithin(std::size_t room, const std::vector<std::string_view> &names) {
   std::string text;
   for (const std::string_view name : names) {
@@ -81,7 +81,7 @@ std::string JoinWithin(std::size_t room, const std::vector<std::string_view> &na
 void ShowUnknown(const std::vector<std::string_view> &names, const std::string &property, bool fromResponse) {
   const std::string format = fromResponse ? kInResponseFile : kOnCommandLine;
   const std::string path = fromResponse ? ResponseFilePath() : "";
-  // The path has 259 characters at the most, so there is always room for some names.
+  // The path has at most 259 characters, so there is always room for some names.
   const std::size_t room = kLongLength - 1 - format.size() - property.size() - path.size();
   std::string text;
   FormatInserts(text, format, JoinWithin(room, names).c_str(), property.c_str(), path.c_str());

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kNewestWithoutAmus = 400;  // VersionNT of Windows NT 4
 
-/// REMOVE, read once a load.
+/// REMOVE, read once per load.
 constinit LoadState<std::string> removal;
 
 }  // namespace

@@ -29,8 +29,8 @@ constexpr char kDateProperty[] = "ZQVBUILDDATE";
 
 constexpr const char *kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
-/// The revision of the library's source: what follows the third-last blank of its identification, up to the next one.
-/// Empty when that has fewer blanks.
+/// The revision of the library's source: the third-last word of its identification. Empty when that has fewer than
+/// three blanks.
 std::string SourceRevision() {
   std::string_view rest = kIdentification;
   std::string_view cut;

@@ -17,7 +17,7 @@ constexpr ResultCode kLaunchTimedOut = 1604;
 /// The exit code where none is known.
 constexpr DWORD kNoExitCode = 0xFFFFFFFF;
 
-/// Launches a program and waits for its end, `timeout` milliseconds at the most. The command processor, "cmd" under
+/// Launches a program and waits for its end, at most `timeout` milliseconds. The command processor, "cmd" under
 /// whatever path, is launched by its bare name. `exitCode`, if not null, gets the program's exit code or kNoExitCode;
 /// what it means is for the caller to say. Returns ERROR_SUCCESS, also when the wait itself fails;
 /// ERROR_INSTALL_FAILURE when the program could not be launched; kLaunchTimedOut with the program still running.

@@ -13,9 +13,9 @@ namespace zqv {
 /// one is given, gets ERROR_INSTALL_FAILURE on a failure and is left alone otherwise; a missing key or value is no
 /// failure.
 
-/// Reads a value of any type. `data`, if not null, gets its bytes; a text that lacks its terminator gets one behind
-/// them. `size`, if not null, gets the size in bytes that the registry gives. True when the value was read, else
-/// false, with `data` empty and `size` 0.
+/// Reads a value of any type. `data`, if not null, gets its bytes; a text that lacks its terminator gets one after
+/// them. `size`, if not null, gets the size in bytes that the registry gives. True when the value was read, else false,
+/// with `data` empty and `size` 0.
 [[nodiscard]] bool iwiRegReadValue(HKEY root, const std::string &key, const std::string &name, std::vector<BYTE> *data,
                                    DWORD *size, ResultCode *result);
 

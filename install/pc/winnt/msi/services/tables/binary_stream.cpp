@@ -23,7 +23,7 @@ bool IsMeant(const std::string &name, const std::string &prefix, const std::stri
   return StartsWithName(name, prefix) && (name.size() == prefix.size() || name[prefix.size()] == '.');
 }
 
-/// Logs and hands out what a row's name has behind `known` characters.
+/// Logs, and stores if asked for, what follows a dot after the first `known` characters of a row's name.
 void TakeComponentSuffix(const std::string &name, std::size_t known, std::string *componentSuffix) {
   const bool has = name.size() > known && name[known] == '.';
   const std::string found = has ? name.substr(known + 1) : "";

@@ -25,7 +25,7 @@ ResultCode SetText(MSIHANDLE record, UINT index, const char *value, ResultCode &
   return iwiCheckMsiResult("MsiRecordSetString", text.c_str(), answer, result);
 }
 
-/// Fills and inserts a record. False when there was none to be had.
+/// Fills and inserts a record. False when none could be made.
 bool InsertRow(const TableRow &row, MSIHANDLE view, ResultCode &result) {
   const UINT fields = static_cast<UINT>(row.values.size());
   OwnedInstallerHandle record(MsiCreateRecord(fields));
