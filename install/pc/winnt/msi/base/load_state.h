@@ -24,7 +24,7 @@ class LoadStateEntry {
 
  protected:
   using Step = void (*)(LoadStateEntry &entry);
-  constexpr LoadStateEntry(Step begin, Step end, Step abandon) : begin_(begin), end_(end), abandon_(abandon) {}
+  constexpr LoadStateEntry(Step begin, Step end, Step abandon) noexcept : begin_(begin), end_(end), abandon_(abandon) {}
 
  private:
   Step begin_;
@@ -36,7 +36,7 @@ class LoadStateEntry {
 template <typename State>
 class LoadState : public LoadStateEntry {
  public:
-  constexpr LoadState()
+  constexpr LoadState() noexcept
       : LoadStateEntry([](LoadStateEntry &entry) { new (static_cast<LoadState &>(entry).storage_) State(); },
                        [](LoadStateEntry &entry) { std::destroy_at(static_cast<LoadState &>(entry).Get()); },
                        [](LoadStateEntry &entry) {
