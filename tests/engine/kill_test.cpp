@@ -10,6 +10,8 @@
 /// A process that logs busily is killed within a random line. What it had finished by then is in all three logs.
 namespace {
 
+using namespace zqv;
+
 constexpr int kKills = 100;
 constexpr unsigned kMostLines = 50;  // before a kill asked for
 constexpr unsigned kMostCalls = 40;  // of the killer, which last some two lines

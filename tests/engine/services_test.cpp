@@ -175,7 +175,8 @@ TEST_F(CodePageTest, Japanese) {
     EXPECT_EQ(iwiFileExists(file) + iwiFolderExists(top + "\\"), 2);
     EXPECT_EQ(iwiCopyPattern(top, copy, "*", true), 0u);
     EXPECT_EQ(ReadFile(copy + file.substr(top.size())), name + "\\" + name + "\\" + name);
-    EXPECT_EQ(iwiDeletePattern(false, true, nullptr, top + "\\*", true, true, true, "", 0), 1);
+    EXPECT_TRUE(iwiDeletePattern(
+        {.execute = true, .path = top + "\\*", .deleteFiles = true, .removeFolders = true, .recurse = true}));
     EXPECT_FALSE(Exists(top));
   }
   EXPECT_TRUE(EqualName("\x82\x81\xB1", "\x82\x60\xB1"));  // a wide "a", and a letter of one byte
@@ -210,7 +211,8 @@ TEST_F(CodePageTest, German) {
   EXPECT_EQ(iwiCopyPattern(folder + "\\s", folder + "\\t", "*", true), 1603u);
   EXPECT_TRUE(Logged("***Error 123 copying '?.txt'"));
   EXPECT_EQ(ReadFile(folder + "\\t\\\xE9.txt"), "s\\\xE9.txt");
-  EXPECT_EQ(iwiDeletePattern(false, true, nullptr, folder + "\\s\\*", true, true, true, "", 0), 1);
+  EXPECT_TRUE(iwiDeletePattern(
+      {.execute = true, .path = folder + "\\s\\*", .deleteFiles = true, .removeFolders = true, .recurse = true}));
   EXPECT_FALSE(Exists(file));
   EXPECT_TRUE(Exists(folder + "\\s"));
 }
