@@ -21,7 +21,10 @@ LAYERS = [  # the lowest first
     "features/answers",
     "running",
     "previous",
+    "init",
     "init/primary",
+    "init/folders",
+    "init/secondary",
     "runtime/actions",
     "zqviwicn",
 ]

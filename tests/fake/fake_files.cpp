@@ -295,4 +295,10 @@ BOOL SetFileAttributesA(LPCSTR path, DWORD attributes) {
   });
 }
 
+BOOL GetVolumeInformationA(LPCSTR root, LPSTR label, DWORD capacity, DWORD *, DWORD *, DWORD *, LPSTR, DWORD) {
+  return Call("GetVolumeInformationA", FALSE, [&](World &world) {
+    Fill(label, capacity, Known(world.volumeLabels, OrEmpty(root), ERROR_PATH_NOT_FOUND));
+  });
+}
+
 }  // extern "C"

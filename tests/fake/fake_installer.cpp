@@ -132,6 +132,14 @@ UINT MsiGetSourcePathA(MSIHANDLE session, LPCSTR folder, LPSTR buffer, DWORD *le
   });
 }
 
+UINT MsiSetTargetPathA(MSIHANDLE session, LPCSTR folder, LPCSTR path) {
+  return CodedCall("MsiSetTargetPathA", [&](World &world) {
+    RequireImmediate(world, session);
+    Known(world.targetPaths, OrEmpty(folder), ERROR_DIRECTORY) = path;
+    world.properties[folder] = path;
+  });
+}
+
 MSIHANDLE MsiCreateRecord(UINT fields) {
   return Call("MsiCreateRecord", MSIHANDLE{0},
               [&](World &world) { return world.Open({.kind = "record", .fields = Row(fields + 1)}); });

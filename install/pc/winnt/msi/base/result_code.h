@@ -1,6 +1,5 @@
 #pragma once
 
-#include "base/result_code.h"
 #include "platform/win32.h"
 
 namespace zqv {

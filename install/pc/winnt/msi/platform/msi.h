@@ -67,6 +67,7 @@ UINT MsiSetInstallLevel(MSIHANDLE session, int level);
 UINT MsiGetFeatureStateA(MSIHANDLE session, LPCSTR feature, INSTALLSTATE *installed, INSTALLSTATE *action);
 UINT MsiGetComponentStateA(MSIHANDLE session, LPCSTR component, INSTALLSTATE *installed, INSTALLSTATE *action);
 UINT MsiGetSourcePathA(MSIHANDLE session, LPCSTR folder, LPSTR buffer, DWORD *length);
+UINT MsiSetTargetPathA(MSIHANDLE session, LPCSTR folder, LPCSTR path);
 
 // Records.
 

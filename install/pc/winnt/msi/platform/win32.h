@@ -176,6 +176,8 @@ BOOL FindNextFileA(HANDLE search, WIN32_FIND_DATAA *found);
 BOOL FindClose(HANDLE search);
 DWORD GetFileAttributesA(LPCSTR path);
 BOOL SetFileAttributesA(LPCSTR path, DWORD attributes);
+BOOL GetVolumeInformationA(LPCSTR root, LPSTR label, DWORD capacity, DWORD *serialNumber, DWORD *longestElement,
+                           DWORD *flags, LPSTR fileSystem, DWORD fileSystemCapacity);
 
 // Modules and their strings.
 

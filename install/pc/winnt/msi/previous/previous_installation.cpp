@@ -1,8 +1,10 @@
 #include "previous/previous_installation.h"
 
+#include "base/folder_rule.h"
 #include "base/path.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
+#include "services/files/folder_check.h"
 #include "services/system/product_key.h"
 #include "services/system/registry.h"
 
@@ -23,6 +25,12 @@ std::string Read(const char *name) {
   return text;
 }
 
+/// The folder that a value tells, without a backslash at its end; empty where there is none, or none that can be one.
+std::string ReadFolder(const char *name) {
+  const std::string folder = TidiedFolder(Read(name));
+  return folder.empty() || !JudgeFolder(folder, name) ? std::string() : Trimmed(folder);
+}
+
 }  // namespace
 
 constinit LoadStateEntry &previousInstallationState = state;
@@ -31,13 +39,12 @@ const PreviousInstallation &FindPreviousInstallation() {
   PreviousInstallation &found = state->installation;
   if (!state->asked) {
     state->asked = true;
-    std::string vrmf;
-    found.exists = ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, "VRMF", vrmf);
-    found.programFolder = Trimmed(Read("PgmFolder"));
-    found.dataFolder = Trimmed(Read("DatFolder"));
-    found.logFolder = Trimmed(Read("LogFolder"));
+    found.exists = ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, "VRMF", found.version);
+    found.programFolder = ReadFolder(kProgramFolderValue);
+    found.dataFolder = ReadFolder(kDataFolderValue);
+    found.logFolder = ReadFolder(kLogFolderValue);
     Log("Previous installation level %d ('%s'), program folder '%s', data folder '%s', log folder '%s'",
-        found.exists ? 1 : 0, vrmf.c_str(), found.programFolder.c_str(), found.dataFolder.c_str(),
+        found.exists ? 1 : 0, found.version.c_str(), found.programFolder.c_str(), found.dataFolder.c_str(),
         found.logFolder.c_str());
   }
   return found;

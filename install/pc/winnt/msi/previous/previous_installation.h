@@ -13,7 +13,10 @@ extern LoadStateEntry &previousInstallationState;
 struct PreviousInstallation {
   bool exists = false;  ///< the product's key holds a VRMF; without one, the folders may still be known
 
-  // As the registry has them; empty where it has none.
+  std::string version;  ///< that VRMF
+
+  // As the registry has them, without a backslash at their ends. Empty where it has none, or none that can be a folder,
+  // which is told.
 
   std::string programFolder;
   std::string dataFolder;

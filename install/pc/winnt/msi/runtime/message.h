@@ -37,6 +37,7 @@ constexpr UINT kActionFailed = 2041;
 constexpr UINT kClusterSupportPac = 2053;
 constexpr UINT kPubSubSupportPac = 2054;
 constexpr UINT kServiceLevel = 2092;
+constexpr UINT kInvalidFolder = 2100;  ///< two inserts: the folder, and what it came from
 
 }  // namespace message
 

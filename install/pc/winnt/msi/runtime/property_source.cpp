@@ -83,6 +83,11 @@ const char *NameOf(Kept property) { return kKeptNames[static_cast<std::size_t>(p
 
 std::string &ValueOf(Kept property) { return state->kept[static_cast<std::size_t>(property)]; }
 
+void ForgetKeptFolders() {
+  ValueOf(Kept::programFolder).clear();
+  ValueOf(Kept::dataFolder).clear();
+}
+
 bool FillKept(Kept property, Note note) {
   if (!ValueOf(property).empty()) {
     return true;

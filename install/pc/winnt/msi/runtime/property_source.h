@@ -38,6 +38,9 @@ const char *NameOf(Kept property);
 /// The kept value itself, without reading: empty when it has not been read, or was read and is empty. May be assigned.
 std::string &ValueOf(Kept property);
 
+/// Forgets the program and the data folder, which have moved: the next read sees the new ones.
+void ForgetKeptFolders();
+
 /// Reads a kept property if its value is empty, and keeps it trimmed. Results as ReadProperty.
 [[nodiscard]] bool FillKept(Kept property, Note note);
 

@@ -4,7 +4,10 @@
 
 #include "features/answers/response_writer.h"
 #include "features/presets.h"
+#include "init/folders/folders.h"
+#include "init/folders/volume_label.h"
 #include "init/primary/primary.h"
+#include "init/secondary/secondary.h"
 #include "previous/old_documentation.h"
 #include "running/actions.h"
 #include "running/stop_all.h"

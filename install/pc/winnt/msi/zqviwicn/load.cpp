@@ -6,7 +6,7 @@
 #include "features/answers/response_file.h"
 #include "features/answers/response_property.h"
 #include "features/install_level.h"
-#include "init/primary/feature_options.h"
+#include "init/removal.h"
 #include "previous/documentation_scan.h"
 #include "previous/previous_installation.h"
 #include "runtime/frame.h"
@@ -35,7 +35,7 @@ auto States() {
                     &productState,
                     &installLevelState,
                     &previousInstallationState,
-                    &featureOptionState,
+                    &removalState,
                     &documentationScanState,
                     &frameState};
 }

@@ -1,6 +1,5 @@
 #include "init/primary/feature_lists.h"
 
-#include <algorithm>
 #include <set>
 #include <string>
 #include <string_view>
@@ -9,6 +8,7 @@
 #include "base/result_code.h"
 #include "base/text.h"
 #include "features/answers/response_property.h"
+#include "features/feature_lists.h"
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
 #include "runtime/message.h"
@@ -19,7 +19,6 @@ namespace zqv {
 
 namespace {
 
-constexpr const char *kLists[] = {"ADDLOCAL", "REMOVE", "ADDSOURCE", "ADDDEFAULT", "REINSTALL", "ADVERTISE"};
 constexpr char kQuery[] = "SELECT * FROM Feature";
 constexpr char kInResponseFile[] = "Unknown feature(s) '%1' in property '%2' in '%3'. (ZQV4742)";
 constexpr char kOnCommandLine[] = "Unknown feature(s) '%1' in command-line property '%2'. (ZQV4740)";
@@ -50,20 +49,6 @@ class FeatureNames {
   bool loaded_ = false;
 };
 
-/// The names in a list that have to be looked up.
-std::vector<std::string_view> NamesIn(std::string_view list) {
-  std::vector<std::string_view> names;
-  for (std::size_t at = 0; at < list.size();) {
-    const std::size_t end = std::min(list.find(',', at), list.size());
-    const std::string_view name = StripBlanks(list.substr(at, end - at));
-    if (!name.empty() && !EqualNoCase(name, "ALL")) {
-      names.push_back(name);
-    }
-    at = end + 1;
-  }
-  return names;
-}
-
 /// The names joined with commas; a text of more than `room` characters is cut, and ends in dots.
 std::string JoinWithin(std::size_t room, const std::vector<std::string_view> &names) {
   std::string text;
@@ -93,13 +78,14 @@ void ShowUnknown(const std::vector<std::string_view> &names, const std::string &
 bool ValidateFeatureLists() {
   FeatureNames features;
   bool valid = true;
-  for (const char *property : kLists) {
+  for (const char *property : kFeatureLists) {
     std::string list;
     bool fromResponse = false;
     if (!GetPropertyWithResponse(property, list, &fromResponse, kNameListLength)) {
       return false;
     }
-    std::vector<std::string_view> names = NamesIn(list);
+    std::vector<std::string_view> names = NamesInList(list);
+    std::erase_if(names, IsAllFeatures);
     if (!names.empty() && !features.Load()) {
       return false;
     }

@@ -1,10 +1,9 @@
-#include "init/primary/feature_options.h"
-
 #include <string>
 
 #include "base/text.h"
 #include "init/primary/feature_lists.h"
 #include "init/primary/sections.h"
+#include "init/removal.h"
 #include "runtime/property.h"
 
 namespace zqv {
@@ -13,19 +12,9 @@ namespace {
 
 constexpr int kNewestWithoutAmus = 400;  // VersionNT of Windows NT 4
 
-/// REMOVE, read once per load.
-constinit LoadState<std::string> removal;
-
 }  // namespace
 
-constinit LoadStateEntry &featureOptionState = removal;
-
-bool PublishRemoval(Facts & /*facts*/) {
-  if (removal->empty() && !GetProperty("REMOVE", *removal, kNameListLength)) {
-    return false;
-  }
-  return SetProperty("ZQVREMOVE", EqualNoCase(*removal, "all") ? "1" : "0");
-}
+bool PublishRemoval(Facts & /*facts*/) { return PublishWholeRemoval(); }
 
 bool DefaultReinstallMode(Facts &facts) {
   if (facts.administrative) {

@@ -46,6 +46,19 @@ bool FindFileName(const std::string &file, std::string &name) {
 
 }  // namespace
 
+bool FindSourceFolder(const std::string &folder, std::string &path) {
+  char source[kPropertyLength];
+  DWORD length = kPropertyLength;
+  const ResultCode code = MsiGetSourcePathA(Session().handle, folder.c_str(), source, &length);
+  path = code == ERROR_SUCCESS ? source : "";
+  if (code == ERROR_DIRECTORY) {
+    Log("***Unable to locate source path (%d) for directory '%s'", code, folder.c_str());
+  } else if (code != ERROR_SUCCESS) {
+    Log("***MsiGetSourcePath() error %d. Directory '%s'", code, folder.c_str());
+  }
+  return code == ERROR_SUCCESS;
+}
+
 bool iwiGetSourceFilePath(const std::string &file, const std::string &folder, std::string &path, ResultCode &result) {
   path.clear();
   result = ERROR_INSTALL_FAILURE;
@@ -53,15 +66,8 @@ bool iwiGetSourceFilePath(const std::string &file, const std::string &folder, st
   if (!FindFileName(file, name)) {
     return false;
   }
-  char source[kPropertyLength];
-  DWORD length = kPropertyLength;
-  const ResultCode code = MsiGetSourcePathA(Session().handle, folder.c_str(), source, &length);
-  if (code != ERROR_SUCCESS) {
-    if (code == ERROR_DIRECTORY) {
-      Log("***Unable to locate source path (%d) for directory '%s'", code, folder.c_str());
-    } else {
-      Log("***MsiGetSourcePath() error %d. Directory '%s'", code, folder.c_str());
-    }
+  std::string source;
+  if (!FindSourceFolder(folder, source)) {
     Log("***File ID '%s', file name '%s'", file.c_str(), name.c_str());
     return false;
   }

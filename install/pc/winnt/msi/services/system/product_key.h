@@ -7,4 +7,9 @@ namespace zqv {
 inline constexpr char kProductKey[] = "Software\\Korvex\\QVSeries";
 inline constexpr char kCurrentVersionKey[] = "Software\\Korvex\\QVSeries\\CurrentVersion";
 
+// The values that tell its folders.
+inline constexpr char kProgramFolderValue[] = "PgmFolder";
+inline constexpr char kDataFolderValue[] = "DatFolder";
+inline constexpr char kLogFolderValue[] = "LogFolder";
+
 }  // namespace zqv
