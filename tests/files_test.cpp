@@ -1,3 +1,7 @@
+#include <algorithm>
+#include <cstdio>
+#include <random>
+
 #include "services/files/attributes.h"
 #include "services/files/copy.h"
 #include "services/files/create.h"
@@ -6,6 +10,15 @@
 #include "support.h"
 
 namespace {
+
+/// All that a folder holds, links unfollowed.
+std::string Contents(const Node &folder) {
+  std::string text;
+  for (const auto &[name, node] : folder.entries) {
+    text += name + " " + std::to_string(node->attributes) + " '" + node->bytes + "' {" + Contents(*node) + "}\n";
+  }
+  return text;
+}
 
 class FilesTest : public LibraryTest {
  protected:
@@ -23,6 +36,27 @@ class FilesTest : public LibraryTest {
                              .deleteFiles = files,
                              .removeFolders = removeFolders,
                              .recurse = true});
+  }
+
+  /// As another user, puts a link to C:\keep in a folder's place, or the folder back, unless a handle that is open
+  /// forbids it or a link is above it. True when it was done.
+  bool Swap(const std::string &folder) {
+    const auto isLink = [this](const std::string &path) { return !world.Find(path).node->target.empty(); };
+    for (std::size_t cut = folder.find('\\', 3); cut != std::string::npos; cut = folder.find('\\', cut + 1)) {
+      if (!world.Exists(folder.substr(0, cut)) || isLink(folder.substr(0, cut))) {
+        return false;
+      }
+    }
+    std::string aside = folder;
+    std::replace(aside.begin() + 3, aside.end(), '\\', '-');
+    const bool real = world.Exists(folder) && !isLink(folder);
+    if (world.Exists(folder) && !world.Move(folder, real ? aside + "-aside" : "C:\\link")) {
+      return false;
+    }
+    if (real || !world.Move(aside + "-aside", folder)) {
+      world.MakeJunction(folder, "C:\\keep");
+    }
+    return true;
   }
 };
 
@@ -259,6 +293,85 @@ TEST_F(FilesTest, ATreeCannotLeadTheWalkOutOfIt) {
   EXPECT_FALSE(world.Exists("C:\\keep\\1.txt"));
 }
 
+TEST_F(FilesTest, NobodyCanSwapALinkInUnderAWalk) {
+  const unsigned seed = std::random_device{}();
+  SCOPED_TRACE(seed);
+  std::printf("Swaps: seed %u\n", seed);
+  std::mt19937 random(seed);
+  std::vector<std::string> folders;
+  const auto write = [this](const std::string &root) {
+    for (const char *file : {"\\1.txt", "\\2.txt", "\\s\\1.txt", "\\t\\1.txt", "\\t\\u\\1.txt"}) {
+      world.WriteFile(root + file, root);
+    }
+  };
+  for (int swaps = 0, round = 0; swaps < 10000; ++round) {
+    *world.root->entries["C:"] = {.attributes = FILE_ATTRIBUTE_DIRECTORY};
+    world.MakeFolder("C:\\temp");
+    write("C:\\a");
+    write("C:\\keep");
+    const std::string kept = Contents(*world.Find("C:\\keep").node);
+    folders = {"C:\\a\\s", "C:\\a\\t", "C:\\a\\t\\u", "C:\\n\\s", "C:\\n\\t", "C:\\n\\t\\u"};
+    const auto pause = 1 + random() % 10;
+    world.onCall = [&](std::string_view) {
+      swaps += random() % pause == 0 && Swap(folders[random() % folders.size()]) ? 1 : 0;
+    };
+    if (round % 3 == 0) {
+      static_cast<void>(iwiCopyPattern("C:\\a", "C:\\n", "*", true));
+    } else {
+      const bool removes = round % 3 == 1;
+      folders.resize(3);
+      folders.insert(folders.end(), removes ? 3 : 0, "C:\\a");  // where folders stay it may be a link
+      DeleteTree("C:\\a\\*", true, removes);
+    }
+    world.onCall = nullptr;
+    ASSERT_EQ(Contents(*world.Find("C:\\keep").node), kept) << "after " << swaps << " swaps";
+    world.Remove("C:\\keep");
+    ASSERT_EQ(Contents(*world.Find("C:").node).find("C:\\keep"), std::string::npos) << "copied after " << swaps;
+  }
+}
+
+TEST_F(FilesTest, WhatIsInAFolderThatCannotBeHeldIsNotTouched) {
+  const std::tuple<bool, int, DWORD, int, const char *> cases[] = {
+      {true, 2, 32, 0,
+       "***FindFirstFile(6) error 32, path 'C:\\a\\t\\*'\n***FindFirstFile(7) error 32, path 'C:\\a\\t\\*'"},
+      {true, 2, 5, 1, "Deleted file: 'C:\\a\\1.txt'\nDeleted file: 'C:\\a\\s\\1.txt'\n"},
+      {true, 2, 2, 1, "Deleted file: 'C:\\a\\1.txt'\nDeleted file: 'C:\\a\\s\\1.txt'\n"},
+      {false, 1, 32, 1603,
+       "Created 'C:\\n'\n***FindFirstFile(8) error 32, path 'C:\\a\\*'\n***FindFirstFile(9) error 32"},
+      {false, 2, 5, 1603, "***Error ERROR_ACCESS_DENIED copying '1.txt'\n"},
+      {false, 2, 5, 1603, "to 'C:\\n\\t\\u\\'\n***Error ERROR_ACCESS_DENIED creating 'C:\\n\\t\\u'\nCopying '1.txt'"},
+      {false, 2, 2, 1603, "***Error 3 copying '1.txt'\n"}};
+  for (const char *call : {"CreateFileA", "GetFileInformationByHandle"}) {
+    for (const auto &[deletes, nth, code, result, line] : cases) {
+      world.WriteFile("C:\\a\\1.txt", "");
+      world.WriteFile("C:\\a\\s\\1.txt", "");
+      world.Remove("C:\\n");
+      Fail(call, code, nth);
+      const int got =
+          deletes ? DeleteTree("C:\\a\\*", true, false) : static_cast<int>(iwiCopyPattern("C:\\a", "C:\\n", "*", true));
+      EXPECT_EQ(got, result) << line;
+      const std::string log = Lines();
+      EXPECT_NE(log.find(line), std::string::npos) << log;
+      EXPECT_TRUE(world.Exists("C:\\a\\t\\u\\1.txt"));
+      EXPECT_TRUE(deletes || world.Find("C:\\n").node->entries.empty()) << line;
+    }
+  }
+}
+
+TEST_F(FilesTest, OnlyTheNamedFoldersOfACopyMayBeLinks) {
+  world.WriteFile("C:\\keep\\1.txt", "kept");
+  world.MakeJunction("C:\\n\\t", "C:\\keep");
+  EXPECT_EQ(iwiCopyPattern("C:\\a", "C:\\n", "1.*", true), 1603u);
+  EXPECT_TRUE(
+      Lines().ends_with("***Error 448 creating 'C:\\n\\t\\u'\nCopying '1.txt' from 'C:\\a\\t\\u\\' to "
+                        "'C:\\n\\t\\u\\'\n***Error 448 copying '1.txt'\n"));
+  EXPECT_EQ(Contents(*world.Find("C:\\keep").node), "1.txt 32 'kept' {}\n");
+  world.MakeJunction("C:\\from", "C:\\a");
+  world.MakeJunction("C:\\to", "C:\\keep");
+  EXPECT_EQ(iwiCopyPattern("C:\\from", "C:\\to", "*", true), 0u);
+  EXPECT_EQ(world.ReadFile("C:\\keep\\t\\u\\1.txt"), "C:\\a\\t\\u\\1.txt");
+}
+
 TEST_F(FilesTest, WhatNoPathCanReachIsAnErrorAndNoQuietSuccess) {
   std::string deep = "C:\\deep";
   for (int depth = 0; depth < 20; ++depth) {
@@ -343,6 +456,10 @@ TEST_F(FilesTest, TheTargetOfACopyIsMadeFromItsRoot) {
   EXPECT_EQ(Lines(),
             "Created 'C:\\p'\nCreated 'C:\\p\\q'\n***Error ERROR_ACCESS_DENIED creating '\\\\server\\share'\n"
             "Created '\\\\server\\share\\r'\nCreated '\\x'\n");
+  EXPECT_EQ(iwiCopyPattern("C:\\a", "C:\\", "1.*", false) + iwiCopyPattern("C:", "C:\\temp", "1.*", false), 0u);
+  EXPECT_EQ(iwiDeleteFile({.execute = true, .path = "C:\\1.*"}), 1);
+  EXPECT_TRUE(world.Exists("C:\\temp\\1.txt") && !world.Exists("C:\\1.txt"));
+  Lines();
   Fail("CreateDirectoryA", 5);
   EXPECT_TRUE(iwiCreateFolderTree("C:\\y\\z"));
   EXPECT_EQ(Lines(), "Couldn't create 'C:\\y' 5\n");

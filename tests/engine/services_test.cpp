@@ -6,6 +6,7 @@
 #include "services/files/create.h"
 #include "services/files/delete.h"
 #include "services/files/existence.h"
+#include "services/files/held_folder.h"
 #include "services/files/source_path.h"
 #include "services/system/environment.h"
 #include "services/system/process.h"
@@ -120,6 +121,25 @@ TEST_F(ServicesTest, TreesAreCopied) {
     EXPECT_EQ(GetFileAttributesA((copy + name).c_str()) & FILE_ATTRIBUTE_READONLY, 0u) << name;
   }
   EXPECT_FALSE(Exists(copy + "\\b.dat"));
+}
+
+TEST_F(ServicesTest, AHeldFolderStaysInItsPlace) {
+  const std::string tree = folder + "\\tree", moved = folder + "\\moved";
+  EXPECT_FALSE(iwiCreateFolderTree(tree + "\\"));
+  HeldFolder held(tree);
+  EXPECT_EQ(held.Error(), ERROR_SUCCESS);
+  EXPECT_FALSE(held.IsLink());
+  EXPECT_FALSE(MoveFileA(tree.c_str(), moved.c_str()));
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_SHARING_VIOLATION});
+  EXPECT_FALSE(iwiRemoveFolderNow(tree));
+  EXPECT_TRUE(Logged("***Delete path in use: '" + tree + "'"));
+  held.LetGo();
+  EXPECT_TRUE(MoveFileA(tree.c_str(), moved.c_str()));
+  EXPECT_EQ(HeldFolder(tree).Error(), ERROR_FILE_NOT_FOUND);
+  EXPECT_FALSE(iwiCreateFolderTree(moved + "\\sub\\deep\\"));
+  EXPECT_TRUE(iwiDeletePattern({.execute = true, .path = moved, .removeFolders = true, .recurse = true}));
+  EXPECT_FALSE(Exists(moved));
+  EXPECT_EQ(HeldFolder(folder.substr(0, 2)).Error() + HeldFolder("").Error(), ERROR_SUCCESS);
 }
 
 TEST_F(ServicesTest, ProcessesAreLaunchedAndWaitedFor) {

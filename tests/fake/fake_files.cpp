@@ -26,24 +26,25 @@ Place FindExisting(World &world, LPCSTR path) {
 /// Checks that nobody who has `place` open forbids this access, nor is forbidden his own by `share`.
 void CheckShared(const World &world, const Place &place, DWORD access, DWORD share) {
   const auto needs = [](DWORD rights) {
-    return ((rights & GENERIC_READ) != 0 ? 1U : 0U) | ((rights & GENERIC_WRITE) != 0 ? 2U : 0U) |
-           ((rights & kDelete) != 0 ? 4U : 0U);
+    return ((rights & (GENERIC_READ | FILE_LIST_DIRECTORY)) != 0 ? 1U : 0U) |
+           ((rights & GENERIC_WRITE) != 0 ? 2U : 0U) | ((rights & kDelete) != 0 ? 4U : 0U);
   };
   Require(world.held.count(place.path) == 0, ERROR_SHARING_VIOLATION);
   for (const auto &[handle, other] : world.objects) {
-    const bool clash = (needs(access) & ~other.share) != 0 || (needs(other.access) & ~share) != 0;
+    const bool both = needs(access) != 0 && needs(other.access) != 0;  // else nobody asks what is shared
+    const bool clash = both && ((needs(access) & ~other.share) != 0 || (needs(other.access) & ~share) != 0);
     Require(other.node == nullptr || other.node != place.node || !clash, ERROR_SHARING_VIOLATION);
   }
 }
 
-/// The place of a file that may be opened so; makes one that is missing if it may.
-Place FindToOpen(World &world, LPCSTR path, DWORD access, DWORD share, bool mayCreate) {
+/// The place of a file that may be opened so, or with `orFolder` of a folder; makes a file that is missing if it may.
+Place FindToOpen(World &world, LPCSTR path, DWORD access, DWORD share, bool mayCreate, bool orFolder = false) {
   Place place = mayCreate ? FindInFolder(world, path) : FindExisting(world, path);
   if (place.node == nullptr) {
     place.node = place.folder->entries[place.name] = std::make_shared<Node>();
   }
-  const DWORD forbidding =
-      FILE_ATTRIBUTE_DIRECTORY | ((access & (GENERIC_WRITE | kDelete)) != 0 ? FILE_ATTRIBUTE_READONLY : 0);
+  const DWORD forbidding = (orFolder ? 0 : FILE_ATTRIBUTE_DIRECTORY) |
+                           ((access & (GENERIC_WRITE | kDelete)) != 0 ? FILE_ATTRIBUTE_READONLY : 0);
   Require(!(place.node->attributes & forbidding), ERROR_ACCESS_DENIED);
   CheckShared(world, place, access, share);
   return place;
@@ -152,6 +153,22 @@ Node &World::WriteFile(const std::string &path, std::string_view bytes) {
   return *node;
 }
 
+bool World::Move(const std::string &from, const std::string &to) {
+  const Place place = Find(from);
+  if (place.node == nullptr) {
+    return false;
+  }
+  try {
+    CheckShared(*this, place, kDelete, 7);
+  } catch (const Failure &) {
+    return false;
+  }
+  place.folder->entries.erase(place.name);
+  const Place target = Find(to);
+  target.folder->entries[target.name] = place.node;
+  return true;
+}
+
 void World::Remove(const std::string &path) {
   const Place place = Find(path);
   place.folder->entries.erase(place.name);
@@ -183,15 +200,29 @@ std::FILE *zqv::OpenCFile(const char *path, const char *mode) {
 
 extern "C" {
 
-HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES *, DWORD disposition, DWORD, HANDLE) {
+HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES *, DWORD disposition, DWORD flags,
+                   HANDLE) {
   return Call("CreateFileA", INVALID_HANDLE_VALUE, [&](World &world) {
     Require(disposition >= CREATE_NEW && disposition <= OPEN_EXISTING, ERROR_INVALID_PARAMETER);
     Require(disposition != CREATE_NEW || FindInFolder(world, path).node == nullptr, ERROR_FILE_EXISTS);
-    const Place place = FindToOpen(world, path, access, share, disposition != OPEN_EXISTING);
+    Require(!OrEmpty(path).ends_with(':'), ERROR_PATH_NOT_FOUND);  // that is the drive's current folder, which is gone
+    const bool orFolder = flags & FILE_FLAG_BACKUP_SEMANTICS;
+    Place place = FindToOpen(world, path, access, share, disposition != OPEN_EXISTING, orFolder);
+    if (!place.node->target.empty() && (flags & FILE_FLAG_OPEN_REPARSE_POINT) == 0) {
+      place.node = FindExisting(world, place.node->target.c_str()).node;
+    }
     if (disposition == CREATE_ALWAYS) {
       place.node->bytes.clear();
     }
     return world.Open({.kind = "file", .name = place.path, .access = access, .share = share, .node = place.node});
+  });
+}
+
+BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION *information) {
+  return Call("GetFileInformationByHandle", FALSE, [&](World &world) {
+    const OpenObject &object = world.Object(Id(file), "file");
+    std::memset(information, kJunk, sizeof *information);
+    information->dwFileAttributes = object.node->attributes;
   });
 }
 
@@ -256,7 +287,7 @@ HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA *found) {
     if (std::count(inside.path.begin(), inside.path.end(), '\\') > 1) {
       all["."] = all[".."] = inside.folder;
     }
-    OpenObject search{.kind = "search", .share = 3, .node = inside.folder, .next = 1};  // the folder cannot go now
+    OpenObject search{.kind = "search", .access = FILE_LIST_DIRECTORY, .share = 3, .node = inside.folder, .next = 1};
     const std::u16string wanted = Folded(text.substr(cut) == "*.*" ? "*" : text.substr(cut));
     WIN32_FIND_DATAA data;
     std::memset(&data, kJunk, sizeof data);

@@ -159,7 +159,8 @@ struct World {
   Node &WriteFile(const std::string &path, std::string_view bytes);  // makes missing folders
   Node &MakeFolder(const std::string &path);
   void MakeJunction(const std::string &path, const std::string &target);
-  void Remove(const std::string &path);  // with all below
+  void Remove(const std::string &path);                       // with all below
+  bool Move(const std::string &from, const std::string &to);  // false: there is none, or an open handle forbids it
   bool Exists(const std::string &path) { return Find(path).node != nullptr; }
   DWORD &Attributes(const std::string &path) { return Find(path).node->attributes; }
   std::optional<std::string> ReadFile(const std::string &path);

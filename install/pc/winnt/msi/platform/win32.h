@@ -137,6 +137,9 @@ HANDLE CreateMutexA(SECURITY_ATTRIBUTES *attributes, BOOL initialOwner, LPCSTR n
 
 constexpr DWORD GENERIC_READ = 0x80000000;
 constexpr DWORD GENERIC_WRITE = 0x40000000;
+constexpr DWORD FILE_LIST_DIRECTORY = 1;
+constexpr DWORD FILE_SHARE_READ = 1;
+constexpr DWORD FILE_SHARE_WRITE = 2;
 constexpr DWORD CREATE_NEW = 1;
 constexpr DWORD CREATE_ALWAYS = 2;
 constexpr DWORD OPEN_EXISTING = 3;
@@ -144,6 +147,8 @@ constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x1;
 constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
 constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
+constexpr DWORD FILE_FLAG_OPEN_REPARSE_POINT = 0x200000;
+constexpr DWORD FILE_FLAG_BACKUP_SEMANTICS = 0x2000000;
 constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
 constexpr DWORD INVALID_FILE_SIZE = 0xFFFFFFFF;
 constexpr DWORD MOVEFILE_DELAY_UNTIL_REBOOT = 4;
@@ -161,10 +166,24 @@ struct WIN32_FIND_DATAA {
   char cAlternateFileName[14];
 };
 
+struct BY_HANDLE_FILE_INFORMATION {
+  DWORD dwFileAttributes;
+  FILETIME ftCreationTime;
+  FILETIME ftLastAccessTime;
+  FILETIME ftLastWriteTime;
+  DWORD dwVolumeSerialNumber;
+  DWORD nFileSizeHigh;
+  DWORD nFileSizeLow;
+  DWORD nNumberOfLinks;
+  DWORD nFileIndexHigh;
+  DWORD nFileIndexLow;
+};
+
 using LPPROGRESS_ROUTINE = void *;
 
 HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES *attributes, DWORD disposition,
                    DWORD flags, HANDLE model);
+BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION *information);
 DWORD GetFileSize(HANDLE file, DWORD *high);
 BOOL DeleteFileA(LPCSTR path);
 BOOL CreateDirectoryA(LPCSTR path, SECURITY_ATTRIBUTES *attributes);

@@ -12,8 +12,9 @@ namespace zqv {
 inline constexpr char kCancelMarker[] = "zqvcancl.txt";
 
 /// Copies the files of the folder `source` that `pattern` matches to `destination`, which is made first if need be;
-/// with `recurse` also those of the folders below, but of no folder that is a link. Every file is tried. Returns
-/// ERROR_SUCCESS or the last failure: ERROR_INSTALL_FAILURE, or ERROR_INSTALL_USEREXIT when copying was cancelled.
+/// with `recurse` also those of the folders below, but of no folder that is a link, nor to one below `destination`,
+/// where copying fails. Every file is tried. Returns ERROR_SUCCESS or the last failure: ERROR_INSTALL_FAILURE, or
+/// ERROR_INSTALL_USEREXIT when copying was cancelled.
 [[nodiscard]] ResultCode iwiCopyPattern(const std::string &source, const std::string &destination,
                                         const std::string &pattern, bool recurse);
 

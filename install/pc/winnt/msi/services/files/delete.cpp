@@ -5,6 +5,7 @@
 #include "base/pair_list.h"
 #include "base/path.h"
 #include "runtime/log.h"
+#include "services/files/held_folder.h"
 #include "services/files/search.h"
 
 namespace zqv {
@@ -36,12 +37,14 @@ bool PutInFront(iwiPAIRLIST &list, const std::string &folder, const char *name, 
   return true;
 }
 
-/// Deletes the files of a folder that the path matches. `denied` becomes true when the folder cannot be searched.
-bool DeleteFiles(const DeletionRequest &walk, const std::string &path, const std::string &folder, bool &denied) {
+/// Deletes the files of a folder that the path matches. `barred` says why the folder is not held, and `denied` becomes
+/// true when it cannot be searched.
+bool DeleteFiles(const DeletionRequest &walk, const std::string &path, const std::string &folder, LONG barred,
+                 bool &denied) {
   bool result = true;
   iwiPAIRLIST files;
   {
-    Search search(path);
+    Search search(path, barred);
     while (search.Next()) {
       if (search.IsFile() && !PutInFront(files, folder, search.Name(), "")) {
         result = false;
@@ -58,9 +61,9 @@ bool DeleteFiles(const DeletionRequest &walk, const std::string &path, const std
   return result;
 }
 
-bool ListSubfolders(const std::string &folder, const std::string &tail, iwiPAIRLIST &subfolders) {
+bool ListSubfolders(const std::string &folder, LONG barred, const std::string &tail, iwiPAIRLIST &subfolders) {
   bool result = true;
-  Search search(folder + "\\*");
+  Search search(folder + "\\*", barred);
   while (search.Next()) {
     if (search.IsSubfolder() && !PutInFront(subfolders, folder, search.Name(), tail)) {
       result = false;
@@ -84,19 +87,21 @@ bool DeleteTree(const DeletionRequest &walk, bool named) {
     return false;
   }
   bool result = true;
-  if ((named && !walk.removeFolders) || !IsFolderLink(folder)) {
+  HeldFolder held(folder);
+  if ((named && !walk.removeFolders) || !held.IsLink()) {
     bool denied = false;
     if (walk.deleteFiles) {
-      result = DeleteFiles(walk, path, folder, denied);
+      result = DeleteFiles(walk, path, folder, held.Error(), denied);
     }
     if (walk.recurse && !denied) {
       iwiPAIRLIST subfolders;
-      result = ListSubfolders(folder, walk.deleteFiles ? "\\" + pattern : "", subfolders) && result;
+      result = ListSubfolders(folder, held.Error(), walk.deleteFiles ? "\\" + pattern : "", subfolders) && result;
       for (const iwiPAIR &subfolder : subfolders) {
         result = DeleteTree(RequestFor(walk, subfolder.first), false) && result;
       }
     }
   }
+  held.LetGo();
   if (walk.removeFolders) {
     result = iwiDeleteFolder(RequestFor(walk, folder)) && result;
   }

@@ -16,6 +16,11 @@ bool Search::Next() {
   const bool begun = static_cast<bool>(search_);
   if (!begun) {
     search_.Reset(FindFirstFileA(path_.c_str(), &entry_));
+    if (search_ && barred_ != ERROR_SUCCESS) {
+      search_.Reset();
+      error_ = barred_;
+      return false;
+    }
   }
   const bool found = begun ? FindNextFileA(search_.Get(), &entry_) != FALSE : static_cast<bool>(search_);
   if (!found) {

@@ -14,8 +14,9 @@ namespace zqv {
 ///     if (search.Failed(7)) { … }
 class Search {
  public:
-  /// Asks nothing of the system yet. Wildcards count in the last element of `path`.
-  explicit Search(std::string path) : path_(std::move(path)) {}
+  /// Asks nothing of the system yet. Wildcards count in the last element of `path`. `barred`, if it is no
+  /// ERROR_SUCCESS, says why nothing that is found may be touched: a search that would begin fails with it instead.
+  explicit Search(std::string path, LONG barred = ERROR_SUCCESS) : path_(std::move(path)), barred_(barred) {}
 
   /// Moves to the first or next entry. False when there is none or the search failed.
   bool Next();
@@ -48,6 +49,7 @@ class Search {
   bool IsTrueName() const;
 
   std::string path_;
+  LONG barred_;
   OwnedSearch search_;
   WIN32_FIND_DATAA entry_ = {};
   LONG error_ = ERROR_SUCCESS;
