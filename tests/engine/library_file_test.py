@@ -5,6 +5,7 @@ usage: library_file_test.py LIBRARY OBJDUMP
 """
 
 import re
+import struct
 import subprocess
 import sys
 import unittest
@@ -45,6 +46,12 @@ class LibraryFile(unittest.TestCase):
         self.assertEqual(int(section[1], 16), 4)
         self.assertIn("SHARED", section[2])
         self.assertNotIn("READONLY", section[2])
+
+    def test_no_time_stamp_keeps_two_builds_from_being_the_same_bytes(self):
+        content = library.read_bytes()
+        header = struct.unpack_from("<I", content, 0x3C)[0]
+        self.assertEqual(struct.unpack_from("<I", content, header + 8)[0], 0)
+        self.assertRegex(self.headers, r"Time/Date stamp\s+0*0\b")  # of the exports
 
     def test_version_information(self):
         content = library.read_bytes()
