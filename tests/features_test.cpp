@@ -85,7 +85,12 @@ TEST_F(FeaturesTest, AResponseFileIsReadOnce) {
   world.WriteFile(kIni, "[Response]\nk=w");
   EXPECT_TRUE(iwiReadResponseFile(kIni));
   EXPECT_EQ(Values({"k"}), "<v>");
-  EXPECT_EQ(Lines(), "***Can't open 'C:\\temp'\n***Can't open 'C:\\temp\\r.ini'\n" + kNeither);
+  Unload();
+  LoadInSession();
+  Fail("fread", 5);
+  EXPECT_FALSE(iwiReadResponseFile(kIni));
+  EXPECT_EQ(Lines(), "***Can't open 'C:\\temp'\n***Can't open 'C:\\temp\\r.ini'\n" + kNeither +
+                         "***Can't read 'C:\\temp\\r.ini'\n");
 }
 
 TEST_F(FeaturesTest, LargeResponseFilesAreSurvived) {
@@ -207,8 +212,8 @@ TEST_F(FeaturesTest, PresetsGoOnAfterAFailureAndSetTheLevelOnce) {
   world.features.erase("Server");
   world.failCall = {"MsiSetInstallLevel", 1, 1627};
   EXPECT_EQ(iwiSetFeaturesTypical(kSession), 1603u);
-  EXPECT_EQ(iwiSetFeaturesTypical(kSession), 1603u);
   EXPECT_EQ(world.features["Toolkit"].action, INSTALLSTATE_LOCAL);
+  EXPECT_EQ(iwiSetFeaturesTypical(kSession), 1603u);
   EXPECT_EQ(iwiSetFeaturesMinimum(kSession), 1603u);
   EXPECT_EQ(world.features["Toolkit"].action, INSTALLSTATE_ABSENT);
   ExpectInLog({"Typical: MsiSetInstallLevel(100) rc=1627\n", "Typical: MsiSetInstallLevel(100) rc=0\n",

@@ -432,6 +432,45 @@ TEST_F(FilesTest, FailuresOfACopyAreKeptAndDoNotStopIt) {
             "Copying from 'C:\\a\\none' to 'C:\\n\\x'\n***Error 2 copying 'C:\\a\\none'\n");
 }
 
+TEST_F(FilesTest, OfSeveralFailuresOfACopyTheLastIsItsResult) {
+  world.onCall = [this](std::string_view call) {
+    if (call == "CopyFileExA") {
+      world.WriteFile("C:\\temp\\zqvcancl.txt", "");
+    }
+  };
+  Fail("CopyFileExA", 5, 1);
+  EXPECT_EQ(iwiCopyPattern("C:\\a", "C:\\n", "*", false), 1602u);
+  EXPECT_EQ(iwiCopyFile(false, "C:\\a\\none", "C:\\n\\x", ""), 0u) << "what is not there cannot be cancelled";
+  copyCancelled = FALSE;
+  world.Remove("C:\\temp\\zqvcancl.txt");
+  world.MakeFolder("C:\\temp\\zqvcancl.txt");
+  EXPECT_FALSE(iwiIsCopyCancelled());
+}
+
+TEST_F(FilesTest, ReportsAreWantedOfWhatWasDelayedAndCopied) {
+  const std::string file = "C:\\a\\1.txt", inUse = "***Delete file in use: '" + file + "'\n";
+  world.held.insert(file);
+  Fail("MoveFileExA", 2);
+  for (const bool report : {false, true}) {
+    EXPECT_TRUE(iwiDeleteFile({.execute = true, .path = file, .report = report}));
+    EXPECT_EQ(Lines(), inUse + (report ? "MoveFileEx file not found: '" + file + "'\n" : ""));
+  }
+  world.held.clear();
+  Fail("GetFileAttributesA", 2);  // of the target, before and after
+  EXPECT_EQ(iwiCopyFile(true, file, "C:\\x", ""), 0u);
+  EXPECT_TRUE(Lines().ends_with("table\nRemoveReadOnly: File 'C:\\x' not found\n"));
+}
+
+TEST_F(FilesTest, AWalkThatBreaksOffIsNoSuccess) {
+  for (const bool recurse : {false, true}) {
+    Fail("FindNextFileA", 1117, recurse ? 7 : 1);
+    EXPECT_EQ(iwiCopyPattern("C:\\a", "C:\\n", "*", recurse), 1603u);
+    EXPECT_EQ(world.failedCall, "FindNextFileA");
+    Fail("FindNextFileA", 1117, recurse ? 7 : 1);
+    EXPECT_FALSE(DeleteTree("C:\\a\\*", true, false));
+  }
+}
+
 TEST_F(FilesTest, TheMarkerCancelsCopyingForGood) {
   world.properties["ZQVTEMP"] = "";
   EXPECT_FALSE(iwiIsCopyCancelled());

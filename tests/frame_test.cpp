@@ -1,6 +1,8 @@
 #include <stdexcept>
 
 #include "runtime/frame.h"
+#include "runtime/log.h"
+#include "runtime/message.h"
 #include "support.h"
 
 namespace {
@@ -41,20 +43,72 @@ TEST_F(FrameTest, LaterActionsOfOneLoadAreTakenForNested) {
   EXPECT_EQ(LogText(), "iwiUserExit: Returning with rc 1602\n");
 }
 
-TEST_F(FrameTest, AnUnreadableProductNameSkipsTheNestingStep) {
-  world.properties["ProductName"] = std::string(259, 'p');
-  iwiUserExit(kSession);
-  EXPECT_EQ(LogText().find("***"), std::string::npos);
-  Reload();
-  world.properties["ProductName"] = std::string(260, 'p');
-  EXPECT_EQ(iwiUserExit(kSession), 1602u);
-  EXPECT_EQ(LogText(),
-            "(CaProlog): zqviwicn.dll Built on Aug  1 2007 at 23:17:22\n"
-            "(CaProlog): ***msiGetProperty('ProductName') failed (234)\n"
-            "(CaProlog): Returning with rc 1602\n");
-  world.properties["ProductName"] = "x";
-  iwiUserExit(kSession);
-  ExpectInLog({"(CaProlog): Invalid depth count entering 'iwiUserExit': -1\n"});
+TEST_F(FrameTest, AnUnreadableNameOrFolderSkipsTheNestingStep) {
+  for (const std::string property : {"ProductName", "ZQVEXTCA60000"}) {
+    Reload();
+    world.properties = {{property, std::string(260, 'p')}};
+    EXPECT_EQ(iwiUserExit(kSession), 1602u);
+    EXPECT_EQ(LogText(), "(CaProlog): zqviwicn.dll Built on Aug  1 2007 at 23:17:22\n" +
+                             std::string(property == "ProductName"
+                                             ? ""
+                                             : "(CaProlog): Property 'ProductName' not defined in property table\n") +
+                             "(CaProlog): ***msiGetProperty('" + property +
+                             "') failed (234)\n(CaProlog): Returning with rc 1602\n");
+    world.properties[property] = "x";
+    iwiUserExit(kSession);
+    ExpectInLog({"(CaProlog): Invalid depth count entering 'iwiUserExit': -1\n"});
+  }
+}
+
+TEST_F(FrameTest, EveryRunModeHasItsNameAndItsPlace) {
+  const auto logged = [&](const std::set<int> &modes) {
+    Reload();
+    world.modes = modes;
+    CaLogRunModes(kSession);
+    return Lines();
+  };
+  const std::string user = "User name is 'tester'\n";
+  std::string deferred = user, immediate = user;
+  for (const auto &[mode, name] : {std::pair(16, "SCHEDULED"),
+                                   {18, "COMMIT"},
+                                   {17, "ROLLBACK"},
+                                   {7, "REBOOTNOW"},
+                                   {6, "REBOOTATEND"},
+                                   {5, "OPERATIONS"},
+                                   {4, "LOGENABLED"},
+                                   {3, "ROLLBACKENABLED"},
+                                   {2, "MAINTENANCE"},
+                                   {1, "ADVERTISE"},
+                                   {0, "ADMIN"}}) {
+    const std::string line = "MSIRUNMODE_" + std::string(name) + "\n";
+    EXPECT_EQ(logged({mode}), user + line);
+    (mode < 16 ? immediate : deferred) += line;
+  }
+  EXPECT_EQ(logged({16, 17, 18}), deferred);
+  EXPECT_EQ(logged({0, 1, 2, 3, 4, 5, 6, 7}), immediate);
+  Fail("GetUserNameA", 5);
+  EXPECT_EQ(logged({}), "Can't get user name 5\n");
+}
+
+TEST_F(FrameTest, AnActionCalledWithinAnActionIsAPartOfIt) {
+  PlaceMessageLibrary();
+  iiiDisplayMsgBox("before any action", 16);
+  world.installerLog.clear();
+  const auto body = []() -> UINT {
+    EXPECT_EQ(test(kSession + 1), 1603u);
+    LogLine("after");
+    return 1603;
+  };
+  EXPECT_EQ(RunAction({"outer", 0, kAnyMode, body}, kSession), 1603u);
+  EXPECT_TRUE(LogText().ends_with(
+      "Test CA: Returning with rc 1603\nouter: after\nouter: Property 'ZQVTEMP' value 'C:\\temp' from property table\n"
+      "outer: Property 'ZQVTEMPFILENUM' value '0007' from property table\nouter: Splash bitmap not running\n"
+      "outer: QVCA outer MB error: It failed.\nQVCA outer MB error: It failed.\n"
+      "outer: Property 'UILevel' value '2' from property table\nouter: Freeing NLS library\n"
+      "outer: Returning with rc 1603\n"))
+      << LogText();
+  world.modes = {MSIRUNMODE_SCHEDULED};  // each action asks for its modes
+  EXPECT_EQ(iwiPrintSummary(kSession), 1603u);
 }
 
 TEST_F(FrameTest, GuardTestsItsModesInOrderAndTakesItsForm) {
@@ -140,6 +194,7 @@ class ExternalCopyTest : public FrameTest {
     Reload();
     world.properties["ZQVEXTCA60000"] = folder;
     EXPECT_EQ(iwiUserExit(kSession), expected);
+    EXPECT_EQ(world.OpenHandles(), 0) << "neither the mutex nor the copy outlives the action";
     std::string lines = TakeLog("(CaProlog)");
     lines.erase(0, lines.find("from property table\n") + sizeof "from property table");
     return lines;

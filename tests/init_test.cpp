@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <sstream>
 
 #include "support.h"
 
@@ -54,7 +55,10 @@ class InitTest : public LibraryTest {
       EXPECT_EQ(world.properties.count(name) != 0 ? world.properties[name] : "", value) << name << '\n' << LogText();
     }
   }
-  std::string Box() { return world.boxes.empty() ? "" : world.boxes.back().text; }
+  std::string Box() {
+    EXPECT_TRUE(world.boxes.empty() || world.boxes.back().type == MB_ICONERROR);
+    return world.boxes.empty() ? "" : world.boxes.back().text;
+  }
 };
 
 TEST_F(InitTest, AServerIsInitialised) {
@@ -104,6 +108,15 @@ TEST_F(InitTest, AServerIsInitialised) {
        "state is INSTALLSTATE_BADCONFIG\niwiInstallInitPri: Product {R} (Server) state is INSTALLSTATE_UNKNOWN\n"
        "iwiInstallInitPri: ***Product {S} (Client) state is 00000003\n",
        "Pri: UI text key 'ZQV__setup_language': 'German'\n", "Pri: No service applied\n"});
+  std::size_t at = 0;  // the sections without a property, each between its neighbours
+  for (const char *text :
+       {": Windows version", "'MsiNTProductType'", "Build Time", ": Product {P}", "Product {S}", "'SystemLanguageID'",
+        ": UI text key", "Unpacking binary Name: 'zqvircgn.dll'", "'ZQVLANGUAGECODE'",
+        "Deleted file: 'C:\\temp\\zqvcancl.txt'", "'ONLYINI'", "'REINSTALLMODE'", "'WIZPARMFILE'",
+        "Unpacking binary Name: 'zqviwiln.dll'", "'STARTSERVICE'", ": No service applied", "'ZQVSERVICESHIPLEVEL'"}) {
+    at = LogText().find(text, at);
+    EXPECT_NE(at, std::string::npos) << text << " comes too early";
+  }
   EXPECT_EQ(world.ReadFile("C:\\temp\\zqvl0001.dll")->size() + world.ReadFile("C:\\temp\\zqvg0001.dll")->size(), 8u);
   EXPECT_EQ(world.ReadFile("C:\\temp\\QVSeries.ini"), "");
   EXPECT_FALSE(world.Exists("C:\\temp\\zqvcancl.txt"));
@@ -139,7 +152,9 @@ TEST_F(InitTest, WhatIsInstalledAlready) {
   EXPECT_EQ(Run({{"VersionNT", "400"}}), 0u);
   Expect({{"ZQVMIGRATE", "1"}, {"ZQVSTARTSERVICE", "1"}, {"ZQVSTARTTASKBAR", "1"}, {"REINSTALLMODE", "omus"}});
   ExpectInLog({"Registry VRMF is '5.3.0.1' (5.3.0.1)\n"});
-  EXPECT_EQ(LogText().find("Previous installation level"), LogText().rfind("Previous installation level"));
+  const std::size_t level = LogText().find("Previous installation level 1 ('5.3.0.1'), program folder 'C:\\qv'");
+  EXPECT_NE(level, std::string::npos);
+  EXPECT_EQ(LogText().find("Previous installation level", level + 1), std::string::npos);
   install();
   world.held.clear();
   world.services["QVSeriesServices"].state = 1;
@@ -208,8 +223,8 @@ TEST_F(InitTest, HighContrast) {
                     *const set = "Setting high contrast mode because of text colour\n";
   using Case = std::tuple<const char *, const char *, bool, DWORD, const char *, const char *, const char *>;
   for (const auto &[wanted, registry, system, colour, published, choice, line] :
-       {Case{"YES", "0", false, 0, "1", "1", "Pri: "}, Case{"maybe", "0", false, 0, "1", "", "Pri: "},
-        Case{"No", "1", true, 0, "0", "0", "Pri: "}, Case{"", "1x", false, 0, "1", "", "contrast flag is '1x'\n"},
+       {Case{"YES", "0", false, 0, "1", "1", ""}, Case{"maybe", "0", false, 0, "1", "", ""},
+        Case{"No", "1", true, 0, "0", "0", ""}, Case{"", "1x", false, 0, "1", "", "contrast flag is '1x'\n"},
         Case{"", "0", true, 0, "1", "", "Accessibility high contrast mode is on\n"},
         Case{"", nullptr, false, 0x7F7F80, "", "", none}, Case{"", "", true, 0, "1", "", "flag is ''\n"},
         Case{"", nullptr, false, 0x7F8080, "1", "", set}, Case{"", "0", false, 0x030201, "", "", off}}) {
@@ -222,6 +237,7 @@ TEST_F(InitTest, HighContrast) {
     EXPECT_EQ(Run({{"HIGHCONTRAST", wanted}}), 0u);
     Expect({{"ZQVHIGHCONTRAST", published}, {"ZQVSETHIGHCONTRAST", choice}});
     ExpectInLog({line});
+    EXPECT_EQ(LogText().find("QV registry high contrast") == std::string::npos, *wanted != '\0');
   }
   ExpectInLog({"Text colour is R:1 G:2 B:3\n"});
   Restart();
@@ -234,12 +250,12 @@ TEST_F(InitTest, HighContrast) {
 
 TEST_F(InitTest, VersionsAndServiceLevels) {
   for (const auto &[version, level, vrmf, line] :
-       {std::tuple{"6", " 05 . 010", "6.0.5.10", "Pri: "},
-        {"6.", "A.1", "6.0.A.1", "Pri: "},
-        {"a.b", "", "0.0.0.0", "Pri: "},
-        {"00.00", "00.000", "0.0.0.0", "Pri: "},
-        {"010.a203.9", "7.8", "10.203.7.8", "Pri: "},
-        {"6.0", "99999999999999999999.0", "6.0.99999999999999999999.0", "Pri: "},
+       {std::tuple{"6", " 05 . 010", "6.0.5.10", ""},
+        {"6.", "A.1", "6.0.A.1", ""},
+        {"a.b", "", "0.0.0.0", ""},
+        {"00.00", "00.000", "0.0.0.0", ""},
+        {"010.a203.9", "7.8", "10.203.7.8", ""},
+        {"6.0", "99999999999999999999.0", "6.0.99999999999999999999.0", ""},
         {"6.0", "1A.1", "", "***Modification Level '1A' must be all numeric or all alphabetic\n"},
         {"6.0", "1.2.3", "", "***Invalid Modification.Fix Level 'ZQVSERVICESHIPLEVEL'\n"},
         {"6.0", "1.x", "", "***Fix Level 'x' must be numeric\n"},
@@ -250,7 +266,62 @@ TEST_F(InitTest, VersionsAndServiceLevels) {
     EXPECT_EQ(Run({{"ProductVersion", version}, {"ZQVSERVICESHIPLEVEL", level}}), *vrmf == '\0' ? 1603u : 0u) << level;
     Expect({{"ZQVVRMF", vrmf}});
     ExpectInLog({line});
+    EXPECT_EQ(LogText().find("***") == std::string::npos, *line == '\0');
   }
+}
+
+TEST_F(InitTest, EachReadHasItsLongestValue) {
+  for (const auto &[length, names] :
+       {std::pair<std::size_t, std::vector<const char *>>{64, {"ONLYINI"}},
+        {260, {"MsiNTProductType", "UpgradeCode", "ProductVersion", "Installed", "SystemLanguageID", "ZQVLICENSETYPE"}},
+        {260, {"PATCH", "ZQVCLIENT", "VersionNT", "SAVEINI", "UILevel", "KEEPWEBDATA", "REINSTALLMODE", "USEINI"}},
+        {260, {"STARTSERVICE", "STARTTASKBAR", "ZQVSERVICESHIPLEVEL"}},
+        {516, {"HIGHCONTRAST", "USERCHOICE", "AGREETOLICENSE", "ZQVCHECKMSCS", "ZQVCHECKPUBSUB", "KEEPQMDATA"}},
+        {516, {"WIZPARMFILE"}},
+        {2048, {"REMOVE", "ADDLOCAL", "ADDSOURCE", "ADDDEFAULT", "REINSTALL", "ADVERTISE"}}}) {
+    for (const char *name : names) {
+      ExpectLength(iwiInstallInitPri, name, length);
+    }
+  }
+}
+
+TEST_F(InitTest, EachLanguageIdentifierHasItsCodeAndLetter) {
+  std::istringstream rows(
+      "404 zh_TWt 804 zh_CNz c04 zh_CNz 1004 zh_CNz 407 de_DEg 807 de_DEg c07 de_DEg 1007 de_DEg 1407 de_DEg "
+      "40c fr_FRf 80c fr_FRf c0c fr_FRf 100c fr_FRf 140c fr_FRf 180c fr_FRf 410 it_ITi 810 it_ITi 411 ja_JPj "
+      "412 ko_KRk 812 ko_KRk 416 pt_BRb 419 ru_RUr 40e hu_HUh 406 da_DKa 40b fi_FIa 413 nl_NLa 813 nl_NLa "
+      "414 no_NOa 814 no_NOa 415 pl_PLa 41d sv_SEa 81d sv_SEa 816 en_USa 540a en_USa 1c0c en_USa 0 en_USa");
+  std::map<int, std::string> codes;
+  for (std::string number, code; rows >> number >> code;) {
+    codes[std::stoi(number, nullptr, 16)] = code;
+  }
+  for (int number = 0x40A; number <= 0x500A; number += 0x400) {
+    codes[number] = "es_ESs";
+  }
+  world.tables["UIText"].rows = {{kUi, ""}};
+  for (const auto &[number, code] : codes) {
+    Reload();
+    EXPECT_EQ(Run({{"SystemLanguageID", std::to_string(number)}}), 1603u);
+    EXPECT_EQ(world.properties["ZQVSYSTEMLANGUAGECODE"] + world.properties["ZQVLANGUAGECODE"], code) << number;
+  }
+}
+
+TEST_F(InitTest, WhatIsMissingAndWhatIsKept) {
+  Fail("MsiGetSummaryInformationA", 1627);
+  EXPECT_EQ(Run(), 0u);
+  Expect({{"ZQVBUILDDATE", "Packaged* on Aug  1 2007 at 23:17:22; version 1.231.1.7"}, {"ZQVPACKAGECODE", ""}});
+  Restart();
+  EXPECT_EQ(Run({{"TempFolder", ""}}), 1603u);  // no temporary name, but the rest
+  Expect({{"ZQVLANGUAGECODE", "g"}, {"ZQVLICENSEPATH", "licenses"}});
+  Restart();
+  world.MakeFolder("C:\\new");
+  EXPECT_EQ(Run({{"REMOVE", "ALL"}}) + Run({{"REMOVE", ""}, {"ZQVTEMP", "C:\\new"}}), 0u);
+  Expect({{"ZQVREMOVE", "1"}});  // read once a load; the folder each time
+  EXPECT_TRUE(world.Exists("C:\\new\\zqvl0001.dll"));
+  Restart();
+  world.WriteFile("C:\\temp\\r.ini", "[Response]\nKEEPWEBDATA=delete\nKEEPQMDATA=delete\nSTARTSERVICE=1\n");
+  EXPECT_EQ(Run({{"USEINI", "C:\\temp\\r.ini"}}), 0u);
+  Expect({{"ZQVLEAVEWEBDATAINSTALL", "keep"}, {"ZQVLEAVEQMDATAINSTALL", "delete"}, {"ZQVSTARTSERVICE", ""}});
 }
 
 TEST_F(InitTest, WhatStopsAnInstallation) {

@@ -1,5 +1,6 @@
 #include "runtime/log.h"
 
+#include "base/text.h"
 #include "runtime/actions/log_actions.h"
 #include "runtime/temp_name.h"
 #include "support.h"
@@ -42,10 +43,23 @@ TEST_F(LogTest, TheThirdLogCanMoveToTheDataFolderAndRetire) {
   LogRaw("two");
   EXPECT_EQ(FileText("C:\\temp\\third.txt"), "one\r\n");
   EXPECT_EQ(FileText("C:\\data\\zqvmjpse.txt"), "two\r\n");
+  RetireTempLog();
+  LogRaw("three");  // the data folder's log still
   Reload();
   RetireTempLog();
-  LogRaw("three");
+  LogRaw("four");
   EXPECT_EQ(FileText("C:\\temp\\third.txt"), "one\r\n");
+  EXPECT_EQ(FileText("C:\\data\\zqvmjpse.txt"), "two\r\nthree\r\n");
+}
+
+TEST_F(LogTest, WithoutARecordALineStillGoesToItsFiles) {
+  world.properties["ZQVUSERTRACEPATH"] = "C:\\temp\\trace.log";
+  for (const char *call : {"MsiCreateRecord", "MsiRecordSetStringA"}) {
+    Fail(call, 1627);
+    LogRaw(call);
+  }
+  EXPECT_TRUE(world.installerLog.empty() && world.messages.empty());
+  EXPECT_EQ(FileText("C:\\temp\\trace.log"), "MsiCreateRecord\r\nMsiRecordSetStringA\r\n");
 }
 
 TEST_F(LogTest, ALineCostsFourInstallerCallsAndAReadForEachUnknownPath) {
@@ -85,11 +99,20 @@ TEST_F(LogTest, TempNamesTakeTheFirstFreeNumber) {
   EXPECT_EQ(TempName(true, "zqvg", ".txt"), "");
 }
 
+TEST_F(LogTest, TheLastTempNameIsTheNumber65534) {
+  for (int number = 1; number < 65534; ++number) {
+    world.WriteFile(Format("C:\\temp\\n%4.4x", number), "");
+  }
+  EXPECT_EQ(TempName(false, "n", ""), "C:\\temp\\nfffe");
+  EXPECT_EQ(TempName(false, "n", ""), "");
+}
+
 TEST_F(LogTest, StartLogsFollowsItsSwitch) {
   const std::string traceLog = "C:\\new\\logs\\trace.log";
   for (const auto &[trace, log, published] :
        {std::tuple<std::string, const char *, std::string>{"", "", "C:\\temp\\zqvt0001.log"},
         {"NONE", "none", ""},
+        {"C:\\temp\\cut.log\n.no", "", "C:\\temp\\cut.log"},
         {" \"" + traceLog + "\" ", "C:\\temp\\user.log", traceLog}}) {
     Reload();
     world.properties["INSTALLTRACE"] = trace;
@@ -98,6 +121,7 @@ TEST_F(LogTest, StartLogsFollowsItsSwitch) {
     EXPECT_EQ(iwiStartLogs(kSession), 0u);
     EXPECT_EQ(world.properties["ZQVUSERTRACEPATH"], published);
     EXPECT_EQ(world.properties["ZQVUSERLOGPATH"], "");
+    EXPECT_FALSE(world.Exists("none"));
   }
   // The user log lives as long as the action that named it; the trace log begins after the old one is gone.
   const std::string stamp = "10:25:15 QVCA info iwiStartLogs: ",
@@ -120,7 +144,10 @@ TEST_F(LogTest, TheTemporaryLogIsMergedAndDeletedUnlessKept) {
   for (const bool keep : {false, true}) {
     Reload();
     world.properties["ZQVKEEPTEMPLOG"] = keep ? "1" : "";
+    world.properties["ZQVTEMPFILENUM"] = "0007";
+    world.WriteFile("C:\\temp\\zqvg0007.txt", "old");
     EXPECT_EQ(iwiSetTempLogPath(kSession), 0u);
+    EXPECT_EQ(FileText("C:\\temp\\zqvg0007.txt").find("old"), std::string::npos);
     Reload();
     const std::string path = world.properties["ZQVTEMPLOGPATH"];
     world.WriteFile(path, "10:00:00 QVCA info x: early\rcut\r\n" + std::string(520, 'l') + "\n\nlast\r");

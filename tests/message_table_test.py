@@ -17,6 +17,13 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, str(CATALOGUE))
 from message_table import CODE_PAGES, read_table
 
+# What the library and the installer fill in, by number, as inserts() gives it; the other texts are shown as they are.
+FILLED = {
+    **{number: (["[1]"], []) for number in (1017, 1018, 1019, 1020)},
+    **{number: ([], ["%s"]) for number in (2001, 2002, 2003, 2004, 2005)},
+    **{1016: (["[1]", "[2]"], []), 1121: (["%1"], []), 2034: (["%1"], []), 2035: ([], ["%d"]),
+       2100: (["%1", "%2"], [])},
+}
 NAMES = {406, 613, 2027}  # texts that are names, which a translation may keep
 
 
@@ -88,7 +95,7 @@ class Catalogue(unittest.TestCase):
             self.assertEqual(texts.keys(), english.keys(), folder)
             for number, text in texts.items():
                 with self.subTest(folder=folder, number=number):
-                    self.assertEqual(inserts(text), inserts(english[number]))
+                    self.assertEqual(inserts(text), FILLED.get(number, ([], [])))
                     if folder != "en_us" and number not in NAMES:
                         self.assertNotEqual(text, english[number], "is not translated")
 

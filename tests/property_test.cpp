@@ -5,6 +5,7 @@
 #include "features/answers/response_property.h"
 #include "runtime/message.h"
 #include "runtime/progress.h"
+#include "services/tables/remove_file.h"
 #include "support.h"
 
 namespace {
@@ -55,6 +56,40 @@ TEST_F(PropertyTest, ValueListEntriesAreWalkedAsTheyAlwaysWere) {
                          "Property 'A' value ''; from CustomActionData\n"
                          "Property 'Z' not defined in CustomActionData\n"
                          "SETPROPERTY('A', 'v') ignored during deferred execution\n");
+}
+
+TEST_F(PropertyTest, EachReadHasItsLongestValue) {
+  const auto stack = [](MSIHANDLE) -> UINT { return iwiStackFilesForDeletion("C:\\a\\x", "c", 1); };
+  world.properties.insert(
+      {{"ZQVTEMPFILENUM", "0007"}, {"ZQVPROPERTYNAMELIST1", "PLAIN;PGMFOLDER"}, {"SAVEINI", "C:\\temp\\r.ini"}});
+  world.modules["C:\\temp\\zqvl0007.dll"].strings = {{2041, "It failed."}};
+  for (const auto &[action, length, names] :
+       {std::tuple<UINT (*)(MSIHANDLE), std::size_t, std::vector<const char *>>{
+            iwiUserExit, 260, {"ProductName", "ZQVEXTCA60000"}},
+        {iwiStartLogs, 260, {"USEINI"}},
+        {iwiStartLogs, 516, {"INSTALLTRACE", "INSTALLLOG"}},
+        {iwiUnSetTempLogPath, 32, {"ZQVKEEPTEMPLOG", "ZQVTEMPFILENUM"}},
+        {iwiWriteDeferredProperties, 260, {"ZQVTEMP", "PLAIN"}},
+        {iwiWriteDeferredProperties, 516, {"PGMFOLDER"}},
+        {iwiWriteDeferredProperties, 2048, {"ZQVPROPERTYNAMELIST1", "ZQVPROPERTYNAMELIST2", "ZQVPROPERTYNAMELIST3"}},
+        {iwiWriteResponseFile, 260, {"SAVEINI", "ZQVLOGFOLDER", "KEEPWEBDATA", "STARTTASKBAR", "HIGHCONTRAST"}},
+        {iwiSetFeaturesTypical, 32, {"ZQVPRODUCT"}},
+        {iwiSetFeaturesTypical, 260, {"ZQVCLIENT", "VersionNT"}},
+        {iwiStopIfOnlyIni, 260, {"UILevel", "ONLYINI"}},
+        {iwiStopAllQv, 260, {"ZQVPGMFOLDER", "ZQVDATFOLDER", "ZQVPREVPGM"}},
+        {iwiStopAllQv, 16, {"ZQVPREVVERSION"}},
+        {iwiSetZqvBoot, 64, {"ReplacedInUseFiles"}},
+        {stack, 260, {"ZQVRECORDCOUNTER"}},
+        {stack, 32, {"ZQVPROPERTYCOUNTER"}}}) {
+    for (const char *name : names) {
+      ExpectLength(action, name, length);
+    }
+  }
+  world.properties["UILevel"] = "5";
+  ExpectLength(test, "UILevel", 516);
+  ExpectLength(test, "ZQVLANGUAGECODE", 516);
+  world.modes = {MSIRUNMODE_ROLLBACK};
+  ExpectLength(iwiUserExit, "CustomActionData", 324);
 }
 
 TEST_F(PropertyTest, AValueListIsLoadedOnceAndTriedAgainAfterAFailure) {
@@ -158,6 +193,36 @@ TEST_F(MessageTest, TheSplashWindowIsClosedBeforeABox) {
   CloseSplash();
   EXPECT_EQ(world.slept, 750u);
   EXPECT_EQ(Lines(), "Closing splash window (class ZQVQVSeriesSplash)\nSplash bitmap not running\n");
+}
+
+TEST_F(MessageTest, ProgressIsShownInTheScheduledModeOnly) {
+  for (const int mode : {0, 17, 18, 16}) {
+    Reload();
+    world.modes = {mode};
+    SendProgress(0, 5);
+    SendActionData("text");
+    ASSERT_EQ(world.messages.size(), mode == MSIRUNMODE_SCHEDULED ? 2u : 0u) << mode;
+  }
+  EXPECT_EQ(world.messages[0].type, INSTALLMESSAGE_PROGRESS);
+  EXPECT_EQ(world.messages[0].fields, (Row{{}, 2, 5, 0}));
+  EXPECT_EQ(world.messages[1].type, INSTALLMESSAGE_ACTIONDATA);
+  EXPECT_EQ(world.messages[1].fields, (Row{{}, "text"}));
+}
+
+TEST_F(MessageTest, ABoxBelongsToTheForegroundWindowAndHasASecondWay) {
+  world.properties.insert({{"ZQVTEMPFILENUM", "0007"}});
+  world.properties["UILevel"] = "5";
+  world.modules["C:\\temp\\zqvl0007.dll"];  // without texts
+  for (const bool fails : {false, true}) {
+    Fail(fails ? "MessageBoxExA" : "", 5);
+    EXPECT_EQ(iiiDisplayMsgBox("text", 0x24), 1);
+    const Box &box = world.boxes.back();
+    EXPECT_EQ(box.text + box.caption, "textKorvex Vantrel QV");
+    EXPECT_EQ(std::tuple(box.type, box.language, box.owner),
+              std::tuple(0x24u, fails ? -1 : 1024, GetForegroundWindow()));
+  }
+  EXPECT_EQ(world.boxes.size(), 2u);
+  ExpectInLog({": ***iwiLoadNlsString() failed (ID '2027'). (ZQV4701)\n"});
 }
 
 TEST_F(MessageTest, TheSeverityComesFromTheIcon) {

@@ -340,21 +340,84 @@ TEST_F(RunningTest, TheDeferredPassWaitsWithACountdownAndEndsTheRest) {
   EXPECT_EQ(CountLines("Process ID 8 terminated\n"), 1);
   EXPECT_EQ(CountLines("Waited 0 seconds\n"), 1);  // the files
   EXPECT_EQ(world.slept, 1500u + 45000u + 10000u + 2 * 3000u);
-  std::string starts;
-  std::string countdown;
+}
+
+TEST_F(RunningTest, AWholeStopInItsOrder) {
+  world.services["KorvexQVSeries"];
+  world.services["QVSeriesServices"].stopsAt = world.clockMs + 1000;
+  world.WriteFile("C:\\data\\zqvqmgrs.txt", "QM\n");
+  const auto isStart = [](const Message &message) { return message.type == INSTALLMESSAGE_ACTIONSTART; };
+  world.onCall = [&](std::string_view) {  // the first service ends as soon as it is waited for
+    if (std::any_of(world.messages.begin(), world.messages.end(), isStart)) {
+      world.services["KorvexQVSeries"].stopsAt = 0;
+    }
+  };
+  Defer();
+  EXPECT_EQ(iwiStopAllQv(kSession), 0u);
+  std::string
+      sequence;  // the messages, "+N" for N steps of the bar, and with their second the lines that tell the order
+  int steps = 0;
   for (const Message &message : world.messages) {
-    if (message.type == 0x08000000) {
-      starts += std::get<std::string>(message.fields[1]) + "/" + std::get<std::string>(message.fields[2]) + "/" +
-                std::get<std::string>(message.fields[3]) + "\n";
-    } else if (message.type == 0x09000000 && starts.find('\n') + 1 == starts.size()) {
-      countdown += std::get<std::string>(message.fields[1]) + " " + std::get<std::string>(message.fields[2]) + "\n";
+    std::string text;
+    if (message.type == INSTALLMESSAGE_PROGRESS && message.fields == Row{{}, 2, 100000, 0}) {
+      ++steps;
+    } else if (message.type != INSTALLMESSAGE_INFO) {
+      for (std::size_t field = 1; field < message.fields.size(); ++field) {
+        const Cell &cell = message.fields[field];
+        const std::string *shown = std::get_if<std::string>(&cell);
+        text += "/" + (cell == Cell{} ? "" : shown != nullptr ? *shown : std::to_string(std::get<int>(cell)));
+      }
+    } else {
+      const std::string &line = std::get<std::string>(message.fields[1]);
+      for (const char *part : {"Waited ", "File '", "endqvlsr", "Process"}) {
+        const std::size_t at = line.find(": ") + 2;
+        text = line.find(part, at) == std::string::npos ? text : line.substr(6, 2) + " " + line.substr(at);
+      }
+    }
+    if (!text.empty()) {
+      sequence += (steps == 0 ? "" : "+" + std::to_string(steps) + " ") + text + "\n";
+      steps = 0;
     }
   }
-  EXPECT_EQ(starts,
-            "iwiStopAllQv/Stopping/Ending [1]: [2]\niwiStopAllQv/Stopping/Pause\n"
-            "iwiStopAllQv/Stopping/Queue managers: [1]\niwiStopAllQv/Stopping/Listeners: [1]\n"
-            "iwiStopAllQv/Stopping/Pause\niwiStopAllQv/Stopping/Files: [1]\n");
-  EXPECT_EQ(countdown, "KorvexQVSeries 120\nKorvexQVSeries 119\nKorvexQVSeries 118\n");
+  const std::string start = "/iwiStopAllQv/Stopping/", pause = start + "Pause\n/3/\n+1 /2/\n+2 /1/\n+2 /0/\n+1 ",
+                    free = ".exe' is not locked\n", bin = "C:\\qv\\bin\\";
+  EXPECT_EQ(sequence,
+            "/1/1/0\n" + start + "Ending [1]: [2]\n/KorvexQVSeries/120\n+240 15 Waited 0 seconds\n" + start +
+                "Ending [1]: [2]\n/QVSeriesServices/120\n+1 /QVSeriesServices/119\n" + "+239 16 Waited 1 seconds\n" +
+                pause + start + "Queue managers: [1]\n/45/\n+90 19 Waited 0 seconds\n19 Found endqvlsr\n" +
+                "19 Launching process '" + bin + "endqvlsr.exe' '-m QM'; dir '" + bin.substr(0, 9) + "'.\n" + start +
+                "Listeners: [1]\n/10/\n+20 19 Waited 0 seconds\n19 File '" + bin + "runqvlsr" + free + "19 File '" +
+                bin + "zqvmtbrn" + free + "19 File '" + bin + "zqvmsrvn" + free + pause + "22 File '" + bin +
+                "zqvxssvn" + free + start + "Files: [1]\n/60/\n+120 22 Waited 0 seconds\n");
+  world.Remove(Bin("endqvlsr.exe"));
+  world.launched.clear();
+  Defer();
+  EXPECT_EQ(iwiStopAllQv(kSession), 0u);
+  EXPECT_EQ(CountLines("Not found endqvlsr\n"), 1);
+  EXPECT_TRUE(world.launched.empty());
+}
+
+TEST_F(RunningTest, AProcessIsEndedForItsWholeNameOnly) {
+  world.held = {Bin("runqvlsr.exe")};
+  world.MakePsapi("C:\\temp\\psapi.dll");
+  world.processes = {
+      {8, "C:\\x\\myrunqvlsr.exe"}, {12, "C:\\runqvlsr.exe\\x"}, {16, "runqvlsr.exe2"}, {20, "runqvlsr"}};
+  world.failCall = {"OpenProcess", 1, 87};  // it has ended meanwhile
+  iwiTerminateProcessByImage("C:\\qv\\bin", "runqvlsr.exe");
+  EXPECT_EQ(world.processes.size(), 4u);
+  EXPECT_EQ(CountLines("***"), 0);
+}
+
+TEST_F(RunningTest, AServiceIsActiveInEveryStateButStopped) {
+  for (DWORD state = 0; state <= 8; ++state) {
+    world.services["s"].state = state;
+    EXPECT_EQ(iwiIsServiceActive("s"), state >= SERVICE_START_PENDING && state <= SERVICE_PAUSED) << state;
+  }
+  world.services["KorvexQVSeries"];
+  Defer();
+  Fail("ChangeServiceConfigA", 5);
+  EXPECT_EQ(iwiRenameQvService(kSession), 0u);
+  EXPECT_EQ(CountLines(": Error 5 from ChangeServiceConfig()'\n"), 1);
 }
 
 TEST_F(RunningTest, ARollbackIsPassedOverByTheStopAndUndoesTheRenaming) {
@@ -381,6 +444,7 @@ TEST_F(RunningTest, ARestartIsPublished) {
     world.properties["ReplacedInUseFiles"] = replaced;
     EXPECT_EQ(iwiSetZqvBoot(kSession), 0u);
     EXPECT_EQ(world.properties["ZQVBOOT"], boot);
+    EXPECT_EQ(CountLines(": Reboot is scheduled\n"), modes.empty() ? 0 : 1);
   }
 }
 

@@ -79,5 +79,20 @@ class LibraryTest : public testing::Test {
     world.failCall = {call, nth, code};
   }
 
+  /// The action reads a property of one character less than `length`, and says of one more that it cannot.
+  void ExpectLength(UINT (*action)(MSIHANDLE), const std::string &property, std::size_t length) {
+    const auto before = world.properties;
+    for (const std::size_t size : {length - 1, length}) {
+      Reload();
+      world.properties = before;
+      world.properties[property] = std::string(size, 'x');
+      action(kSession);
+      const auto logs = [&](const std::string &text) { return LogText().find(text) != std::string::npos; };
+      EXPECT_TRUE(size == length || logs("Property '" + property + "' value 'xxx")) << property;
+      EXPECT_EQ(logs("***msiGetProperty('" + property + "') failed (234)\n"), size == length) << property;
+    }
+    world.properties = before;
+  }
+
   World &world;
 };

@@ -3,6 +3,7 @@
 #include "services/files/source_path.h"
 #include "services/tables/binary_stream.h"
 #include "services/tables/components.h"
+#include "services/tables/feature_state.h"
 #include "services/tables/products.h"
 #include "services/tables/remove_file.h"
 #include "services/tables/table_row.h"
@@ -102,6 +103,40 @@ TEST_F(TablesTest, TheRecordCounterMovesOnWheneverARowWasTried) {
     EXPECT_EQ(rows.empty() ? Cell{""} : rows[0][0], Cell{key}) << failing << nth;
     EXPECT_EQ(world.properties["ZQVRECORDCOUNTER"], after);
   }
+  world.tables["RemoveFile"].rows = {{"ZQV_Record_42"}};
+  Fail("MsiSetPropertyA", 87);
+  EXPECT_EQ(iwiStackFolderForDeletion("C:\\", "comp", 1), 1603u) << "the counter's failure, not the row's";
+}
+
+TEST_F(TablesTest, FeatureStatesHaveTheirNames) {
+  world.features["F"];
+  for (const auto &[state, name] : {std::pair(-1, "INSTALLSTATE_UNKNOWN"),
+                                    {1, "INSTALLSTATE_ADVERTISED"},
+                                    {2, "INSTALLSTATE_ABSENT"},
+                                    {3, "INSTALLSTATE_LOCAL"},
+                                    {4, "INSTALLSTATE_SOURCE"},
+                                    {5, "00000005"},
+                                    {-4, "fffffffc"},
+                                    {0, "00000000"}}) {
+    static_cast<void>(iwiSetFeatureState("F", static_cast<INSTALLSTATE>(state)));
+    EXPECT_EQ(Lines(), "'F' feature state set to " + std::string(name) + "\n");
+    EXPECT_EQ(world.features["F"].action, state);
+  }
+}
+
+TEST_F(TablesTest, ARelatedProductCountsWhenItsNameCanBeRead) {
+  const std::string upgrade = "{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}", lost(38, '1'), known(38, '2');
+  world.relatedProducts[upgrade] = {lost, known, lost};
+  for (const std::size_t length : {514u, 515u}) {
+    const std::string name = world.productInfo[known]["InstalledProductName"] = std::string(length, 'n');
+    std::string product = "old";
+    iwiFindRelatedProduct(upgrade, product);
+    EXPECT_EQ(product, length < 515 ? known : "");
+    EXPECT_EQ(
+        Lines(),
+        "Searching for upgrade code '" + upgrade + "'\nFound product '" + lost + "'\nFound product '" + known + "'\n" +
+            (length < 515 ? " - '" + name + "' is installed\n" : "Found product '" + lost + "'\n - Not installed\n"));
+  }
 }
 
 TEST_F(TablesTest, AFoldersPropertyStaysItsOwn) {
@@ -124,7 +159,9 @@ TEST_F(TablesTest, AFoldersPropertyStaysItsOwn) {
 
 TEST_F(TablesTest, TheFirstLocalComponentIsFoundOnceALoad) {
   world.tables["Component"].rows = {
-      {std::string(515, 'u')}, {std::string(516, 'c')}, {"absent"}, {"local"}, {"second"}};
+      {std::string(515, 'u')}, {std::string(516, 'c')}, {"absent"}, {"source"}, {"default"}, {"local"}, {"second"}};
+  world.components["source"].action = INSTALLSTATE_SOURCE;
+  world.components["default"].action = INSTALLSTATE_DEFAULT;
   world.components["absent"] = {INSTALLSTATE_LOCAL, INSTALLSTATE_ABSENT};
   world.components["local"] = world.components["second"] = {INSTALLSTATE_ABSENT, INSTALLSTATE_LOCAL};
   EXPECT_EQ(iwiFindLocalComponent("default"), "local");
@@ -191,6 +228,13 @@ TEST_F(TablesTest, WhatKeepsAStreamFromBeingUnpackedIsSaid) {
   }
 }
 
+TEST_F(TablesTest, AFailureAfterAGoodMatchIsAFailure) {
+  world.tables["Binary"].rows = {{"a", Bytes(3)}, {"b", Bytes(3)}};
+  Fail("MsiRecordGetStringA", 87, 2);
+  EXPECT_FALSE(iwiUnpackBinary("a", "", "C:\\temp\\out", nullptr));
+  EXPECT_TRUE(Lines().ends_with("Written 3 bytes to 'C:\\temp\\out'\n***MsiRecordGetString('Name') failed (87)\n"));
+}
+
 TEST_F(TablesTest, SourcePathsAreMadeOfFolderAndLongName) {
   world.tables["File"].rows = {{"f1", "SHORT~1.TXT|long name.txt"}, {"f2", "plain.txt"}};
   world.sourcePaths["DIR"] = "C:\\src\\";
@@ -221,9 +265,18 @@ TEST_F(TablesTest, SourcePathsAreMadeOfFolderAndLongName) {
 }
 
 TEST_F(TablesTest, ProductDataFollowsThePackagesOwnUpgradeCode) {
-  const std::string client = "{5a8b5d80-6dcc-4317-9922-99ec0093bf24}", info = "{78156E97-B71F-491E-A6F4-44CB3C838860}",
+  const std::string server = "{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}",
+                    client = "{5a8b5d80-6dcc-4317-9922-99ec0093bf24}",
+                    xaClient = "{F6AEC289-3597-4BA4-AEC1-C10A07FE6923}",
+                    info = "{78156E97-B71F-491E-A6F4-44CB3C838860}", eclipse = "{D4CF8FDC-BD09-4FF4-8964-56BC7D912D8C}",
                     unknown = "{62F00881-AC47-458F-BF38-2B84B38DBA50}";
   const std::tuple<std::string, int, const char *, const char *, const char *> cases[] = {
+      {server, 2, "0.0", "Vantrel QV", "0.0"},
+      {server, 3, "0.", "static data error", "0.0"},
+      {server, 3, nullptr, "Vantrel QV", "0.0"},
+      {xaClient, 3, "0.0", "Vantrel QV XA Client", "0.0"},
+      {info, 2, "6.0.2", "Vantrel QV Info", "6.0"},
+      {eclipse, 3, nullptr, "Eclipse SDK", "3.0"},
       {client, 2, nullptr, "Vantrel QV", "0.0"},
       {client, 3, "0.0.1", "Vantrel QV Client", "0.0"},
       {info, 3, "6.1", "static data error", "6.0"},

@@ -53,6 +53,11 @@ class LibraryFile(unittest.TestCase):
         self.assertEqual(struct.unpack_from("<I", content, header + 8)[0], 0)
         self.assertRegex(self.headers, r"Time/Date stamp\s+0*0\b")  # of the exports
 
+    def test_it_may_be_loaded_anywhere_and_its_data_is_not_run(self):
+        self.assertEqual(int(re.search(r"^DllCharacteristics\s+(\w+)", self.headers, re.MULTILINE)[1], 16), 0x140)
+        relocations = re.search(r"^Entry 5 \w+ (\w+) Base Relocation", self.headers, re.MULTILINE)[1]
+        self.assertGreater(int(relocations, 16), 0)
+
     def test_version_information(self):
         content = library.read_bytes()
         for text in ("zqviwicn.dll", "Vantrel QV", "Korvex", "6.0.2.0"):

@@ -115,6 +115,8 @@ TEST_F(ServicesTest, TreesAreCopied) {
   for (const char *name : {"source\\a.txt", "source\\b.dat", "source\\one\\c.txt", "source\\one\\two\\d.txt"}) {
     Write(name, FILE_ATTRIBUTE_READONLY);
   }
+  EXPECT_FALSE(iwiCreateFolderTree(copy + "\\"));
+  Write("new\\copy\\a.txt", FILE_ATTRIBUTE_READONLY);
   EXPECT_EQ(iwiCopyPattern(folder + "\\source", copy, "*.txt", true), 0u);
   for (const std::string name : {"\\a.txt", "\\one\\c.txt", "\\one\\two\\d.txt"}) {
     EXPECT_EQ(ReadFile(copy + name), "source" + name);

@@ -33,6 +33,7 @@ UINT GetState(const char *call, std::map<std::string, InstallState> World::*stat
               LPCSTR name, INSTALLSTATE *installed, INSTALLSTATE *action) {
   return CodedCall(call, [&](World &world) {
     RequireImmediate(world, session);
+    *installed = *action = static_cast<INSTALLSTATE>(0);  // as the engine does for a name that it does not know
     const InstallState &state = Known(world.*states, OrEmpty(name), unknown);
     *installed = state.installed;
     *action = state.action;

@@ -49,9 +49,9 @@ std::string FormatText(const char *text, char **arguments) {
   return out;
 }
 
-int ShowBox(const char *call, LPCSTR text, LPCSTR caption, UINT type, int language) {
+int ShowBox(const char *call, HWND owner, LPCSTR text, LPCSTR caption, UINT type, int language) {
   return Call(call, 0, [&](World &world) {
-    world.boxes.push_back({OrEmpty(text), OrEmpty(caption), type, language});
+    world.boxes.push_back({OrEmpty(text), OrEmpty(caption), type, language, owner});
     return 1;
   });
 }
@@ -323,12 +323,12 @@ DWORD FormatMessageA(DWORD flags, const void *source, DWORD, DWORD, LPSTR buffer
 
 HWND GetForegroundWindow() { return reinterpret_cast<HWND>(&the_world); }
 
-int MessageBoxA(HWND, LPCSTR text, LPCSTR caption, UINT type) {
-  return ShowBox("MessageBoxA", text, caption, type, -1);
+int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT type) {
+  return ShowBox("MessageBoxA", owner, text, caption, type, -1);
 }
 
-int MessageBoxExA(HWND, LPCSTR text, LPCSTR caption, UINT type, WORD language) {
-  return ShowBox("MessageBoxExA", text, caption, type, language);
+int MessageBoxExA(HWND owner, LPCSTR text, LPCSTR caption, UINT type, WORD language) {
+  return ShowBox("MessageBoxExA", owner, text, caption, type, language);
 }
 
 HWND FindWindowExA(HWND, HWND, LPCSTR windowClass, LPCSTR) {

@@ -90,6 +90,7 @@ struct Box {
   std::string text, caption;
   UINT type;
   int language;  // -1: none was asked for
+  HWND owner;
 };
 
 struct Window {
