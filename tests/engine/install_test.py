@@ -126,6 +126,7 @@ class Success(Installation):
             "ZQVLANGUAGECODE": "a",
             "ZQVPGMFOLDER": "C:\\Program Files\\Korvex\\Vantrel QV\\",
             "ZQVDATFOLDER": "C:\\ProgramData\\Korvex\\Vantrel QV\\",
+            "ZQVLOGFOLDER": "C:\\ProgramData\\Korvex\\Vantrel QV\\log\\",
             "ZQVPREVVERSION": "5.3=a b",
         }
         expected = "".join(f"{name}={values.get(name, '')};" for name in names)
@@ -336,7 +337,7 @@ class ResponseFiles(Installation):
         docs = ["de_de", "en_us", "es_es", "fr_fr", "it_it", "ja_jp", "ko_kr", "pt_br", "zh_cn", "zh_tw"]
         absent = ["FTA_Server", "Explorer", "Client", "FTA_Client", "JavaMsg", "Toolkit"]
         values = {"PGMFOLDER": r"C:\Program Files\Korvex\Vantrel QV", "DATFOLDER": r"C:\ProgramData\Korvex\Vantrel QV"}
-        values |= {"LOGFOLDER": "", "ADDLOCAL": "Base,Server"}
+        values |= {"LOGFOLDER": r"C:\ProgramData\Korvex\Vantrel QV\log", "ADDLOCAL": "Base,Server"}
         values |= {"REMOVE": ",".join([*absent, *(f"docs_{language}_eclipse" for language in docs)])}
         values |= {";AGREETOLICENSE": "yes", ";REMOVEFEATURES": "yes", "KEEPQMDATA": "delete", "KEEPWEBDATA": ""}
         values |= {"USERCHOICE": "no", "LAUNCHWIZ": "", ";WIZPARMFILE": "", "STARTSERVICE": "a=b c"}

@@ -33,13 +33,17 @@ class Agreement(unittest.TestCase):
 
     def answers(self):
         """The keywords that the library looks for in a response file, from its sources: what it reads so by name, and,
-        where the name is a variable, the file's names that no other read or write has."""
+        where the name is a variable, the names of the file, and of the lists of features that it uses, which no other
+        read or write has."""
+        lists = (SOURCES / "features/feature_lists.h").read_text()
         for path in SOURCES.rglob("*.cpp"):
             text = path.read_text()
             read = re.findall(r"\bGetPropertyWithResponse\(([^,)]+)", text)
             yield from (name.strip('"') for name in read if name.startswith('"'))
             if any(not name.startswith('"') for name in read):
-                other = re.findall(r'\b(?:[GS]et\w*Property|SetSwitch)\("(\w+)"', text)
+                text += lists if "features/feature_lists.h" in text else ""
+                other = re.findall(r'\b(?:[GS]et\w*Property|SetSwitch|FillEmpty)\("(\w+)"', text)
+                other += re.findall(r'\bFolderNames \w+\{"\w+", "(\w+)"\}', text)
                 yield from set(re.findall('"([A-Z]{4,})"', text)) - set(other)
 
     def test_the_sample_response_file_explains_every_keyword(self):
@@ -56,9 +60,31 @@ class Agreement(unittest.TestCase):
         first = [row["Source"] for row in package.table("CustomAction") if int(row["Type"]) == FIRST_ONLY_PROPERTY]
         related = [row["ActionProperty"] for row in package.table("Upgrade")]
         self.assertLessEqual({*first, *related, *self.answers()} - FEATURE_LISTS, set(secure))
-        searched = {row["Property"] for row in package.table("AppSearch")}
-        self.assertEqual(searched & set(secure), set())
-        self.assertNotIn("AppSearch", [row["Action"] for row in package.table("InstallUISequence")])
+        directories = {"ZQVPGMFOLDER", "ZQVDATFOLDER", "ZQVLOGFOLDER"}
+        self.assertLessEqual(directories, set(secure))
+
+    def order(self, sequence):
+        """The actions of a sequence, with their conditions, in its order; those of its ends come first."""
+        rows = sorted(package.table(sequence), key=lambda row: int(row["Sequence"]))
+        return [(row["Action"], row["Condition"]) for row in rows]
+
+    def test_directories_are_placed_before_costing_resolves_them(self):
+        placing = [("iwiSetDirs", "NOT Installed"), ("iwiSetRegistryDirs", "Installed")]
+        placing += [("iwiFindExistingLogFolder", "Installed"), ("CostInitialize", "")]
+        for sequence in ("InstallUISequence", "InstallExecuteSequence"):
+            order = self.order(sequence)
+            self.assertEqual(order[order.index(placing[-1]) - 3 :][:4], placing)
+        standard = ["CostInitialize", "FileCost", "CostFinalize", "InstallValidate", "InstallInitialize"]
+        standard += ["InstallAdminPackage", "InstallFiles", "InstallFinalize"]
+        own = ["iwiUnSetTempLogPathOnError", "iwiUnSetTempLogPathOnCancel", "SetProtectedTemp", "iwiStartLogs"]
+        own += ["iwiInstallInitPri", "iwiSetTempLogPath", "iwiPrintSummary", "iwiSetAdminDir"]
+        order = [action for action, _ in self.order("AdminExecuteSequence")]
+        self.assertEqual(order, [*own, *standard, "iwiUnSetTempLogPath"])
+
+    def test_an_earlier_version_is_one_in_a_first_installation_only(self):
+        conditions = [row["Condition"] for row in package.table("InstallExecuteSequence")]
+        found = [condition for condition in conditions if "ZQVPREV" in condition or "ZQVMIGRATE" in condition]
+        self.assertEqual([condition for condition in found if not condition.endswith(" AND NOT Installed")], [])
 
     def test_level(self):
         _, _, modification = package.properties["ProductVersion"].split(".")

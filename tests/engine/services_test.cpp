@@ -82,11 +82,11 @@ TEST_F(ServicesTest, SourcesAreFound) {
   }
   UINT result = 0;
   std::string path;
-  EXPECT_TRUE(iwiGetSourceFilePath("readme.txt", "INSTALLDIR", path, result));
+  EXPECT_TRUE(iwiGetSourceFilePath("readme.txt", "ZQVPGMFOLDER", path, result));
   EXPECT_TRUE(path.ends_with("\\engine_package\\readme.txt")) << path;
-  EXPECT_FALSE(iwiGetSourceFilePath("toolkit.txt", "INSTALLDIR", path, result));
+  EXPECT_FALSE(iwiGetSourceFilePath("toolkit.txt", "ZQVPGMFOLDER", path, result));
   EXPECT_EQ(result, 0u);
-  EXPECT_FALSE(iwiGetSourceFilePath("absent.txt", "INSTALLDIR", path, result));
+  EXPECT_FALSE(iwiGetSourceFilePath("absent.txt", "ZQVPGMFOLDER", path, result));
   EXPECT_EQ(result, 1603u);
   EXPECT_FALSE(iwiGetSourceFilePath("readme.txt", "NOWHERE", path, result));
   EXPECT_TRUE(Logged("***Unable to locate source path (267) for directory 'NOWHERE'"));
