@@ -46,10 +46,12 @@ class Package:
         with tempfile.TemporaryDirectory() as folder:
             return subprocess.run(call, check=True, capture_output=True, text=True, cwd=folder).stdout
 
-    def files(self):
-        """Paths below drive C of the files that an installation without further options brings, with their sizes."""
+    def files(self, features=None, **places):
+        """Paths below drive C of the files that an installation brings, with their sizes: those of the features, by
+        default of all that are installed without further options. `places` has directories that are elsewhere, with
+        their paths below drive C."""
         folders = {row["Directory"]: row for row in self.table("Directory")}
-        known = {"TARGETDIR": ".", "ProgramFilesFolder": "Program Files", "CommonAppDataFolder": "ProgramData"}
+        known = {"TARGETDIR": ".", "ProgramFilesFolder": "Program Files", "CommonAppDataFolder": "ProgramData"} | places
 
         def resolve(folder):
             if folder in known:
@@ -57,7 +59,7 @@ class Package:
             return resolve(folders[folder]["Directory_Parent"]) / folders[folder]["DefaultDir"].split("|")[-1]
 
         limit = int(self.properties["INSTALLLEVEL"])
-        features = {row["Feature"] for row in self.table("Feature") if int(row["Level"]) <= limit}
+        features = features or [row["Feature"] for row in self.table("Feature") if int(row["Level"]) <= limit]
         wanted = {row["Component_"] for row in self.table("FeatureComponents") if row["Feature_"] in features}
         homes = {row["Component"]: resolve(row["Directory_"]) for row in self.table("Component")}
         return {
@@ -170,10 +172,10 @@ class Machine:
         folder.mkdir(parents=True)
         return folder
 
-    def product_files(self):
-        """Paths below drive C of all files in the maker's folders, with their sizes."""
+    def product_files(self, *homes):
+        """Paths below drive C of all files in the maker's folders, and in others, with their sizes."""
         found = {}
-        for home in ("Program Files/Korvex", "ProgramData/Korvex"):
+        for home in ("Program Files/Korvex", "ProgramData/Korvex", *homes):
             for path in (self.drive / home).rglob("*"):
                 if path.is_file():
                     found[path.relative_to(self.drive)] = path.stat().st_size

@@ -17,10 +17,12 @@ from installation import CANCELLED, FAILED, Package, read_text, response_answers
 
 FOLDER = "install_test"
 TEMP = rf"C:\{FOLDER}"
+OWN = f"{FOLDER}/own folders"  # for the product, where it is not at its default places
 NUMBER = "0001"  # of a fresh folder
 UNKNOWN_PRODUCT = 1605 & 0xFF
 LATER = "{11111111-2222-4333-8444-555555555555}"  # the product code of a later version
 GENERIC_FAILURE = "2041"
+RECORD = r"HKLM\Software\Korvex\QVSeries\CurrentVersion"
 
 
 class Installation(unittest.TestCase):
@@ -38,7 +40,7 @@ class Installation(unittest.TestCase):
 
     def clear(self):
         """Takes away whatever is installed."""
-        if machine.product_files():
+        if machine.product_files(OWN):
             self.remove()
         if machine.product_files():
             machine.wine("wine", "msiexec", "/x", LATER, "/qn")
@@ -303,9 +305,11 @@ class Replacement(Installation):
 class ResponseFiles(Installation):
     """What the user chose travels from one installation to the next."""
 
-    # The feature lists and the comments are for the reader of the file.
+    # The feature lists are the engine's, the comments for the reader of the file.
     passed = ["PGMFOLDER", "DATFOLDER", "LOGFOLDER", "KEEPQMDATA", "KEEPWEBDATA", "USERCHOICE", "LAUNCHWIZ"]
     passed += ["STARTSERVICE", "STARTTASKBAR", "HIGHCONTRAST"]
+    names = {"PGMFOLDER": "QV programs", "DATFOLDER": "QV data", "LOGFOLDER": "logs of it"}
+    places = {switch: rf"{TEMP}\own folders\{name}" for switch, name in names.items()}
 
     def value_list(self):
         newest = max(self.folder.glob("zqvp*.txt"))
@@ -330,8 +334,8 @@ class ResponseFiles(Installation):
         run = self.install(rf"SAVEINI={TEMP}\saved.ini", "QVSETUPTYPE=minimum", "QVNOSTOP=1", *options)
         self.assertEqual(run.status, 0)
         self.expect_actions(run, "iwiSetFeaturesMinimum")
-        bins = sorted(path.name for path in machine.product_files() if path.suffix == ".ini" and path.parent.name == "bin")
-        self.assertEqual(bins, ["zqvserver.ini"])
+        files = self.package.files(["Base", "Server"])
+        self.assertEqual(machine.product_files(), files)
 
         saved = (self.folder / "saved.ini").read_bytes()
         docs = ["de_de", "en_us", "es_es", "fr_fr", "it_it", "ja_jp", "ko_kr", "pt_br", "zh_cn", "zh_tw"]
@@ -348,6 +352,42 @@ class ResponseFiles(Installation):
         self.remove("QVNOSTOP=1")
         (self.folder / "zqvt0001.log").unlink()
         self.assertLessEqual(given.items(), self.install_from(self.folder / "saved.ini").items())
+        self.assertEqual(machine.product_files(), files)
+
+    def install_with(self, answers, *options):
+        lines = ["[Response]", *(f'{name}="{value}"' for name, value in answers.items()), ""]
+        (self.folder / "answers.ini").write_text("\n".join(lines))
+        return self.install(rf"USEINI={TEMP}\answers.ini", *options)
+
+    def test_folders_and_features_are_real(self):
+        """The answers say what is installed and where; repair and removal find it by the registry alone."""
+        features = ["Base", "Server", "docs_fr_fr_eclipse"]
+        answers = {**self.places, "ADDLOCAL": ",".join(features)}
+        other = rf"PGMFOLDER={TEMP}\own folders\other programs"
+        for options, programs in (((), "QV programs"), ((other,), "other programs")):
+            files = self.package.files(features, ZQVPGMFOLDER=f"{OWN}/{programs}", ZQVDATFOLDER=f"{OWN}/QV data")
+            run = self.install_with(answers, *options)
+            self.assertEqual(run.status, 0)
+            self.expect_actions(run)
+            self.assertEqual(machine.product_files(OWN), files)
+            for path in files:
+                (machine.drive / path).unlink()
+            self.assertEqual(self.install("REINSTALL=ALL", "REINSTALLMODE=a").status, 0)
+            self.assertEqual(machine.product_files(OWN), files)
+            self.assertEqual(self.value_list()["ZQVLOGFOLDER"], f"{self.places['LOGFOLDER']}\\")
+            self.assertEqual(self.remove().status, 0)
+            self.assertEqual([*(machine.drive / OWN).rglob("*"), *machine.product_files()], [])
+            self.assertNotEqual(machine.wine("wine", "reg", "query", RECORD, "/v", "PgmFolder", "/reg:32"), 0)
+
+    def test_one_bad_folder_moves_nothing(self):
+        bad = f"{TEMP}\\own folders\\QV: data\\"
+        self.expect_rolled_back(self.install_with({**self.places, "DATFOLDER": bad}), FAILED)
+        lines = texts(self.read("zqvt0001.log"))
+        self.assertIn(f"iwiSetDirs: ***Invalid folder '{bad}' in 'DATFOLDER'", lines)
+        said = message(2100).replace("%1", bad).replace("%2", "DATFOLDER")
+        self.assertIn(f"iwiSetDirs: QVCA iwiSetDirs MB error: {said}", lines)
+        for folder in (OWN, "Program Files/Korvex/Vantrel QV", "ProgramData/Korvex/Vantrel QV"):
+            self.assertFalse((machine.drive / folder).exists(), folder)
 
     def test_answers_are_written_but_for_a_removal(self):
         default = self.folder / "QVSeries.ini"
