@@ -15,9 +15,11 @@ SERVICES = r"HKLM\System\CurrentControlSet\Services"
 class RunningProduct:
     """What runs of the product, and what was made for it to run; `end` takes away all of it."""
 
-    def __init__(self, machine):
+    def __init__(self, machine, programs=PROGRAMS, data=DATA):
+        """The folders of its programs and of its data, below drive C."""
         self.machine = machine
-        self.programs = machine.drive / PROGRAMS
+        self.programs = machine.drive / programs
+        self.data = machine.drive / data
         self.processes = []
         self.services = []
         # It stays behind, for a service that has not looked yet.
@@ -27,7 +29,7 @@ class RunningProduct:
 
     def path(self, program):
         """A program's path as Windows knows it."""
-        return "C:\\" + windows(f"{PROGRAMS}/{program}")
+        return "C:\\" + windows((self.programs / program).relative_to(self.machine.drive))
 
     def start(self, program, *manager):
         """Starts a program that stays, and gives its process once it holds its file."""
@@ -67,7 +69,7 @@ class RunningProduct:
         return key.split("REG_SZ", 1)[1].strip()
 
     def list_queue_managers(self, *lines):
-        (self.machine.drive / DATA / "zqvqmgrs.txt").write_text("\n".join(lines) + "\n")
+        (self.data / "zqvqmgrs.txt").write_text("\n".join(lines) + "\n")
 
     def outlived(self):
         """How many of the started processes are still there, after a while for those that are just ending."""
@@ -88,7 +90,7 @@ class RunningProduct:
         for name in self.services:
             self.machine.wine("wine", "sc", "stop", name)
             self.machine.wine("wine", "sc", "delete", name)
-        (self.machine.drive / DATA / "zqvqmgrs.txt").unlink(missing_ok=True)
+        (self.data / "zqvqmgrs.txt").unlink(missing_ok=True)
         self.processes, self.services = [], []
 
     def call(self, *command):
