@@ -109,11 +109,13 @@ TEST_F(InitTest, AServerIsInitialised) {
        "iwiInstallInitPri: ***Product {S} (Client) state is 00000003\n",
        "Pri: UI text key 'ZQV__setup_language': 'German'\n", "Pri: No service applied\n"});
   std::size_t at = 0;  // the sections without a property, each between its neighbours
-  for (const char *text :
-       {": Windows version", "'MsiNTProductType'", "Build Time", ": Product {P}", "Product {S}", "'SystemLanguageID'",
-        ": UI text key", "Unpacking binary Name: 'zqvircgn.dll'", "'ZQVLANGUAGECODE'",
-        "Deleted file: 'C:\\temp\\zqvcancl.txt'", "'ONLYINI'", "'REINSTALLMODE'", "'WIZPARMFILE'",
-        "Unpacking binary Name: 'zqviwiln.dll'", "'STARTSERVICE'", ": No service applied", "'ZQVSERVICESHIPLEVEL'"}) {
+  std::istringstream order(
+      ": Windows version|'MsiNTProductType'|Build Time|'ZQVPRODUCT'|: Product {P}|Product {S}|'ZQVTEMP'|"
+      "'SystemLanguageID'|: UI text key|Unpacking binary Name: 'zqvircgn.dll'|'ZQVLANGUAGECODE'|"
+      "'ZQVUSERCHOICE'|Deleted file: 'C:\\temp\\zqvcancl.txt'|'ONLYINI'|'REINSTALLMODE'|'WIZPARMFILE'|"
+      "Unpacking binary Name: 'zqviwiln.dll'|'STARTSERVICE'|'STARTTASKBAR'|: No service applied|"
+      "'ZQVSERVICESHIPLEVEL'|");
+  for (std::string text; std::getline(order, text, '|');) {
     at = LogText().find(text, at);
     EXPECT_NE(at, std::string::npos) << text << " comes too early";
   }
