@@ -143,7 +143,7 @@ struct World {
   std::vector<int> installLevels;  // each that was set
   std::map<std::string, std::string> sourcePaths;
   std::map<std::string, std::string> targetPaths;  // of directories, once costing has placed them
-  std::optional<std::uint64_t> created;  // the package's summary information: FILETIME
+  std::optional<std::uint64_t> created;            // the package's summary information: FILETIME
   std::string packageCode;
   NameMap<INSTALLSTATE> productStates;                      // by product code
   NameMap<std::vector<std::string>> relatedProducts;        // product codes by upgrade code
@@ -156,7 +156,7 @@ struct World {
   // Files, by full Windows paths with backslashes. The paths that the functions take may be longer than Windows allows.
   NameSet held;  // open in another process, shared with nobody
   std::vector<std::string> rebootDeletes;
-  NameMap<std::string> volumeLabels;  // by root, with its backslash
+  NameMap<std::string> volumeLabels;                                 // by root, with its backslash
   Node &WriteFile(const std::string &path, std::string_view bytes);  // makes missing folders
   Node &MakeFolder(const std::string &path);
   void MakeJunction(const std::string &path, const std::string &target);
