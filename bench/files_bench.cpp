@@ -98,11 +98,8 @@ void BenchFiles(int files) {
   const InstallerSession session;
   MakeTree(source, files);
   const auto libraryDeletes = [](const std::string &folder) {
-    return iwiDeletePattern({.execute = true,
-                             .path = folder + "\\*",
-                             .deleteFiles = true,
-                             .removeFolders = true,
-                             .recurse = true});
+    return iwiDeletePattern(
+        {.execute = true, .path = folder + "\\*", .deleteFiles = true, .removeFolders = true, .recurse = true});
   };
   // Each copies the tree and deletes the copy, so that the next one finds what the first one found.
   Times libraryCopying, libraryDeleting, bareCopying, bareDeleting, askingCopying, askingDeleting;

@@ -298,7 +298,6 @@ TEST_F(FilesTest, NobodyCanSwapALinkInUnderAWalk) {
   SCOPED_TRACE(seed);
   std::printf("Swaps: seed %u\n", seed);
   std::mt19937 random(seed);
-  std::vector<std::string> folders;
   const auto write = [this](const std::string &root) {
     for (const char *file : {"\\1.txt", "\\2.txt", "\\s\\1.txt", "\\t\\1.txt", "\\t\\u\\1.txt"}) {
       world.WriteFile(root + file, root);
@@ -310,7 +309,7 @@ TEST_F(FilesTest, NobodyCanSwapALinkInUnderAWalk) {
     write("C:\\a");
     write("C:\\keep");
     const std::string kept = Contents(*world.Find("C:\\keep").node);
-    folders = {"C:\\a\\s", "C:\\a\\t", "C:\\a\\t\\u", "C:\\n\\s", "C:\\n\\t", "C:\\n\\t\\u"};
+    std::vector<std::string> folders = {"C:\\a\\s", "C:\\a\\t", "C:\\a\\t\\u", "C:\\n\\s", "C:\\n\\t", "C:\\n\\t\\u"};
     const auto pause = 1 + random() % 10;
     world.onCall = [&](std::string_view) {
       swaps += random() % pause == 0 && Swap(folders[random() % folders.size()]) ? 1 : 0;

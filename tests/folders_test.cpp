@@ -112,8 +112,7 @@ class FoldersTest : public LibraryTest {
 TEST_F(FoldersTest, AChoiceMovesItsDirectoryAndABadOneMovesNothing) {
   world.modules["C:\\temp\\zqvl0007.dll"].strings[2100] = "bad %1 from %2";
   Answer("PGMFOLDER=C:\\file\\\\pgm\nLOGFOLDER=\" \"\n");
-  const Properties file{{"USEINI", "C:\\temp\\r.ini"}};
-  const std::string valid = "C:\\d\\", tooLong = "C:\\" + std::string(242, 'x');
+  const std::string tooLong = "C:\\" + std::string(242, 'x');
   using Case = std::tuple<Properties, ResultCode, std::string, std::string>;
   for (const auto &[given, result, folders, line] :
        {Case({}, 0, "   ", "No value in 'LOGFOLDER'; 'ZQVLOGFOLDER' stays\n"),

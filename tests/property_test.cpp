@@ -238,8 +238,8 @@ TEST_F(MessageTest, TheSeverityComesFromTheIcon) {
 TEST_F(MessageTest, ARecordThatCannotBeClosedIsTold) {
   world.modes = {MSIRUNMODE_SCHEDULED};
   Fail("MsiCloseHandle", 6);
-  for (const auto send :
-       {+[] { SendActionData("x"); }, +[] { SendProgress(0, 1); }, +[] { iiiDisplayMsgBox("x", 0); }}) {
+  void (*const sends[])() = {[] { SendActionData("x"); }, [] { SendProgress(0, 1); }, [] { iiiDisplayMsgBox("x", 0); }};
+  for (const auto send : sends) {
     world.installerLog.clear();
     send();
     ExpectInLog({"***MsiCloseHandle('') failed (6)\n"});

@@ -6,7 +6,8 @@
 namespace zqv {
 
 /// The installer's properties that choose features: lists of names with commas between them, or "ALL".
-inline constexpr const char *kFeatureLists[] = {"ADDLOCAL", "REMOVE", "ADDSOURCE", "ADDDEFAULT", "REINSTALL", "ADVERTISE"};
+inline constexpr const char *kFeatureLists[] = {"ADDLOCAL",   "REMOVE",    "ADDSOURCE",
+                                                "ADDDEFAULT", "REINSTALL", "ADVERTISE"};
 
 /// The names in such a list, without the blanks around them; empty ones do not count. They are parts of `list`.
 std::vector<std::string_view> NamesInList(std::string_view list);

@@ -22,7 +22,7 @@ constinit LoadStateEntry &documentationScanState = state;
 const DocumentationFormats &FindOldDocumentation() {
   if (!state->scanned) {
     state->scanned = true;
-    const std::string folder = PreviousProgramFolder();
+    const std::string &folder = PreviousProgramFolder();
     if (!folder.empty()) {
       state->formats.chm = iwiFolderExists(folder + "\\doc\\chm");
       state->formats.pdf = iwiFolderExists(folder + "\\doc\\pdf");

@@ -1,5 +1,7 @@
 #include "runtime/property.h"
 
+#include <algorithm>
+
 #include "base/path.h"
 #include "base/result_code.h"
 #include "platform/msi.h"
@@ -37,12 +39,8 @@ bool SetProperty(const char *name, const std::string &value) {
 bool SetSwitch(const char *name, bool value) { return SetProperty(name, value ? "1" : ""); }
 
 bool SetProperties(std::initializer_list<PropertyValue> properties) {
-  for (const PropertyValue &property : properties) {
-    if (!SetProperty(property.name, property.value)) {
-      return false;
-    }
-  }
-  return true;
+  return std::all_of(properties.begin(), properties.end(),
+                     [](const PropertyValue &property) { return SetProperty(property.name, property.value); });
 }
 
 bool GetKeptProperty(Kept property) { return FillKept(property, Log); }
