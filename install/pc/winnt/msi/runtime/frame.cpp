@@ -125,8 +125,8 @@ void EnterNesting(const char *actionName) {
     Log("Invalid depth count entering '%s' from '%s': %d", actionName, session.topLevelAction.c_str(), session.depth);
     session.depth = 1;
   }
-  session.nestedAction = actionName;
   ++session.depth;
+  session.nestedAction = actionName;
 }
 
 /// False, with the line and the result that the guard's form asks for, when the running mode is a forbidden one.
@@ -149,28 +149,34 @@ bool GuardAllows(const RunModeGuard &guard, ResultCode &result) {
   return true;
 }
 
-/// Logs how an action has ended that gives no result of its own; without memory for the line, there is none.
-ResultCode EndByException(const Action &action, const char *what) noexcept {
+/// Without memory for the line, there is none.
+void LogException(const Action &action, const char *what) noexcept {
   try {
     Log("***Action '%s' ended by an exception: %s", action.name, what);
   } catch (const std::exception &) {
   }
-  return ERROR_INSTALL_FAILURE;
 }
 
-ResultCode RunInFrame(const Action &action, MSIHANDLE hInstall) {
-  ResultCode result = action.initialResult;
+/// Takes a step of the action. False when it has thrown: that is logged, and the result is a failure.
+template <typename Step>
+bool Take(const Action &action, ResultCode &result, Step step) noexcept {
   try {
-    if (!CaProlog(hInstall, &result, action.name, BuildBanner()) && GuardAllows(action.guard, result) &&
-        action.body != nullptr) {
-      result = action.body();
-    }
+    step();
+    return true;
   } catch (const std::exception &exception) {
-    result = EndByException(action, exception.what());
+    LogException(action, exception.what());
   } catch (...) {
-    result = EndByException(action, "of an unknown kind");
+    LogException(action, "of an unknown kind");
   }
-  return CaEpilog(hInstall, result);
+  result = ERROR_INSTALL_FAILURE;
+  return false;
+}
+
+void ShowFailure() {
+  std::string text;
+  if (iwiLoadNlsString(text, message::kActionFailed)) {
+    iiiDisplayMsgBox(text, MB_ICONERROR);
+  }
 }
 
 }  // namespace
@@ -180,12 +186,14 @@ constinit LoadStateEntry &frameState = state;
 const std::string &BuildBanner() { return state->banner; }
 
 ResultCode RunAction(const Action &action, MSIHANDLE hInstall) noexcept {
-  try {
-    return RunInFrame(action, hInstall);
-  } catch (...) {
-    // Not even a line could be written.
-    return ERROR_INSTALL_FAILURE;
-  }
+  ResultCode result = action.initialResult;
+  Take(action, result, [&] {
+    if (!CaProlog(hInstall, &result, action.name, BuildBanner()) && GuardAllows(action.guard, result) &&
+        action.body != nullptr) {
+      result = action.body();
+    }
+  });
+  return CaEpilog(action, result);
 }
 
 bool CaProlog(MSIHANDLE hInstall, ResultCode *rcOut, const char *actionName, const std::string &banner) {
@@ -218,24 +226,24 @@ bool CaProlog(MSIHANDLE hInstall, ResultCode *rcOut, const char *actionName, con
   return false;
 }
 
-ResultCode CaEpilog(MSIHANDLE /*hInstall*/, ResultCode rc) {
+ResultCode CaEpilog(const Action &action, ResultCode rc) noexcept {
   SessionState &session = Session();
   --session.depth;
   const bool outermost = session.depth < 1;
   if (state->externalLibrary) {
     state->externalLibrary.Reset();
   } else if (outermost && !session.messageShown && rc == ERROR_INSTALL_FAILURE) {
-    std::string text;
-    if (iwiLoadNlsString(text, message::kActionFailed)) {
-      iiiDisplayMsgBox(text, MB_ICONERROR);
-    }
+    Take(action, rc, ShowFailure);
   }
   if (outermost) {
-    FreeMessageLibrary();
+    Take(action, rc, FreeMessageLibrary);
     state->installationMutex.Reset();
   }
-  const ResultCode result = copyCancelled != FALSE && rc == ERROR_SUCCESS ? ERROR_INSTALL_USEREXIT : rc;
-  Log("Returning with rc %d", result);
+  ResultCode result = copyCancelled != FALSE && rc == ERROR_SUCCESS ? ERROR_INSTALL_USEREXIT : rc;
+  const auto tell = [&] { Log("Returning with rc %d", result); };
+  if (!Take(action, result, tell)) {
+    Take(action, result, tell);
+  }
   session.nestedAction.clear();
   ForgetRunModes();
   return result;

@@ -58,8 +58,8 @@ ResultCode RunAction(const Action &action, MSIHANDLE hInstall) noexcept;
 /// holds its result. Returns false when the action's body is to run here.
 bool CaProlog(MSIHANDLE hInstall, ResultCode *rcOut, const char *actionName, const std::string &banner);
 
-/// Returns the action's final result.
-ResultCode CaEpilog(MSIHANDLE hInstall, ResultCode rc);
+/// Returns the action's final result: a failure, too, when there is no memory for a line.
+ResultCode CaEpilog(const Action &action, ResultCode rc) noexcept;
 
 /// Logs the user's name and the run modes that are true.
 void CaLogRunModes(MSIHANDLE hInstall);

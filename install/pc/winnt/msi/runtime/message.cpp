@@ -134,11 +134,16 @@ void FreeMessageLibrary() {
   if (!state->library) {
     return;
   }
+  // It goes even if there is no memory for the line.
+  const struct Drain {
+    ~Drain() {
+      // Deliberate: whatever else in the process still refers to the module is drained too.
+      while (FreeLibrary(state->library.Get()) != FALSE) {
+      }
+      state->library.Release();
+    }
+  } drain;
   Log("Freeing NLS library");
-  // Deliberate: whatever else in the process still refers to the module is drained too.
-  while (FreeLibrary(state->library.Get()) != FALSE) {
-  }
-  state->library.Release();
 }
 
 int iiiDisplayMsgBox(const std::string &text, UINT type) {
