@@ -24,6 +24,7 @@ inline void Require(bool condition, DWORD code) {
 /// A call that returns its error code, and leaves garbage as the last error whatever happens.
 template <typename Body>
 DWORD CodedCall(const char *name, Body body) {
+  const AtWork atWork;
   World &world = TheWorld();
   try {
     const DWORD code = world.Count(name);

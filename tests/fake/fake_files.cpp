@@ -53,6 +53,7 @@ Place FindToOpen(World &world, LPCSTR path, DWORD access, DWORD share, bool mayC
 // Streams. A text ends at a Ctrl-Z, and its lines end in two characters on the disk but in one for the reader.
 
 ssize_t ReadStream(void *cookie, char *buffer, std::size_t size) {
+  const AtWork atWork;
   OpenObject &stream = TheWorld().Object(Id(cookie), "stream");
   if (TheWorld().Count("fread") != 0) {
     errno = EIO;
@@ -69,6 +70,7 @@ ssize_t ReadStream(void *cookie, char *buffer, std::size_t size) {
 }
 
 ssize_t WriteStream(void *cookie, const char *buffer, std::size_t size) {
+  const AtWork atWork;
   const OpenObject &stream = TheWorld().Object(Id(cookie), "stream");
   if (TheWorld().Count("fwrite") != 0) {
     errno = ENOSPC;
@@ -183,6 +185,7 @@ std::FILE *zqv::OpenCFile(const char *path, const char *mode) {
   std::FILE *const none = nullptr;
   return Call("OpenCFile", none, [&](World &world) {
     const std::string how = OrEmpty(mode);
+    world.See("OpenCFile", OrEmpty(path) + " " + how, {});
     Require(how == "rt" || how == "rb" || how == "wt" || how == "wb" || how == "a+", ERROR_INVALID_PARAMETER);
     const bool reads = how[0] == 'r';
     const DWORD access = reads ? GENERIC_READ : how == "a+" ? GENERIC_READ | GENERIC_WRITE : GENERIC_WRITE;
@@ -203,6 +206,7 @@ extern "C" {
 HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES *, DWORD disposition, DWORD flags,
                    HANDLE) {
   return Call("CreateFileA", INVALID_HANDLE_VALUE, [&](World &world) {
+    world.See("CreateFileA", OrEmpty(path), {access, share, disposition, flags});
     Require(disposition >= CREATE_NEW && disposition <= OPEN_EXISTING, ERROR_INVALID_PARAMETER);
     Require(disposition != CREATE_NEW || FindInFolder(world, path).node == nullptr, ERROR_FILE_EXISTS);
     Require(!OrEmpty(path).ends_with(':'), ERROR_PATH_NOT_FOUND);  // that is the drive's current folder, which is gone
@@ -260,13 +264,15 @@ BOOL RemoveDirectoryA(LPCSTR path) {
 
 BOOL MoveFileExA(LPCSTR from, LPCSTR to, DWORD flags) {
   return Call("MoveFileExA", FALSE, [&](World &world) {
-    Require(flags == MOVEFILE_DELAY_UNTIL_REBOOT && to == nullptr, ERROR_INVALID_PARAMETER);
+    world.See("MoveFileExA", OrEmpty(from), {flags});
+    Require((flags & MOVEFILE_DELAY_UNTIL_REBOOT) != 0 && to == nullptr, ERROR_INVALID_PARAMETER);
     world.rebootDeletes.push_back(FindExisting(world, from).path);
   });
 }
 
 BOOL CopyFileExA(LPCSTR from, LPCSTR to, LPPROGRESS_ROUTINE, void *, BOOL *cancel, DWORD flags) {
   return Call("CopyFileExA", FALSE, [&](World &world) {
+    world.See("CopyFileExA", OrEmpty(from), {flags});
     const Place source = FindToOpen(world, from, GENERIC_READ, 3, false);
     const Place target = FindToOpen(world, to, GENERIC_WRITE, 0, true);
     Require(flags == 0 && source.node != target.node, ERROR_SHARING_VIOLATION);
@@ -328,6 +334,7 @@ BOOL SetFileAttributesA(LPCSTR path, DWORD attributes) {
 
 BOOL GetVolumeInformationA(LPCSTR root, LPSTR label, DWORD capacity, DWORD *, DWORD *, DWORD *, LPSTR, DWORD) {
   return Call("GetVolumeInformationA", FALSE, [&](World &world) {
+    world.See("GetVolumeInformationA", OrEmpty(root), {capacity});
     Fill(label, capacity, Known(world.volumeLabels, OrEmpty(root), ERROR_PATH_NOT_FOUND));
   });
 }

@@ -67,6 +67,7 @@ UINT MsiCloseHandle(MSIHANDLE handle) {
 UINT MsiGetPropertyA(MSIHANDLE session, LPCSTR name, LPSTR buffer, DWORD *length) {
   return CodedCall("MsiGetPropertyA", [&](World &world) {
     RequireSession(session);
+    world.See("MsiGetPropertyA", name, {*length});
     const auto property = world.properties.find(name);
     const bool hidden = world.Deferred() && std::strcmp(name, "CustomActionData") != 0;
     PutText(hidden || property == world.properties.end() ? "" : property->second, buffer, length);
@@ -129,6 +130,7 @@ UINT MsiGetComponentStateA(MSIHANDLE session, LPCSTR component, INSTALLSTATE *in
 UINT MsiGetSourcePathA(MSIHANDLE session, LPCSTR folder, LPSTR buffer, DWORD *length) {
   return CodedCall("MsiGetSourcePathA", [&](World &world) {
     RequireImmediate(world, session);
+    world.See("MsiGetSourcePathA", OrEmpty(folder), {*length});
     PutText(Known(world.sourcePaths, OrEmpty(folder), ERROR_DIRECTORY), buffer, length);
   });
 }
@@ -147,6 +149,7 @@ MSIHANDLE MsiCreateRecord(UINT fields) {
 }
 
 UINT MsiRecordSetStringA(MSIHANDLE record, UINT field, LPCSTR value) {
+  const AtWork atWork;
   return SetField("MsiRecordSetStringA", record, field, OrEmpty(value).empty() ? Cell{} : Cell{value});
 }
 
@@ -155,8 +158,10 @@ UINT MsiRecordSetInteger(MSIHANDLE record, UINT field, int value) {
 }
 
 UINT MsiRecordGetStringA(MSIHANDLE record, UINT field, LPSTR buffer, DWORD *length) {
-  return CodedCall("MsiRecordGetStringA",
-                   [&](World &world) { PutText(TextOf(Field(world, record, field)), buffer, length); });
+  return CodedCall("MsiRecordGetStringA", [&](World &world) {
+    world.See("MsiRecordGetStringA", "", {*length});
+    PutText(TextOf(Field(world, record, field)), buffer, length);
+  });
 }
 
 int MsiRecordGetInteger(MSIHANDLE record, UINT field) {
@@ -171,6 +176,7 @@ int MsiRecordGetInteger(MSIHANDLE record, UINT field) {
 UINT MsiRecordReadStream(MSIHANDLE record, UINT field, char *buffer, DWORD *length) {
   return CodedCall("MsiRecordReadStream", [&](World &world) {
     const Bytes *bytes = std::get_if<Bytes>(&Field(world, record, field));
+    world.See("MsiRecordReadStream", "", {*length});
     Require(bytes != nullptr, 1804);
     std::size_t &read = world.Object(record, "record").next;
     std::memset(buffer, kJunk, *length);
@@ -254,6 +260,7 @@ UINT MsiSummaryInfoGetPropertyA(MSIHANDLE summary, UINT property, UINT *type, in
                                 DWORD *length) {
   return CodedCall("MsiSummaryInfoGetPropertyA", [&](World &world) {
     world.Object(summary, "summary");
+    world.See("MsiSummaryInfoGetPropertyA", "", {property, *length});
     *type = property == 9 ? 30 : property == 12 && world.created ? 64 : 0;
     if (*type == 30) {
       PutText(world.packageCode, buffer, length);
@@ -279,6 +286,7 @@ UINT MsiEnumRelatedProductsA(LPCSTR upgradeCode, DWORD reserved, DWORD index, LP
 
 UINT MsiGetProductInfoA(LPCSTR product, LPCSTR attribute, LPSTR buffer, DWORD *length) {
   return CodedCall("MsiGetProductInfoA", [&](World &world) {
+    world.See("MsiGetProductInfoA", attribute, {*length});
     PutText(Known(Known(world.productInfo, product, 1605), attribute, 1608), buffer, length);
   });
 }

@@ -4,14 +4,27 @@
 
 namespace {
 
-Service &Named(World &world, SC_HANDLE handle, DWORD access) {
+constexpr DWORD kAllAccess = 0x1F0FFF;  // to a process that the caller has started
+constexpr DWORD kChangeConfig = 2;
+
+Service &Named(World &world, const char *call, SC_HANDLE handle, DWORD access) {
   const OpenObject &object = world.Object(Id(handle), "service");
+  world.See(call, object.name, {object.access});
   Require((object.access & access) == access, ERROR_ACCESS_DENIED);
   return world.services[object.name];
 }
 
+/// A process opened with this access.
+OpenObject &Process(World &world, const char *call, HANDLE handle, DWORD access) {
+  OpenObject &object = world.Object(Id(handle), "process");
+  world.See(call, object.name, {object.access});
+  Require((object.access & access) == access, ERROR_ACCESS_DENIED);
+  return object;
+}
+
 BOOL WINAPI EnumProcesses(DWORD *ids, DWORD size, DWORD *used) {
   return Call("EnumProcesses", FALSE, [&](World &world) {
+    world.See("EnumProcesses", "", {size});
     *used = 0;
     for (const auto &[id, image] : world.processes) {
       if (*used + sizeof(DWORD) <= size) {
@@ -24,7 +37,7 @@ BOOL WINAPI EnumProcesses(DWORD *ids, DWORD size, DWORD *used) {
 
 BOOL WINAPI EnumProcessModules(HANDLE process, HMODULE *modules, DWORD, DWORD *needed) {
   return Call("EnumProcessModules", FALSE, [&](World &world) {
-    world.Object(Id(process), "process");
+    Process(world, "EnumProcessModules", process, PROCESS_QUERY_INFORMATION | PROCESS_VM_READ);
     *modules = reinterpret_cast<HMODULE>(process);
     *needed = sizeof *modules;
   });
@@ -32,7 +45,9 @@ BOOL WINAPI EnumProcessModules(HANDLE process, HMODULE *modules, DWORD, DWORD *n
 
 DWORD WINAPI GetModuleFileNameExA(HANDLE process, HMODULE, LPSTR name, DWORD length) {
   return Call("GetModuleFileNameExA", DWORD{0}, [&](World &world) {
-    Fill(name, length, world.processes[world.Object(Id(process), "process").process]);
+    world.See("GetModuleFileNameExA", "", {length});
+    const DWORD access = PROCESS_QUERY_INFORMATION | PROCESS_VM_READ;
+    Fill(name, length, world.processes[Process(world, "GetModuleFileNameExA", process, access).process]);
     return std::strlen(name);
   });
 }
@@ -57,19 +72,21 @@ BOOL ShellExecuteExA(SHELLEXECUTEINFOA *info) {
   return Call("ShellExecuteExA", FALSE, [&](World &world) {
     Require(info->cbSize == sizeof *info, ERROR_ACCESS_DENIED);
     world.launched.push_back({OrEmpty(info->lpFile), OrEmpty(info->lpParameters), OrEmpty(info->lpDirectory),
-                              OrEmpty(info->lpVerb), info->nShow, info->fMask});
+                              OrEmpty(info->lpVerb), info->nShow});
+    world.See("ShellExecuteExA", OrEmpty(info->lpFile) + " " + OrEmpty(info->lpParameters), {info->fMask});
     const Program &program = Known(world.programs, OrEmpty(info->lpFile), ERROR_FILE_NOT_FOUND);
     info->hProcess = nullptr;
     if ((info->fMask & SEE_MASK_NOCLOSEPROCESS) && program.hasProcess) {
       const std::uint64_t end = std::max(world.clockMs + program.runtimeMs, program.runtimeMs);
-      info->hProcess =
-          reinterpret_cast<HANDLE>(world.Open({.kind = "process", .exitCode = program.exitCode, .endsAt = end}));
+      info->hProcess = reinterpret_cast<HANDLE>(
+          world.Open({.kind = "process", .access = kAllAccess, .exitCode = program.exitCode, .endsAt = end}));
     }
   });
 }
 
 DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds) {
   return Call("WaitForSingleObject", 0xFFFFFFFF, [&](World &world) {
+    world.See("WaitForSingleObject", "", {milliseconds});
     const std::uint64_t end = world.Object(Id(object), "process").endsAt;
     const std::uint64_t left = end > world.clockMs ? end - world.clockMs : 0;
     Require(end != kForever || milliseconds != INFINITE, ERROR_INVALID_PARAMETER);  // rather than hang the test
@@ -88,29 +105,31 @@ BOOL GetExitCodeProcess(HANDLE process, DWORD *code) {
 
 HANDLE OpenProcess(DWORD access, BOOL, DWORD id) {
   return Call("OpenProcess", HANDLE{}, [&](World &world) {
+    world.See("OpenProcess", "", {access});
     Known(world.processes, id, ERROR_INVALID_PARAMETER);
-    Require(access == PROCESS_TERMINATE || access == (PROCESS_QUERY_INFORMATION | PROCESS_VM_READ),
-            ERROR_ACCESS_DENIED);
     return world.Open({.kind = "process", .access = access, .process = id});
   });
 }
 
 BOOL TerminateProcess(HANDLE process, UINT) {
   return Call("TerminateProcess", FALSE, [&](World &world) {
-    const auto ended = world.processes.find(world.Object(Id(process), "process").process);
+    const auto ended = world.processes.find(Process(world, "TerminateProcess", process, PROCESS_TERMINATE).process);
     world.held.erase(ended->second);
     world.processes.erase(ended);
   });
 }
 
 SC_HANDLE OpenSCManagerA(LPCSTR, LPCSTR, DWORD access) {
-  return Call("OpenSCManagerA", SC_HANDLE{},
-              [&](World &world) { return world.Open({.kind = "manager", .access = access}); });
+  return Call("OpenSCManagerA", SC_HANDLE{}, [&](World &world) {
+    world.See("OpenSCManagerA", "", {access});
+    return world.Open({.kind = "manager", .access = access});
+  });
 }
 
 SC_HANDLE OpenServiceA(SC_HANDLE manager, LPCSTR name, DWORD access) {
   return Call("OpenServiceA", SC_HANDLE{}, [&](World &world) {
     world.Object(Id(manager), "manager");
+    world.See("OpenServiceA", OrEmpty(name), {access});
     Known(world.services, OrEmpty(name), ERROR_SERVICE_DOES_NOT_EXIST);
     return world.Open({.kind = "service", .name = name, .access = access});
   });
@@ -122,7 +141,7 @@ BOOL CloseServiceHandle(SC_HANDLE handle) {
 
 BOOL QueryServiceStatus(SC_HANDLE service, SERVICE_STATUS *status) {
   return Call("QueryServiceStatus", FALSE, [&](World &world) {
-    Service &named = Named(world, service, SERVICE_QUERY_STATUS);
+    Service &named = Named(world, "QueryServiceStatus", service, SERVICE_QUERY_STATUS);
     named.state = named.stopsAt <= world.clockMs ? SERVICE_STOPPED : named.state;
     status->dwCurrentState = named.state;
   });
@@ -130,7 +149,7 @@ BOOL QueryServiceStatus(SC_HANDLE service, SERVICE_STATUS *status) {
 
 BOOL ControlService(SC_HANDLE service, DWORD control, SERVICE_STATUS *) {
   return Call("ControlService", FALSE, [&](World &world) {
-    Service &named = Named(world, service, SERVICE_STOP);
+    Service &named = Named(world, "ControlService", service, SERVICE_STOP);
     Require(control == SERVICE_CONTROL_STOP, ERROR_INVALID_PARAMETER);
     Require(named.state != SERVICE_STOPPED, ERROR_SERVICE_NOT_ACTIVE);
     named.stopsAt = named.stopMs == kForever ? kForever : world.clockMs + named.stopMs;
@@ -141,7 +160,7 @@ BOOL ChangeServiceConfigA(SC_HANDLE service, DWORD type, DWORD startType, DWORD 
                           LPCSTR, LPCSTR, LPCSTR, LPCSTR displayName) {
   return Call("ChangeServiceConfigA", FALSE, [&](World &world) {
     Require((type & startType & errorControl) == SERVICE_NO_CHANGE, ERROR_INVALID_PARAMETER);
-    Named(world, service, SERVICE_ALL_ACCESS).displayName = displayName;
+    Named(world, "ChangeServiceConfigA", service, kChangeConfig).displayName = displayName;
   });
 }
 

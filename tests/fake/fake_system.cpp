@@ -14,9 +14,10 @@ std::unique_ptr<World> the_world;
 std::uintptr_t last_handle = 0x1000;  // goes on from world to world, so that an old handle is never a valid one
 
 /// The values of an open key, if it was opened with this access.
-NameMap<RegistryValue> &Values(World &world, HKEY key, DWORD access) {
+NameMap<RegistryValue> &Values(World &world, const char *call, HKEY key, DWORD access) {
   const OpenObject &object = world.Object(Id(key), "key");
   Require((object.access & access) == access, ERROR_ACCESS_DENIED);
+  world.See(call, object.name, {object.access});
   return world.registry[object.name];
 }
 
@@ -82,6 +83,10 @@ int World::OpenHandles(std::string_view kind) const {
   return std::accumulate(modules.begin(), modules.end(), static_cast<int>(count), loads);
 }
 
+void World::See(const char *call, std::string subject, std::initializer_list<DWORD> values) {
+  asked.insert({call, std::move(subject), values});
+}
+
 DWORD World::Count(const char *name) {
   ++calls;
   const int nth = ++callCount[name];
@@ -106,10 +111,11 @@ OpenObject &World::Object(std::uintptr_t handle, const char *kind) {
   return object;
 }
 
-DWORD World::Close(const char *call, std::uintptr_t handle, const std::set<std::string> &kinds) {
+DWORD World::Close(const char *call, std::uintptr_t handle, std::initializer_list<std::string_view> kinds) {
+  const AtWork atWork;
   DWORD code = Count(call);
   const auto object = objects.find(handle);
-  if (object == objects.end() || kinds.count(object->second.kind) == 0) {
+  if (object == objects.end() || std::count(kinds.begin(), kinds.end(), object->second.kind) == 0) {
     badCloses.push_back(call);
     code = ERROR_INVALID_HANDLE;
   } else {
@@ -171,6 +177,7 @@ BOOL CloseHandle(HANDLE handle) {
 HANDLE CreateMutexA(SECURITY_ATTRIBUTES *, BOOL owned, LPCSTR name) {
   return Call("CreateMutexA", HANDLE{}, [&](World &world) {
     Require(owned == FALSE, ERROR_INVALID_PARAMETER);
+    world.See("CreateMutexA", OrEmpty(name), {});
     world.lastError = world.mutexes.count(OrEmpty(name)) != 0 ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS;
     return world.Open({.kind = "mutex", .name = OrEmpty(name)});
   });
@@ -178,20 +185,33 @@ HANDLE CreateMutexA(SECURITY_ATTRIBUTES *, BOOL owned, LPCSTR name) {
 
 // Modules.
 
-HMODULE LoadLibraryExA(LPCSTR path, HANDLE, DWORD) {
+HMODULE LoadLibraryExA(LPCSTR path, HANDLE, DWORD flags) {
   return Call("LoadLibraryExA", HMODULE{}, [&](World &world) {
+    world.See("LoadLibraryExA", OrEmpty(path), {flags});
     Module &module = Known(world.modules, OrEmpty(path), world.Exists(OrEmpty(path)) ? 193 : ERROR_MOD_NOT_FOUND);
     ++module.loads;
+    module.mayBeDrained = flags == LOAD_LIBRARY_AS_DATAFILE;
     return reinterpret_cast<HMODULE>(&module);
   });
 }
 
 BOOL FreeLibrary(HMODULE handle) {
-  Module *const module = Loaded(TheWorld(), handle);
-  if (module != nullptr) {
+  World &world = TheWorld();
+  const auto entry = std::find_if(world.modules.begin(), world.modules.end(),
+                                  [&](const auto &known) { return Id(&known.second) == Id(handle); });
+  Module *const module = entry == world.modules.end() ? nullptr : &entry->second;
+  const bool loaded = module != nullptr && module->loads > 0;
+  if (loaded) {
     --module->loads;  // a call that is made to fail frees all the same, so that no leak is blamed on the library
+  } else if (module == nullptr || !module->mayBeDrained) {
+    const AtWork atWork;
+    world.badCloses.emplace_back("FreeLibrary");
   }
-  return Call("FreeLibrary", FALSE, [&](World &) { Require(module != nullptr, 193); });
+  const BOOL freed = Call("FreeLibrary", FALSE, [&](World &) { Require(loaded, 193); });
+  if (module != nullptr) {
+    module->mayBeDrained = module->mayBeDrained && freed != FALSE;
+  }
+  return freed;
 }
 
 FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
@@ -202,6 +222,7 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
 int LoadStringA(HINSTANCE module, UINT id, LPSTR buffer, int capacity) {
   const DWORD before = TheWorld().lastError;
   return Call("LoadStringA", 0, [&](World &world) {
+    world.See("LoadStringA", module == zqv::OwnModule() ? "own" : "messages", {static_cast<DWORD>(capacity)});
     Fill(buffer, static_cast<std::size_t>(capacity), Known(Loaded(world, module)->strings, id, 1814));
     const std::size_t length = std::strlen(buffer);
     world.lastError = length == 0 ? before : world.lastError;
@@ -216,7 +237,7 @@ LONG RegOpenKeyExA(HKEY root, LPCSTR path, DWORD, DWORD access, HKEY *key) {
     const std::map<HKEY, std::string> roots{
         {HKEY_CLASSES_ROOT, "hkcr"}, {HKEY_CURRENT_USER, "hkcu"}, {HKEY_LOCAL_MACHINE, "hklm"}};
     const std::string name = Known(roots, root, ERROR_INVALID_HANDLE) + "\\" + OrEmpty(path);
-    world.openedKeys.emplace_back(name, access);
+    world.See("RegOpenKeyExA", name, {access});
     const auto isInIt = [&](const auto &other) {
       return strncasecmp((other.first + "\\").c_str(), (name + "\\").c_str(), name.size() + 1) == 0;
     };
@@ -229,7 +250,8 @@ LONG RegCloseKey(HKEY key) { return static_cast<LONG>(TheWorld().Close("RegClose
 
 LONG RegQueryValueExA(HKEY key, LPCSTR name, DWORD *, DWORD *type, BYTE *data, DWORD *size) {
   return CodedCall("RegQueryValueExA", [&](World &world) {
-    const RegistryValue &value = Known(Values(world, key, KEY_QUERY_VALUE), OrEmpty(name), ERROR_FILE_NOT_FOUND);
+    const RegistryValue &value =
+        Known(Values(world, "RegQueryValueExA", key, KEY_QUERY_VALUE), OrEmpty(name), ERROR_FILE_NOT_FOUND);
     if (type != nullptr) {
       *type = value.type;
     }
@@ -244,7 +266,7 @@ LONG RegQueryInfoKeyA(HKEY key, LPSTR, DWORD *, DWORD *, DWORD *, DWORD *, DWORD
                       DWORD *longestData, DWORD *, FILETIME *) {
   return CodedCall("RegQueryInfoKeyA", [&](World &world) {
     *longestName = *longestData = 0;
-    for (const auto &[name, value] : Values(world, key, KEY_QUERY_VALUE)) {
+    for (const auto &[name, value] : Values(world, "RegQueryInfoKeyA", key, KEY_QUERY_VALUE)) {
       *longestName = std::max(*longestName, static_cast<DWORD>(Folded(name).size()));
       *longestData = std::max(*longestData, static_cast<DWORD>(value.bytes.size()));
     }
@@ -254,7 +276,7 @@ LONG RegQueryInfoKeyA(HKEY key, LPSTR, DWORD *, DWORD *, DWORD *, DWORD *, DWORD
 LONG RegEnumValueA(HKEY key, DWORD index, LPSTR name, DWORD *nameLength, DWORD *, DWORD *type, BYTE *data,
                    DWORD *size) {
   return CodedCall("RegEnumValueA", [&](World &world) {
-    const auto &values = Values(world, key, KEY_QUERY_VALUE);
+    const auto &values = Values(world, "RegEnumValueA", key, KEY_QUERY_VALUE);
     Require(index < values.size(), ERROR_NO_MORE_ITEMS);
     const auto &[found, value] = *std::next(values.begin(), index);
     Require(found.size() < *nameLength && value.bytes.size() <= *size, ERROR_MORE_DATA);
@@ -267,13 +289,13 @@ LONG RegEnumValueA(HKEY key, DWORD index, LPSTR name, DWORD *nameLength, DWORD *
 
 LONG RegSetValueExA(HKEY key, LPCSTR name, DWORD, DWORD type, const BYTE *data, DWORD size) {
   return CodedCall("RegSetValueExA", [&](World &world) {
-    Values(world, key, KEY_SET_VALUE)[OrEmpty(name)] = {type, std::string(data, data + size)};
+    Values(world, "RegSetValueExA", key, KEY_SET_VALUE)[OrEmpty(name)] = {type, std::string(data, data + size)};
   });
 }
 
 LONG RegDeleteValueA(HKEY key, LPCSTR name) {
   return CodedCall("RegDeleteValueA", [&](World &world) {
-    Require(Values(world, key, KEY_SET_VALUE).erase(OrEmpty(name)) != 0, ERROR_FILE_NOT_FOUND);
+    Require(Values(world, "RegDeleteValueA", key, KEY_SET_VALUE).erase(OrEmpty(name)) != 0, ERROR_FILE_NOT_FOUND);
   });
 }
 
@@ -302,7 +324,8 @@ BOOL SetEnvironmentVariableA(LPCSTR name, LPCSTR value) {
 }
 
 BOOL GetUserNameA(LPSTR buffer, DWORD *length) {
-  return Call("GetUserNameA", FALSE, [&](World &) {
+  return Call("GetUserNameA", FALSE, [&](World &world) {
+    world.See("GetUserNameA", "", {*length});
     const DWORD capacity = std::exchange(*length, static_cast<DWORD>(sizeof "tester"));
     Require(*length <= capacity, ERROR_INSUFFICIENT_BUFFER);
     Fill(buffer, capacity, "tester");
@@ -312,8 +335,9 @@ BOOL GetUserNameA(LPSTR buffer, DWORD *length) {
 // Messages and windows.
 
 DWORD FormatMessageA(DWORD flags, const void *source, DWORD, DWORD, LPSTR buffer, DWORD capacity, char **arguments) {
-  return Call("FormatMessageA", DWORD{0}, [&](World &) {
-    Require(flags == (FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY), ERROR_INVALID_PARAMETER);
+  return Call("FormatMessageA", DWORD{0}, [&](World &world) {
+    Require((flags & FORMAT_MESSAGE_FROM_STRING) != 0, ERROR_INVALID_PARAMETER);
+    world.See("FormatMessageA", "", {flags, capacity});
     const std::string text = FormatText(static_cast<const char *>(source), arguments);
     Fill(buffer, capacity, text);
     Require(text.size() < capacity, ERROR_INSUFFICIENT_BUFFER);

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <optional>
@@ -65,6 +67,7 @@ struct Module {
   std::map<UINT, std::string> strings;
   std::map<std::string, FARPROC> procs;
   int loads = 0;
+  bool mayBeDrained = false;  // loaded as data, and no attempt to free it has failed since
 };
 
 struct Program {
@@ -76,7 +79,6 @@ struct Program {
 struct Launch {
   std::string file, parameters, folder, verb;
   int show;
-  DWORD mask;
 };
 
 struct Service {
@@ -118,6 +120,20 @@ struct OpenObject {
   bool executed = false;
   DWORD process = 0, exitCode = 0;
   std::uint64_t endsAt = 0;
+};
+
+/// A call that the library has made: on what, and with which masks, modes, flags and lengths, in the call's order.
+struct Asked {
+  std::string call, subject;
+  std::vector<DWORD> values;
+  auto operator<=>(const Asked &) const = default;
+};
+
+/// While there is one the stand-in is at work, and what is allocated is not the library's.
+struct AtWork {
+  AtWork() { ++count; }
+  ~AtWork() { --count; }
+  static inline int count = 0;
 };
 
 inline constexpr MSIHANDLE kSession = 3;
@@ -180,7 +196,6 @@ struct World {
 
   // The registry: by "hklm\path", "hkcu\path" or "hkcr\path", then by value name.
   NameMap<NameMap<RegistryValue>> registry;
-  std::vector<std::pair<std::string, DWORD>> openedKeys;  // each key ever asked for, with the access
 
   NameMap<Program> programs;  // by the file as it is launched; any other is not found
   std::vector<Launch> launched;
@@ -190,7 +205,11 @@ struct World {
 
   // Handles: how many are open of a kind, or of all; "module" counts loads.
   int OpenHandles(std::string_view kind = "") const;
-  std::vector<std::string> badCloses;
+  std::vector<std::string> badCloses;  // closing calls for what was not open, or not any more
+
+  // What the library has asked for. A call on a handle shows the access that the handle was opened with.
+  std::set<Asked> asked;
+  void See(const char *call, std::string subject, std::initializer_list<DWORD> values);
 
   // Counting and failing the calls that can fail. Both counts begin with 1; `nth` is among the calls of that name (0:
   // each) or, without a name, among all.
@@ -213,7 +232,7 @@ struct World {
   Place Find(const std::string &path);
   std::uintptr_t Open(OpenObject object);
   OpenObject &Object(std::uintptr_t handle, const char *kind);
-  DWORD Close(const char *call, std::uintptr_t handle, const std::set<std::string> &kinds);
+  DWORD Close(const char *call, std::uintptr_t handle, std::initializer_list<std::string_view> kinds);
 };
 
 World &TheWorld();

@@ -153,7 +153,7 @@ bool GuardAllows(const RunModeGuard &guard, ResultCode &result) {
 void LogException(const Action &action, const char *what) noexcept {
   try {
     Log("***Action '%s' ended by an exception: %s", action.name, what);
-  } catch (const std::exception &) {
+  } catch (...) {
   }
 }
 

@@ -1,0 +1,215 @@
+#include "sweep.h"
+
+#include <algorithm>
+#include <sstream>
+
+#include "features/feature_table.h"
+#include "platform/owner.h"
+#include "runtime/frame.h"
+#include "services/files/copy.h"
+#include "services/files/create.h"
+#include "services/files/delete.h"
+#include "services/files/existence.h"
+#include "services/files/source_path.h"
+#include "services/system/environment.h"
+#include "services/system/process.h"
+#include "services/system/registry.h"
+#include "services/tables/binary_stream.h"
+#include "services/tables/components.h"
+#include "services/tables/products.h"
+#include "services/tables/remove_file.h"
+#include "zqviwicn/entry_points.h"
+
+using namespace zqv;
+
+namespace {
+
+/// Runs an operation of the library inside the frame.
+template <auto Operation>
+UINT InFrame(MSIHANDLE session) {
+  return RunAction({"operation", 0, kAnyMode, [] { return static_cast<UINT>(Operation()); }}, session);
+}
+
+/// The entries of a text in which they are written NAME=value, with bars between them.
+std::map<std::string, std::string> Entries(const std::string &text) {
+  std::map<std::string, std::string> entries;
+  std::istringstream stream(text);
+  for (std::string entry; std::getline(stream, entry, '|');) {
+    entries[entry.substr(0, entry.find('='))] = entry.substr(entry.find('=') + 1);
+  }
+  return entries;
+}
+
+const Scenario kScenarios[] = {
+#define ACTION_AS(action, ...) {#action, action},
+#include "zqviwicn/actions.inc"
+    {"external_copy", iwiUserExit, [](World &world) { world.properties["ZQVEXTCA60000"] = "C:\\copy"; }},
+    {"all_logs", iwiPrintSummary,
+     [](World &world) {
+       world.properties.merge(Entries("ZQVUSERTRACEPATH=C:\\t|ZQVUSERLOGPATH=C:\\u|ZQVTEMPLOGPATH=C:\\l"));
+     }},
+    {"stacked_files", InFrame<[] { return iwiStackFilesForDeletion("C:\\tree\\a.txt", "Base", 1); }>},
+    {"stacked_folder", InFrame<[] { return iwiStackFolderForDeletion("C:\\tree\\", "Base", 2); }>},
+    {"component", InFrame<[] { return ResultOf(iwiFindLocalComponent("Other") == "Base"); }>},
+    {"binary", InFrame<[] { return ResultOf(iwiUnpackBinary("stream", "", "C:\\temp\\out.bin", nullptr)); }>},
+    {"source_path", InFrame<[] {
+       std::string path;
+       UINT result = 0;
+       const bool found = iwiGetSourceFilePath("file", "INSTALLDIR", path, result);
+       return result != ERROR_SUCCESS ? result : ResultOf(found);
+     }>},
+    {"products", InFrame<[] {
+       std::string product;
+       iwiFindRelatedProduct("{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}", product);
+       return ResultOf(iwiGetProductData(2, nullptr) == "Vantrel QV" && product == "{P}");
+     }>},
+    {"deletion", InFrame<[] {
+       return ResultOf(iwiDeletePattern(
+           {.execute = true, .path = "C:\\tree\\*", .deleteFiles = true, .removeFolders = true, .recurse = true}));
+     }>},
+    {"deletion_stacked", InFrame<[] {
+       return ResultOf(iwiDeletePattern(
+           {.path = "C:\\tree\\*", .component = "Base", .installMode = 1, .deleteFiles = true, .recurse = true}));
+     }>},
+    {"copy", InFrame<[] { return iwiCopyPattern("C:\\tree", "C:\\copy\\of", "*", true); }>,
+     [](World &world) { world.Remove("C:\\temp\\zqvcancl.txt"); }},
+    {"copy_cancelled", InFrame<[] { return iwiCopyPattern("C:\\tree", "C:\\copy\\of", "*", true); }>},
+    {"existence", InFrame<[] {
+       std::string name;
+       return ResultOf(iwiFileExists("C:\\tree\\a.txt") && iwiFolderExists("C:\\tree") &&
+                       iwiFindFile("C:\\tree\\*.txt", &name) && iwiFindExtension("C:\\tree\\s", name));
+     }>},
+    {"folders", InFrame<[] { return ResultOf(!iwiCreateFolderTree("C:\\x\\y\\") && iwiRemoveFolderNow("C:\\x\\y")); }>},
+    {"programs", InFrame<[] {
+       DWORD code = 0;
+       OwnedKernelHandle process;
+       return iwiLaunch("C:\\tree\\a.txt", "", "", 0, &process)
+                  ? iwiLaunchAndWait("C:\\tree\\a.txt", "-x", "", 0, &code, 1000)
+                  : ERROR_INSTALL_FAILURE;
+     }>},
+    {"registry", InFrame<[] {
+       std::vector<BYTE> data;
+       UINT result = 0;
+       const bool read = iwiRegReadValue(nullptr, "Software\\K", "v", &data, nullptr, &result);
+       const bool written = iwiRegWriteValue(nullptr, "Software\\K", "v", REG_SZ, "x", 2, &result);
+       const bool set = iwiRegSetValue(nullptr, "Software\\K", "v", REG_SZ, "y", -1);
+       const bool deleted = iwiRegDeleteValue(nullptr, "Software\\K", "v", true);
+       return result != ERROR_SUCCESS ? result : ResultOf(read && written && set && deleted);
+     }>},
+    {"environment", InFrame<[] { return ResultOf(iwiRefreshEnvironmentVariable("PATH")); }>},
+};
+
+const Setting kSettings[] = {
+    {"upgrade", {}},
+    {"deferred", {MSIRUNMODE_SCHEDULED}},
+    {"rollback", {MSIRUNMODE_ROLLBACK}},
+    {"commit", {MSIRUNMODE_COMMIT}},
+    {"first",
+     {},
+     "UILevel=2|ONLYINI=1|Installed=|USEINI=|ZQVTEMPFILENUM=|ZQVPREVPGM=|ADDLOCAL=|ZQVUSERTRACEPATH=C:\\t",
+     true},
+    {"removal", {}, "REMOVE=ALL|UpgradeCode={5A8B5D80-6DCC-4317-9922-99EC0093BF24}"},
+    {"administrative", {MSIRUNMODE_ADMIN}, "HIGHCONTRAST=yes|INSTALLTRACE=none"}};
+
+/// The machine that the product is on.
+void FillMachine(World &world) {
+  world.WriteFile("C:\\service\\Valid.csd", "");
+  world.MakeFolder("C:\\old\\doc\\chm");
+  world.held.insert("C:\\qv\\bin\\zqvmtbrn.exe");
+  world.processes = {{8, "C:\\qv\\bin\\zqvmtbrn.exe"}};
+  world.services["KorvexQVSeries"].stopsAt = world.clockMs + 600;
+  world.relatedProducts["{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}"] = {"{P}"};
+  world.productStates["{P}"] = INSTALLSTATE_DEFAULT;
+  world.productInfo["{P}"]["InstalledProductName"] = "QV";
+  for (const auto &[path, text] :
+       Entries(R"(Korvex\QVSeries\CurrentVersion\VRMF=5.3.0.1|Korvex\QVSeries\CurrentVersion\PgmFolder=C:\qv|K\v=x|)"
+               R"(Korvex\QVSeries\CurrentVersion\HighContrastMode=0|Korvex\QVSeries\CurrentVersion\Components\first=x|)"
+               R"(Korvex\QVSeries\CurrentVersion\Maintenance Applied\Maint 1.2=C:\service|)"
+               R"(Korvex\QVSeries\CurrentVersion\Maintenance Applied\Shipped=1.1)")) {
+    const std::size_t cut = path.rfind('\\');
+    world.registry["hklm\\Software\\" + path.substr(0, cut)][path.substr(cut + 1)] = RegistryValue::Text(text);
+  }
+  const std::string system = "hklm\\SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment";
+  world.registry[system]["PATH"] = RegistryValue::Text("%X%\\bin");
+}
+
+void FillWorld(World &world) {
+  world.properties = Entries(
+      R"(TempFolder=C:\temp\|ZQVTEMP=C:\temp|ZQVTEMPFILENUM=0001|UILevel=5|ProductName=QV|ProductVersion=6.0|Installed=1|)"
+      R"(UpgradeCode={8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}|VersionNT=501|SystemLanguageID=1031|ADDLOCAL=Base,Server|)"
+      R"(ZQVCHECKMSCS=1|ZQVLICENSETYPE=trial|TRIALTOPROD=yes|ZQVSERVICESHIPLEVEL=1.2|ZQVPGMFOLDER=C:\qv|)"
+      R"(ZQVDATFOLDER=C:\data|ZQVPREVPGM=C:\old|INSTALLLOG=C:\new\user.log|USEINI=C:\temp\r.ini|)"
+      R"(SAVEINI=C:\temp\saved.ini|ZQVPROPERTYNAMELIST1=ProductName;PGMFOLDER|CostingComplete=1|ZQVVOLUMELABEL=QV|)"
+      R"(ZQVPATHTOCHECK=ZQVPGMFOLDER|)");
+  for (const auto &[path, bytes] :
+       Entries("C:\\temp\\r.ini=[Response]\nPGMFOLDER=%X%\nWIZPARMFILE=C:\\temp\\r.ini\nAGREETOLICENSE=maybe\n|"
+               "C:\\temp\\zqvg0001.txt=a line\r\n|C:\\temp\\zqvcancl.txt=|C:\\qv\\bin\\zqvmtbrn.exe=MZ|"
+               "C:\\qv\\bin\\endqvlsr.exe=MZ|C:\\data\\zqvqmgrs.txt=one\n|C:\\tree\\a.txt=a|C:\\tree\\sub\\b.txt=b")) {
+    world.WriteFile(path, bytes);
+  }
+  world.Attributes("C:\\tree\\sub\\b.txt") = FILE_ATTRIBUTE_READONLY;
+  world.programs["C:\\tree\\a.txt"].runtimeMs = 10;
+  world.MakePsapi("C:\\temp\\psapi.dll");
+  world.environment["X"] = "C:\\p";
+  for (const UINT id :
+       {406, 613, 695, 1016, 1017, 1018, 1019, 1020, 1114, 1121, 2001, 2004, 2027, 2031, 2034, 2041, 2053, 2092}) {
+    world.modules["C:\\temp\\zqvl0001.dll"].strings[id] = "%1";
+  }
+  world.modules["C:\\copy\\zqviwicn.dll"];
+  for (UINT id = 1; id <= 200; ++id) {
+    world.ownModule.strings[id] = id < 20 ? "first" : "name";
+  }
+  world.created = 133541078400000000;
+  world.packageCode = "{CODE}";
+  for (const char *name : kFeatureNames) {
+    world.features[name] = {};
+  }
+  world.components["Base"] = {INSTALLSTATE_ABSENT, INSTALLSTATE_LOCAL};
+  world.tables["Feature"].rows = {{"Base"}, {"Server"}};
+  world.tables["Component"].rows = {{"Base"}};
+  world.tables["CustomAction"].rows = {{"One", 1}, {"Two", 0x401}};
+  world.tables["File"].rows = {{"file", "A~1|a.txt"}};
+  world.tables["UIText"] = {{"Key", "Text"}, {{"Other", "x"}, {"ZQV__setup_language", "German"}}};
+  for (const char *name : {"stream", "zqviwiln.dll", "zqvircgn.dll", "chmde_de.u00"}) {
+    world.tables["Binary"].rows.push_back({name, Bytes{'d', '\\'}});
+  }
+  world.sourcePaths["INSTALLDIR"] = world.sourcePaths["TARGETDIR"] = "C:\\tree\\";
+  world.targetPaths = {{"TARGETDIR", ""}, {"ZQVPGMFOLDER", ""}, {"ZQVDATFOLDER", ""}, {"ZQVLOGFOLDER", ""}};
+  world.volumeLabels["C:\\"] = "QV";
+}
+
+}  // namespace
+
+std::vector<SweepCase> SweepCases(bool onlyFirst) {
+  std::vector<SweepCase> cases;
+  for (const Scenario &scenario : kScenarios) {
+    const std::string_view name = scenario.name;
+    const bool few = onlyFirst || !name.starts_with("iwi");
+    const std::size_t most = few ? 2 : name.starts_with("iwiDeleteOld") ? 3 : std::size(kSettings);
+    std::for_each_n(kSettings, most, [&](const Setting &setting) { cases.emplace_back(scenario, setting); });
+  }
+  return cases;
+}
+
+World &ResetWorld(const SweepCase &sweepCase) {
+  const auto &[scenario, setting] = sweepCase;
+  World &world = ResetWorld();
+  FillWorld(world);
+  if (!setting.machineIsBare) {
+    FillMachine(world);
+  }
+  world.modes = setting.modes;
+  for (const auto &[name, value] : Entries(setting.properties)) {
+    world.properties[name] = value;
+  }
+  std::string values;
+  for (const auto &[name, value] : world.properties) {
+    values += name + "=" + value + ";";
+  }
+  world.properties["CustomActionData"] = "C:\\temp\\zqvp0001.txt";
+  world.WriteFile(world.properties["CustomActionData"], values);
+  if (scenario.prepare != nullptr) {
+    scenario.prepare(world);
+  }
+  return world;
+}
