@@ -238,8 +238,9 @@ TEST_F(MessageTest, TheSeverityComesFromTheIcon) {
 TEST_F(MessageTest, ARecordThatCannotBeClosedIsTold) {
   world.modes = {MSIRUNMODE_SCHEDULED};
   Fail("MsiCloseHandle", 6);
-  void (*const sends[])() = {[] { SendActionData("x"); }, [] { SendProgress(0, 1); }, [] { iiiDisplayMsgBox("x", 0); }};
-  for (const auto send : sends) {
+  using Send = void (*)();
+  constexpr Send kSends[] = {[] { SendActionData("x"); }, [] { SendProgress(0, 1); }, [] { iiiDisplayMsgBox("x", 0); }};
+  for (const Send send : kSends) {
     world.installerLog.clear();
     send();
     ExpectInLog({"***MsiCloseHandle('') failed (6)\n"});

@@ -61,6 +61,8 @@ int ShowBox(const char *call, HWND owner, LPCSTR text, LPCSTR caption, UINT type
 
 HMODULE zqv::OwnModule() { return reinterpret_cast<HMODULE>(&TheWorld().ownModule); }
 
+int AtWork::count = 0;
+
 // The world itself.
 
 World::World() : root(std::make_shared<Node>()) {

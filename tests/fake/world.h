@@ -133,7 +133,7 @@ struct Asked {
 struct AtWork {
   AtWork() { ++count; }
   ~AtWork() { --count; }
-  static inline int count = 0;
+  static int count;
 };
 
 inline constexpr MSIHANDLE kSession = 3;
