@@ -258,7 +258,7 @@ TEST_F(RunningTest, TheDeferredPassWalksThePlanOfTheImmediateOne) {
     for (const auto &[bit, service] : {std::pair(1u, "KorvexQVSeries"), {2u, "QVSeriesServices"}}) {
       world.services[service] = {(found & bit) != 0 ? 4u : 1u, kForever};  // running or stopped
     }
-    world.WriteFile("C:\\data\\zqvqmgrs.txt", (found & 4) != 0 ? " one \r\n; comment\n\n\"two\"\nthree" : "");
+    world.WriteFile("C:\\data\\zqvqmgrs.txt", (found & 4) != 0 ? " one \r\n; comment\n\n\"no\"\ntwo\nthree" : "");
   };
   for (unsigned before = 0; before < 8; ++before) {
     for (unsigned after = 0; after < 8; ++after) {

@@ -31,23 +31,6 @@ bool Widen(std::string_view text, WideText &wide) {
   return units != 0;
 }
 
-/// The form in which names are compared.
-WideText Folded(std::string_view text) {
-  WideText wide;
-  if (!Widen(text, wide)) {
-    for (std::size_t at = 0; at < text.size(); at += CharacterLength(text, at)) {
-      const std::string_view character = text.substr(at, CharacterLength(text, at));
-      if (!Widen(character, wide)) {
-        std::transform(character.begin(), character.end(), std::back_inserter(wide),
-                       [](char byte) { return static_cast<WCHAR>(kNoCharacter | static_cast<unsigned char>(byte)); });
-      }
-    }
-  }
-  const int length = static_cast<int>(wide.size());
-  LCMapStringW(kEnglish, LCMAP_UPPERCASE, wide.data(), length, wide.data(), length);
-  return wide;
-}
-
 }  // namespace
 
 std::size_t CharacterLength(std::string_view text, std::size_t at) {
@@ -63,12 +46,28 @@ std::size_t FindCharacter(std::string_view text, char c, std::size_t from) {
   return from < text.size() ? from : std::string_view::npos;
 }
 
+std::basic_string<WCHAR> NameKey(std::string_view name) {
+  WideText wide;
+  if (!Widen(name, wide)) {
+    for (std::size_t at = 0; at < name.size(); at += CharacterLength(name, at)) {
+      const std::string_view character = name.substr(at, CharacterLength(name, at));
+      if (!Widen(character, wide)) {
+        std::transform(character.begin(), character.end(), std::back_inserter(wide),
+                       [](char byte) { return static_cast<WCHAR>(kNoCharacter | static_cast<unsigned char>(byte)); });
+      }
+    }
+  }
+  const int length = static_cast<int>(wide.size());
+  LCMapStringW(kEnglish, LCMAP_UPPERCASE, wide.data(), length, wide.data(), length);
+  return wide;
+}
+
 bool EqualName(std::string_view a, std::string_view b) {
   // Most names are so, and are compared often.
   if (IsAsciiText(a) && IsAsciiText(b)) {
     return EqualNoCase(a, b);
   }
-  return Folded(a) == Folded(b);
+  return NameKey(a) == NameKey(b);
 }
 
 bool StartsWithName(std::string_view text, std::string_view prefix) {

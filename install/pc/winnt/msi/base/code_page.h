@@ -1,6 +1,9 @@
 #pragma once
 
+#include <string>
 #include <string_view>
+
+#include "platform/win32.h"
 
 namespace zqv {
 
@@ -22,7 +25,10 @@ std::size_t FindCharacter(std::string_view text, char c, std::size_t from = 0);
 /// character are equal to themselves only.
 bool EqualName(std::string_view a, std::string_view b);
 
-/// The same for the first bytes of `text`, as many as `prefix` has.
+/// What all names have in common that EqualName takes for one, for containers of names.
+std::basic_string<WCHAR> NameKey(std::string_view name);
+
+/// Compares the first bytes of `text` with a name, as many as `prefix` has, in the same way.
 bool StartsWithName(std::string_view text, std::string_view prefix);
 
 }  // namespace zqv

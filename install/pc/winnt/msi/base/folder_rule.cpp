@@ -15,10 +15,9 @@ constexpr std::size_t kMostCharacters = 247;
 
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
-bool IsForbidden(char c) {
-  const auto code = static_cast<unsigned char>(c);
-  return code < ' ' || code == 0x7F || std::string_view("<>\"|?*/;:").find(c) != std::string_view::npos;
-}
+// What no element of a folder has, and what no file's name has, beside control characters.
+constexpr std::string_view kNotInFolder = "<>\"|?*/;:";
+constexpr std::string_view kNotInName = "\\/:*?\"<>|";
 
 /// Where the elements begin: behind "C:\" or the two backslashes of a share; npos for any other path.
 std::size_t FirstElement(std::string_view folder) {
@@ -29,10 +28,11 @@ std::size_t FirstElement(std::string_view folder) {
                                                                                             : std::string_view::npos;
 }
 
-bool HasForbidden(std::string_view text) {
+bool HasForbidden(std::string_view text, std::string_view forbidden) {
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t length = CharacterLength(text, at);
-    if (length == 1 && IsForbidden(text[at])) {
+    const auto code = static_cast<unsigned char>(text[at]);
+    if (length == 1 && (code < ' ' || code == 0x7F || forbidden.find(text[at]) != std::string_view::npos)) {
       return true;
     }
     at += length;
@@ -49,10 +49,24 @@ bool IsDevice(std::string_view element) {
   return std::any_of(std::begin(kNames), std::end(kNames), [&](auto device) { return EqualNoCase(name, device); });
 }
 
-/// An element of dots only ends with a dot.
-bool IsElement(std::string_view element) {
-  return !element.empty() && element.front() != ' ' && element.back() != ' ' && element.back() != '.' &&
-         !IsDevice(element);
+/// True for what the system takes as it stands. A name of dots only ends with a dot.
+bool IsTaken(std::string_view name) {
+  return !name.empty() && name.back() != ' ' && name.back() != '.' && !IsDevice(name);
+}
+
+bool IsElement(std::string_view element) { return IsTaken(element) && element.front() != ' '; }
+
+/// How many elements a folder has; -1 when one of them cannot be one.
+int CountElements(std::string_view folder) {
+  int elements = 0;
+  for (; !folder.empty(); ++elements) {
+    const std::size_t end = NextBackslash(folder);
+    if (!IsElement(folder.substr(0, end))) {
+      return -1;
+    }
+    folder.remove_prefix(end + 1);
+  }
+  return elements;
 }
 
 }  // namespace
@@ -68,19 +82,16 @@ bool IsValidFolder(const std::string &folder) {
   if (first == std::string::npos || folder.size() > kMostCharacters || !EndsInBackslash(folder)) {
     return false;
   }
-  std::string_view rest = std::string_view(folder).substr(first);
-  if (HasForbidden(rest)) {
-    return false;
-  }
-  int elements = 0;
-  for (; !rest.empty(); ++elements) {
-    const std::size_t end = NextBackslash(rest);
-    if (!IsElement(rest.substr(0, end))) {
-      return false;
-    }
-    rest.remove_prefix(end + 1);
-  }
-  return first == 3 || elements >= 2;  // a server alone is no place
+  const std::string_view rest = std::string_view(folder).substr(first);
+  return !HasForbidden(rest, kNotInFolder) &&
+         CountElements(rest) >= (first == 3 ? 0 : 2);  // a server alone is no place
 }
+
+bool IsRoot(const std::string &folder) {
+  const std::size_t first = FirstElement(folder);
+  return CountElements(std::string_view(folder).substr(first)) == (first == 3 ? 0 : 2);
+}
+
+bool IsFileName(std::string_view name) { return IsTaken(name) && !HasForbidden(name, kNotInName); }
 
 }  // namespace zqv

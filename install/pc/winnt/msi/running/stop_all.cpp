@@ -16,7 +16,6 @@
 #include "runtime/phase.h"
 #include "runtime/progress.h"
 #include "runtime/property.h"
-#include "runtime/record.h"
 #include "runtime/session.h"
 #include "services/files/existence.h"
 #include "services/system/process.h"
@@ -206,13 +205,6 @@ bool ReadProperties(Stop &stop) {
          GetProperty("ZQVPREVVERSION", version, kVersionLength) && (!stop.deferred || ReadPlan(stop));
 }
 
-/// Adds the planned ticks to the bar's length. A record's number has 32 bits: beyond 21,474 steps, some 190 queue
-/// managers, the total stays at the largest one, so that the bar is full before the waits are over, and stays so.
-void LengthenBar(int ticks) {
-  Log("Total ticks = %d", ticks);
-  SendRecord(INSTALLMESSAGE_PROGRESS, {kProgressAddition, ticks, 0, 0});
-}
-
 }  // namespace
 
 ResultCode StopAllQv() {
@@ -235,7 +227,7 @@ ResultCode StopAllQv() {
     stop.bar->Close();
     return ERROR_SUCCESS;
   }
-  LengthenBar(stop.ticks);
+  AnnounceTicks(stop.ticks);
   return ResultOf(SetProperty(kPlan, TextOf(stop.plan)));
 }
 

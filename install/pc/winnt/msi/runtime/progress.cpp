@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "runtime/log.h"
 #include "runtime/record.h"
 #include "runtime/session.h"
 
@@ -16,6 +17,11 @@ int AddTicks(int total, int ticks) {
 int AddUnits(int total, int units) {
   constexpr int kMost = std::numeric_limits<int>::max() / kTicksPerUnit;
   return AddTicks(total, std::min(units, kMost) * kTicksPerUnit);
+}
+
+void AnnounceTicks(int ticks) {
+  Log("Total ticks = %d", ticks);
+  SendRecord(INSTALLMESSAGE_PROGRESS, {kProgressAddition, ticks, 0, 0});
 }
 
 void SendProgress(MSIHANDLE record, int ticks) {

@@ -6,7 +6,7 @@
 
 namespace zqv {
 
-/// What the user sees of a deferred action's progress. All of it acts in the scheduled mode only.
+/// What the user sees of a deferred action's progress. All but the announcement acts in the scheduled mode only.
 
 /// The progress ticks of one unit of work: a file or folder deleted, one step of a wait.
 constexpr int kTicksPerUnit = 100000;
@@ -21,6 +21,10 @@ int AddTicks(int total, int ticks);
 
 /// The same with the ticks of a number of units of work.
 int AddUnits(int total, int units);
+
+/// Adds what an immediate pass has planned to the bar's length, and logs it. A record's number has 32 bits: a total
+/// that stays at the largest one has the bar full before the work is over, and it stays so.
+void AnnounceTicks(int ticks);
 
 /// Moves the bar by `ticks`. A record that the caller has made is sent as it is, and stays the caller's to close; with
 /// none (0) one is made for the call.
