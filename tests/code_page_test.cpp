@@ -57,7 +57,8 @@ TEST_F(CodePageTest, TheSecondHalfOfACharacterIsNoBackslash) {
     for (const char c : name + "\\\n" + name + "..\\x") {
       std::get<Bytes>(world.tables["Binary"].rows[0][1]).push_back(static_cast<BYTE>(c));
     }
-    ProcessUninstallList("x");
+    DeletionGuard guard;
+    ProcessUninstallList("x", guard);
     EXPECT_TRUE(iwiDeleteFolder({.countOnly = true, .path = file}) && iwiDeleteFile({.path = file}));
     EXPECT_EQ(iwiStackFilesForDeletion(name, "c", 1), 0u);
     std::string stacked;

@@ -15,8 +15,8 @@ docs = {path.name: path.read_text(encoding="utf-8") for path in (root / "docs").
 code = "\n".join(path.read_text(encoding="utf-8") for path in (root / "install").rglob("*.*") if path.suffix != ".rc")
 literals = re.findall(r'"((?:[^"\\\n]|\\.)*)"', code)
 
-# A record's key in a table that looks like a property's name.
-RECORD_KEYS = {"ZQVRECORD"}
+# Records' keys in tables that look like properties' names.
+RECORD_KEYS = {"ZQVRECORD", "ZQVREGISTRY"}
 FAILURE = re.compile(r"\*\*\*[^`]+")
 
 

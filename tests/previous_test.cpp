@@ -33,7 +33,8 @@ class PreviousTest : public LibraryTest {
   /// What processing a list of this text logs.
   std::string Process(std::string_view text) {
     world.tables["Binary"].rows = {{"CHMXX.u00", Bytes(text.begin(), text.end())}};
-    ProcessUninstallList("chmxx");
+    DeletionGuard guard;
+    ProcessUninstallList("chmxx", guard);
     EXPECT_EQ(world.Find("C:\\temp").node->entries.size(), 0u);
     return Lines();
   }

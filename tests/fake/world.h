@@ -154,7 +154,8 @@ struct World {
       {"Feature", {{"Feature"}, {}}},
       {"File", {{"File", "FileName"}, {}}},
       {"RemoveFile", {{"FileKey", "Component_", "FileName", "DirProperty", "InstallMode"}, {}}},
-      {"RemoveRegistry", {{"RemoveRegistry", "Root", "Key", "Name", "Component_"}, {}}}};
+      {"RemoveRegistry", {{"RemoveRegistry", "Root", "Key", "Name", "Component_"}, {}}},
+      {"Registry", {{"Registry", "Root", "Key", "Name", "Value", "Component_"}, {}}}};
   std::map<std::string, InstallState> features, components;
   std::vector<int> installLevels;  // each that was set
   std::map<std::string, std::string> sourcePaths;

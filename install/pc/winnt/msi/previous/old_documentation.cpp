@@ -2,19 +2,13 @@
 
 #include <string>
 
-#include "platform/msi.h"
 #include "platform/own_module.h"
-#include "previous/base_component.h"
 #include "previous/documentation_scan.h"
+#include "previous/replacement.h"
 #include "previous/uninstall_list.h"
 #include "runtime/log.h"
 #include "runtime/phase.h"
-#include "runtime/property.h"
-#include "runtime/session.h"
-#include "services/system/product_key.h"
-#include "services/system/registry.h"
-#include "services/tables/feature_state.h"
-#include "services/tables/remove_registry.h"
+#include "services/removal/deletion_guard.h"
 
 namespace zqv {
 
@@ -71,17 +65,9 @@ constexpr bool InOrder() {
 }
 static_assert(InOrder());
 
-/// True when the new documentation in the language is being installed. A feature whose state cannot be read is not.
-bool IsReplaced(const Member &member) {
-  const std::string feature = std::string("docs_") + member.code + "_eclipse";
-  return AskFeatureState(feature.c_str()).action == INSTALLSTATE_LOCAL;
-}
-
-/// A removal that cannot be stacked, which is logged, does not keep the others from it.
 void StackValueIfPresent(const std::string &name) {
-  const std::string key = std::string(kCurrentVersionKey) + "\\Components";
-  if (iwiRegReadValue(HKEY_LOCAL_MACHINE, key, name, nullptr, nullptr, nullptr)) {
-    static_cast<void>(StackDeleteRegistryValue(key, name, kBaseComponent));
+  if (HasOldComponent(name)) {
+    StackOldComponent(name);
   }
 }
 
@@ -100,9 +86,9 @@ void StackValues(const Member &member) {
   StackValueIfPresent(member.languageValue);
 }
 
-void ProcessList(bool present, const char *format, const Member &member) {
+void ProcessList(bool present, const char *format, const Member &member, DeletionGuard &guard) {
   if (present) {
-    ProcessUninstallList(std::string(format) + member.code);
+    ProcessUninstallList(std::string(format) + member.code, guard);
   }
 }
 
@@ -113,19 +99,19 @@ ResultCode DeleteOldDocumentation(OldDocumentation language) {
     return ERROR_SUCCESS;
   }
   const Member &member = kMembers[static_cast<std::size_t>(language)];
-  const bool isReplaced = IsReplaced(member);
-  Log("%s", isReplaced ? "New feature replaces old" : member.told);
-  if (!SetProperty(member.decision, isReplaced ? "" : "1")) {
+  const bool isReplaced = IsReplacedBy((std::string("docs_") + member.code + "_eclipse").c_str());
+  if (!PublishDecision(isReplaced, member.told, member.decision)) {
     return ERROR_INSTALL_FAILURE;
   }
   if (!isReplaced) {
     StackValues(member);
   }
   const DocumentationFormats &formats = FindOldDocumentation();
-  ProcessList(!isReplaced && formats.chm, "chm", member);
-  ProcessList(member.pdfFirst && formats.pdf, "pdf", member);
-  ProcessList(formats.htm, "htm", member);
-  ProcessList(!member.pdfFirst && formats.pdf, "pdf", member);
+  DeletionGuard guard;
+  ProcessList(!isReplaced && formats.chm, "chm", member, guard);
+  ProcessList(member.pdfFirst && formats.pdf, "pdf", member, guard);
+  ProcessList(formats.htm, "htm", member, guard);
+  ProcessList(!member.pdfFirst && formats.pdf, "pdf", member, guard);
   return ERROR_SUCCESS;
 }
 

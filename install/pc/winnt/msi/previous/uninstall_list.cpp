@@ -31,6 +31,7 @@ constexpr std::size_t kEntryLength = MAX_PATH;
 struct BaseFolder {
   std::string_view field;
   std::string path;  ///< without a backslash at its end; empty when it is not known
+  DeletionGuard::Temporary temporary = DeletionGuard::Temporary::barred;
 };
 
 /// The first one is that of the entries without a field.
@@ -44,7 +45,7 @@ BaseFolders ReadBaseFolders() {
   std::string data;
   static_cast<void>(GetTrimmedProperty("ZQVPREVDAT", data));
   static_cast<void>(GetKeptProperty(Kept::tempFolder));
-  return {{{"PGM,", program}, {"DAT,", data}, {"TMP,", ValueOf(Kept::tempFolder)}}};
+  return {{{"PGM,", program}, {"DAT,", data}, {"TMP,", ValueOf(Kept::tempFolder), DeletionGuard::Temporary::allowed}}};
 }
 
 /// The line without what is around its entry: a carriage return at its end, blanks and tabs.
@@ -82,13 +83,17 @@ bool LeavesFolder(std::string_view path) {
 }
 
 /// An entry that cannot be stacked, which is logged, does not keep the others from it.
-void StackEntry(const std::string &folder, const std::string &path) {
+void StackEntry(const BaseFolder &base, const std::string &path, DeletionGuard &guard) {
+  const std::string &folder = base.path;
   if (folder.empty()) {
     Log("No folder for '%s'", path.c_str());
     return;
   }
   if (LeavesFolder(path)) {
     Log("***Path '%s' leaves the folder '%s'", path.c_str(), folder.c_str());
+    return;
+  }
+  if (!guard.MayDeleteBelow(folder, base.temporary)) {
     return;
   }
   const std::string full = folder + "\\" + path;
@@ -99,7 +104,8 @@ void StackEntry(const std::string &folder, const std::string &path) {
   }
 }
 
-void ProcessEntry(const BaseFolders &folders, const std::string &list, unsigned number, std::string_view entry) {
+void ProcessEntry(const BaseFolders &folders, const std::string &list, unsigned number, std::string_view entry,
+                  DeletionGuard &guard) {
   const BaseFolder *base = &folders.all[0];
   for (const BaseFolder &folder : folders.all) {
     if (entry.starts_with(folder.field)) {
@@ -112,10 +118,10 @@ void ProcessEntry(const BaseFolders &folders, const std::string &list, unsigned 
     Log("***Line %u of list '%s' is no path", number, list.c_str());
     return;
   }
-  StackEntry(base->path, std::string(entry));
+  StackEntry(*base, std::string(entry), guard);
 }
 
-void ProcessLines(const std::string &path, const std::string &list) {
+void ProcessLines(const std::string &path, const std::string &list, DeletionGuard &guard) {
   const OwnedStream file(OpenCFile(path.c_str(), "rb"));
   if (!file) {
     Log("***Can't open '%s'", path.c_str());
@@ -131,7 +137,7 @@ void ProcessLines(const std::string &path, const std::string &list) {
     if (entry.size() > kEntryLength) {
       Log("***Line %u of list '%s' is longer than a path", number, list.c_str());
     } else if (!entry.empty()) {
-      ProcessEntry(folders, list, number, entry);
+      ProcessEntry(folders, list, number, entry, guard);
     }
   }
   if (std::ferror(file.Get()) != 0) {
@@ -141,14 +147,14 @@ void ProcessLines(const std::string &path, const std::string &list) {
 
 }  // namespace
 
-void ProcessUninstallList(const std::string &name) {
+void ProcessUninstallList(const std::string &name, DeletionGuard &guard) {
   const std::string path = TempName(false, "zqvu", ".txt");
   if (path.empty()) {
     Log("***No temporary file for list '%s'", name.c_str());
     return;
   }
   if (iwiUnpackBinary(name, ".u00", path, nullptr)) {
-    ProcessLines(path, name);
+    ProcessLines(path, name, guard);
   }
   static_cast<void>(DeleteOneFile({.execute = true, .path = path, .report = true}));
 }

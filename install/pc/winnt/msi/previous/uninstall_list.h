@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "services/removal/deletion_guard.h"
+
 namespace zqv {
 
 /// Stacks the removal of what an earlier version's uninstall list names: the stream of the Binary table that is called
@@ -13,7 +15,7 @@ namespace zqv {
 ///
 /// Entries that are no path (they hold a control character, "/", or a wildcard before their last element), are longer
 /// than 260 characters or lead out of their folder are reported and passed over; so are those whose folder is not
-/// known.
-void ProcessUninstallList(const std::string &name);
+/// known, or refused by the guard. ZQVTEMP may be the system's temporary folder.
+void ProcessUninstallList(const std::string &name, DeletionGuard &guard);
 
 }  // namespace zqv

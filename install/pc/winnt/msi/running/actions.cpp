@@ -57,6 +57,7 @@ ResultCode RenameQvService() {
       RenameService(kFirstService, "Korvex QVSeries Deleted");
       break;
     case Phase::scriptGeneration:
+    case Phase::commit:
       break;
   }
   return ERROR_SUCCESS;

@@ -5,10 +5,16 @@
 
 namespace zqv {
 
-Phase AnnouncePhase() {
+namespace {
+
+Phase Announce(bool isCommitAPhase) {
   if (InRunMode(MSIRUNMODE_ROLLBACK)) {
     LogLine("Executing in rollback");
     return Phase::rollback;
+  }
+  if (isCommitAPhase && InRunMode(MSIRUNMODE_COMMIT)) {
+    LogLine("Executing in commit");
+    return Phase::commit;
   }
   if (InRunMode(MSIRUNMODE_SCHEDULED)) {
     LogLine("Deferred execution");
@@ -17,5 +23,11 @@ Phase AnnouncePhase() {
   LogLine("Executing in script generation");
   return Phase::scriptGeneration;
 }
+
+}  // namespace
+
+Phase AnnouncePhase() { return Announce(false); }
+
+Phase AnnouncePhaseOrCommit() { return Announce(true); }
 
 }  // namespace zqv

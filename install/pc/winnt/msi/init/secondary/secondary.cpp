@@ -11,11 +11,10 @@
 #include "features/feature_lists.h"
 #include "init/removal.h"
 #include "previous/previous_installation.h"
+#include "previous/replacement.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
 #include "services/files/create.h"
-#include "services/system/product_key.h"
-#include "services/system/registry.h"
 
 namespace zqv {
 
@@ -130,10 +129,6 @@ ResultCode InitialiseScript() {
   return ResultOf(!installed.empty() || FillPrevious());
 }
 
-ResultCode CheckWebAdmin() {
-  const std::string key = std::string(kCurrentVersionKey) + "\\Components";
-  return ResultOf(SetSwitch("ZQVWEBADMIN",
-                            iwiRegReadValue(HKEY_LOCAL_MACHINE, key, "Web Administration", nullptr, nullptr, nullptr)));
-}
+ResultCode CheckWebAdmin() { return ResultOf(SetSwitch("ZQVWEBADMIN", HasOldComponent("Web Administration"))); }
 
 }  // namespace zqv

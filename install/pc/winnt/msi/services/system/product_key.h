@@ -6,6 +6,7 @@ namespace zqv {
 
 inline constexpr char kProductKey[] = "Software\\Korvex\\QVSeries";
 inline constexpr char kCurrentVersionKey[] = "Software\\Korvex\\QVSeries\\CurrentVersion";
+inline constexpr char kComponentsKey[] = "Software\\Korvex\\QVSeries\\CurrentVersion\\Components";
 
 // The values that tell its folders.
 inline constexpr char kProgramFolderValue[] = "PgmFolder";

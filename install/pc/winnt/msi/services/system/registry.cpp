@@ -57,18 +57,20 @@ void Terminate(std::vector<BYTE> &data, DWORD type) {
   data.insert(data.end(), wanted - present, 0);
 }
 
-/// Reads exactly `size` bytes; anything else leaves `data` empty.
-bool ReadData(HKEY key, const std::string &name, DWORD size, std::vector<BYTE> &data) {
-  data.resize(size);
-  DWORD type = 0;
-  DWORD got = size;
-  if (RegQueryValueExA(key, name.c_str(), nullptr, &type, data.data(), &got) != ERROR_SUCCESS) {
-    data.clear();
-    return false;
-  }
-  data.resize(got);
-  Terminate(data, type);
-  return true;
+/// Reads exactly `size` bytes. Gives the system's code.
+LONG ReadData(HKEY key, const std::string &name, DWORD size, RegistryValueData &value) {
+  value.bytes.resize(size);
+  const LONG error = RegQueryValueExA(key, name.c_str(), nullptr, &value.type, value.bytes.data(), &size);
+  value.bytes.resize(error == ERROR_SUCCESS ? size : 0);
+  return error;
+}
+
+/// Asks how many bytes a value has. Gives the system's code.
+LONG ReadSize(HKEY key, const std::string &name, DWORD &size) {
+  BYTE probe[kProbe];
+  size = kProbe;
+  const LONG error = RegQueryValueExA(key, name.c_str(), nullptr, nullptr, probe, &size);
+  return error == ERROR_MORE_DATA ? ERROR_SUCCESS : error;
 }
 
 bool ComputeLength(DWORD type, const void *data, int &length) {
@@ -91,19 +93,47 @@ bool iwiRegReadValue(HKEY root, const std::string &key, const std::string &name,
     *size = 0;
   }
   OwnedKey opened;
-  if (!OpenOrFail(root, key, KEY_QUERY_VALUE, opened, result)) {
-    return false;
-  }
-  BYTE probe[kProbe];
-  DWORD needed = kProbe;
-  const LONG asked = RegQueryValueExA(opened.Get(), name.c_str(), nullptr, nullptr, probe, &needed);
-  if (asked != ERROR_SUCCESS && asked != ERROR_MORE_DATA) {
+  DWORD needed = 0;
+  if (!OpenOrFail(root, key, KEY_QUERY_VALUE, opened, result) ||
+      ReadSize(opened.Get(), name, needed) != ERROR_SUCCESS) {
     return false;
   }
   if (size != nullptr) {
     *size = needed;
   }
-  return data == nullptr || ReadData(opened.Get(), name, needed, *data);
+  if (data == nullptr) {
+    return true;
+  }
+  RegistryValueData value;
+  const bool read = ReadData(opened.Get(), name, needed, value) == ERROR_SUCCESS;
+  if (read) {
+    Terminate(value.bytes, value.type);
+  }
+  *data = std::move(value.bytes);
+  return read;
+}
+
+bool ReadRegistryValue(HKEY root, const std::string &key, const std::string &name,
+                       std::optional<RegistryValueData> &value) {
+  value.reset();
+  OwnedKey opened;
+  ResultCode result = ERROR_SUCCESS;
+  if (!OpenOrFail(root, key, KEY_QUERY_VALUE, opened, &result)) {
+    return result == ERROR_SUCCESS;
+  }
+  DWORD size = 0;
+  LONG error = ReadSize(opened.Get(), name, size);
+  if (error == ERROR_SUCCESS) {
+    error = ReadData(opened.Get(), name, size, value.emplace());
+  }
+  if (error == ERROR_SUCCESS) {
+    return true;
+  }
+  value.reset();
+  if (error != ERROR_FILE_NOT_FOUND) {
+    Log("***Can't read value '%s' key '%s' %d", name.c_str(), key.c_str(), static_cast<int>(error));
+  }
+  return error == ERROR_FILE_NOT_FOUND;
 }
 
 bool ReadRegistryText(HKEY root, const std::string &key, const std::string &name, std::string &text,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,17 @@ namespace zqv {
 /// with `data` empty and `size` 0.
 [[nodiscard]] bool iwiRegReadValue(HKEY root, const std::string &key, const std::string &name, std::vector<BYTE> *data,
                                    DWORD *size, ResultCode *result);
+
+/// A value as the registry has it.
+struct RegistryValueData {
+  DWORD type = 0;
+  std::vector<BYTE> bytes;
+};
+
+/// Reads a value with its type, and adds nothing to its bytes. `value` gets nothing where there is none; false, with a
+/// line, when it cannot be read.
+[[nodiscard]] bool ReadRegistryValue(HKEY root, const std::string &key, const std::string &name,
+                                     std::optional<RegistryValueData> &value);
 
 /// Reads a value as a text, up to its first terminator. False, with `text` empty, when there is none.
 [[nodiscard]] bool ReadRegistryText(HKEY root, const std::string &key, const std::string &name, std::string &text,
