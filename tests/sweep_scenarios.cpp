@@ -48,6 +48,7 @@ const Scenario kScenarios[] = {
      [](World &world) {
        world.properties.merge(Entries("ZQVUSERTRACEPATH=C:\\t|ZQVUSERLOGPATH=C:\\u|ZQVTEMPLOGPATH=C:\\l"));
      }},
+    {"losing_silently", iwiTestLosingFeatures, [](World &world) { world.properties["UILevel"] = "2"; }},
     {"stacked_files", InFrame<[] { return iwiStackFilesForDeletion("C:\\tree\\a.txt", "Base", 1); }>},
     {"stacked_folder", InFrame<[] { return iwiStackFolderForDeletion("C:\\tree\\", "Base", 2); }>},
     {"component", InFrame<[] { return ResultOf(iwiFindLocalComponent("Other") == "Base"); }>},
@@ -71,8 +72,7 @@ const Scenario kScenarios[] = {
        return ResultOf(iwiDeletePattern(
            {.path = "C:\\tree\\*", .component = "Base", .installMode = 1, .deleteFiles = true, .recurse = true}));
      }>},
-    {"copy", InFrame<[] { return iwiCopyPattern("C:\\tree", "C:\\copy\\of", "*", true); }>,
-     [](World &world) { world.Remove("C:\\temp\\zqvcancl.txt"); }},
+    {"copy", InFrame<[] { return iwiCopyPattern("C:\\tree", "C:\\copy\\of", "*", true); }>},
     {"copy_cancelled", InFrame<[] { return iwiCopyPattern("C:\\tree", "C:\\copy\\of", "*", true); }>},
     {"existence", InFrame<[] {
        std::string name;
@@ -108,7 +108,9 @@ const Setting kSettings[] = {
      {},
      "UILevel=2|ONLYINI=1|Installed=|USEINI=|ZQVTEMPFILENUM=|ZQVPREVPGM=|ADDLOCAL=|ZQVUSERTRACEPATH=C:\\t",
      true},
-    {"removal", {}, "REMOVE=ALL|UpgradeCode={5A8B5D80-6DCC-4317-9922-99EC0093BF24}"},
+    {"removal",
+     {},
+     "REMOVE=ALL|ZQVREMOVE=1|ZQVLEAVEQMDATAREMOVE=delete|UpgradeCode={5A8B5D80-6DCC-4317-9922-99EC0093BF24}"},
     {"administrative", {MSIRUNMODE_ADMIN}, "HIGHCONTRAST=yes|INSTALLTRACE=none"}};
 
 /// The machine that the product is on.
@@ -124,6 +126,7 @@ void FillMachine(World &world) {
   for (const auto &[path, text] :
        Entries(R"(Korvex\QVSeries\CurrentVersion\VRMF=5.3.0.1|Korvex\QVSeries\CurrentVersion\PgmFolder=C:\qv|K\v=x|)"
                R"(Korvex\QVSeries\CurrentVersion\HighContrastMode=0|Korvex\QVSeries\CurrentVersion\Components\first=x|)"
+               R"(Korvex\QVSeries\CurrentVersion\Components\Server=x|)"
                R"(Korvex\QVSeries\CurrentVersion\Maintenance Applied\Maint 1.2=C:\service|)"
                R"(Korvex\QVSeries\CurrentVersion\Maintenance Applied\Shipped=1.1)")) {
     const std::size_t cut = path.rfind('\\');
@@ -140,10 +143,13 @@ void FillWorld(World &world) {
       R"(ZQVCHECKMSCS=1|ZQVLICENSETYPE=trial|TRIALTOPROD=yes|ZQVSERVICESHIPLEVEL=1.2|ZQVPGMFOLDER=C:\qv|)"
       R"(ZQVDATFOLDER=C:\data|ZQVPREVPGM=C:\old|INSTALLLOG=C:\new\user.log|USEINI=C:\temp\r.ini|)"
       R"(SAVEINI=C:\temp\saved.ini|ZQVPROPERTYNAMELIST1=ProductName;PGMFOLDER|CostingComplete=1|ZQVVOLUMELABEL=QV|)"
-      R"(ZQVPATHTOCHECK=ZQVPGMFOLDER|)");
+      R"(ZQVPATHTOCHECK=ZQVPGMFOLDER|ZQVMIGRATE=1|ZQVPREVDAT=C:\older|ZQVPREVVERSION=5.3.0.1|ZQVREMOVE=0|)"
+      R"(ZQVMIGRATEFILES1=a.ini|ZQVMIGRATEDFROM=1:3600|ZQVSAVEQMUNITS=3|)");
   for (const auto &[path, bytes] :
        Entries("C:\\temp\\r.ini=[Response]\nPGMFOLDER=%X%\nWIZPARMFILE=C:\\temp\\r.ini\nAGREETOLICENSE=maybe\n|"
                "C:\\temp\\zqvg0001.txt=a line\r\n|C:\\temp\\zqvcancl.txt=|C:\\qv\\bin\\zqvmtbrn.exe=MZ|"
+               "C:\\temp\\zqvmigr\\a.ini=a|C:\\temp\\zqvm0001.txt=a.ini\r\n|C:\\temp\\zqvsave\\x=|C:\\older\\b.ini=b|"
+               "C:\\old\\bin\\x.exe=MZ|C:\\data\\qmgrs\\one\\qm.ini=q|"
                "C:\\qv\\bin\\endqvlsr.exe=MZ|C:\\data\\zqvqmgrs.txt=one\n|C:\\tree\\a.txt=a|C:\\tree\\sub\\b.txt=b")) {
     world.WriteFile(path, bytes);
   }
@@ -170,7 +176,7 @@ void FillWorld(World &world) {
   world.tables["CustomAction"].rows = {{"One", 1}, {"Two", 0x401}};
   world.tables["File"].rows = {{"file", "A~1|a.txt"}};
   world.tables["UIText"] = {{"Key", "Text"}, {{"Other", "x"}, {"ZQV__setup_language", "German"}}};
-  for (const char *name : {"stream", "zqviwiln.dll", "zqvircgn.dll", "chmde_de.u00"}) {
+  for (const char *name : {"stream", "zqviwiln.dll", "zqvircgn.dll", "chmde_de.u00", "server.u00"}) {
     world.tables["Binary"].rows.push_back({name, Bytes{'d', '\\'}});
   }
   world.sourcePaths["INSTALLDIR"] = world.sourcePaths["TARGETDIR"] = "C:\\tree\\";
@@ -208,6 +214,9 @@ World &ResetWorld(const SweepCase &sweepCase) {
   }
   world.properties["CustomActionData"] = "C:\\temp\\zqvp0001.txt";
   world.WriteFile(world.properties["CustomActionData"], values);
+  if (const std::string_view name = scenario.name; name != "copy_cancelled" && name != "iwiInstallInitPri") {
+    world.Remove("C:\\temp\\zqvcancl.txt");
+  }
   if (scenario.prepare != nullptr) {
     scenario.prepare(world);
   }

@@ -4,6 +4,7 @@
 usage: package_test.py BUILD_WINDOWS_DIR [unittest arguments]
 """
 
+import fnmatch
 import re
 import sys
 import unittest
@@ -91,6 +92,20 @@ class Agreement(unittest.TestCase):
         self.assertEqual(package.properties["ZQVSERVICESHIPLEVEL"], f"{modification}.0")
         limits = [row["VersionMin"] or row["VersionMax"] for row in package.table("Upgrade")]
         self.assertEqual(limits, [package.properties["ProductVersion"]] * 2)
+
+    def test_no_uninstall_list_names_what_is_installed(self):
+        """The engine would remove it, and not put it back."""
+        features = [row["Feature"] for row in package.table("Feature")]
+        files = [str(path).lower() for path in package.files(features, ZQVPGMFOLDER="PGM", ZQVDATFOLDER="DAT")]
+        binaries = [row["Name"] for row in package.table("Binary") if row["Name"].endswith(".u00")]
+        lists = {path.name: path.read_text() for path in (build / "package").glob("*.u00")}
+        self.assertCountEqual(lists, binaries)
+        self.assertIn("PGM/readme.txt".lower(), files)
+        for text in lists.values():
+            for line in re.findall(r"^[^;\n].*[^\\\n]$", text, re.MULTILINE):
+                folder, _, path = line.rpartition(",")
+                pattern = f"{folder or 'PGM'}/{path}".replace("\\", "/").lower()
+                self.assertEqual(fnmatch.filter(files, pattern), [])
 
     def test_components(self):
         """Each program is a component's key path."""

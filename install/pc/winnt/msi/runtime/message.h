@@ -37,7 +37,8 @@ constexpr UINT kActionFailed = 2041;
 constexpr UINT kClusterSupportPac = 2053;
 constexpr UINT kPubSubSupportPac = 2054;
 constexpr UINT kServiceLevel = 2092;
-constexpr UINT kInvalidFolder = 2100;  ///< two inserts: the folder, and what it came from
+constexpr UINT kInvalidFolder = 2100;   ///< two inserts: the folder, and what it came from
+constexpr UINT kLosingFeatures = 2110;  ///< one insert: the features
 
 }  // namespace message
 
