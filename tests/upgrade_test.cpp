@@ -30,6 +30,20 @@ class UpgradeTest : public LibraryTest {
     return LogText();
   }
 
+  /// The same in a deferred mode, with the value list of now.
+  std::string RunIn(int mode, UINT (*action)(MSIHANDLE), UINT expected = 0) {
+    std::string values;
+    for (const auto &[name, value] : world.properties) {
+      values += name + "=" + value + ";";
+    }
+    world.WriteFile("C:\\temp\\zqvp0001.txt", values);
+    world.properties["CustomActionData"] = "C:\\temp\\zqvp0001.txt";
+    world.modes = {mode};
+    const std::string log = Run(action, expected);
+    world.modes = {};
+    return log;
+  }
+
   /// What the RemoveFile table's rows would remove, a line each, with the install mode; forgets them.
   std::string Stacked() {
     std::string text;
@@ -42,6 +56,18 @@ class UpgradeTest : public LibraryTest {
     return text;
   }
 
+  std::string Text(const std::string &path) { return world.ReadFile(path).value_or("none"); }
+
+  /// The ticks of the progress messages of a kind: 2 those that are sent, 3 those that are announced.
+  int Ticks(int kind) {
+    int ticks = 0;
+    for (const Message &message : world.messages) {
+      if (message.type == static_cast<int>(INSTALLMESSAGE_PROGRESS) && std::get<int>(message.fields[1]) == kind) {
+        ticks += std::get<int>(message.fields[2]);
+      }
+    }
+    return ticks;
+  }
 };
 
 TEST_F(UpgradeTest, NothingIsStackedBelowAFolderOfTheSystemOrTheUser) {
@@ -185,6 +211,148 @@ TEST_F(UpgradeTest, WhatAnUpgradeWouldLose) {
   components["Server"] = RegistryValue::Text("");
   EXPECT_EQ(Run(iwiTestLosingFeatures).find("Property 'REMOVEFEATURES'"), std::string::npos);
   EXPECT_EQ(world.properties["ZQVLOSINGFEATURES"], "");
+}
+
+TEST_F(UpgradeTest, SettingsComeAlongAndAreNeverOverwritten) {
+  const std::string names[] = {"a b.ini", "c;d.ini", "kept.ini", std::string(200, 'x') + ".ini", "z.INI"};
+  for (const std::string &name : names) {
+    world.WriteFile("C:\\older\\" + name, "old " + name);
+  }
+  world.Attributes("C:\\older\\z.INI") = FILE_ATTRIBUTE_READONLY;
+  world.WriteFile("C:\\older\\sub\\deep.ini", "");
+  world.WriteFile("C:\\older\\other.txt", "");
+  world.WriteFile("C:\\data\\KEPT.ini", "user");
+  world.WriteFile("C:\\temp\\zqvmigr\\stale.ini", "");
+  world.WriteFile("C:\\temp\\zqvm0001.txt", "kept.ini\r\n");
+  Run(iwiPrepareMigrateIni);
+  EXPECT_EQ(world.Find("C:\\temp\\zqvmigr").node->entries.size(), std::size(names));
+  world.Remove("C:\\older");
+  world.messages.clear();
+  EXPECT_NE(Run(iwiDirectMigrateScripts).find(": 'C:\\data\\kept.ini' exists; kept\n"), std::string::npos);
+  EXPECT_FALSE(world.Exists("C:\\temp\\zqvm0001.txt"));
+  EXPECT_EQ(world.properties["ZQVMIGRATEFILES1"], "a b.ini|c?d.ini|" + names[3] + "|z.INI");
+  EXPECT_EQ(Ticks(3), 400000);
+  world.WriteFile("C:\\data\\z.ini", "the package's default");
+  RunIn(16, iwiDirectMigrateScripts);
+  EXPECT_EQ(Ticks(2), 400000);
+  for (const std::string &name : names) {
+    EXPECT_EQ(Text("C:\\data\\" + name), name == "kept.ini" ? "user" : "old " + name);
+  }
+  // A rollback deletes what was copied, whatever else the list says.
+  world.WriteFile("C:\\temp\\zqvm0001.txt", Text("C:\\temp\\zqvm0001.txt") + "..\\qv\\x\r\nC:\\qv\\x\r\nnul\r\n");
+  world.WriteFile("C:\\qv\\x", "");
+  EXPECT_NE(RunIn(17, iwiDirectMigrateScripts).find("***'..\\qv\\x' is no file name\n"), std::string::npos);
+  EXPECT_EQ(world.Find("C:\\data").node->entries.size(), 1u);
+  EXPECT_TRUE(world.Exists("C:\\qv\\x"));
+  EXPECT_FALSE(world.Exists("C:\\temp\\zqvm0001.txt"));
+  // A commit leaves the files and deletes the list.
+  RunIn(16, iwiDirectMigrateScripts);
+  EXPECT_NE(RunIn(18, iwiDirectMigrateScripts).find(": Executing in commit\n"), std::string::npos);
+  EXPECT_EQ(world.Find("C:\\data").node->entries.size(), 5u);
+  EXPECT_FALSE(world.Exists("C:\\temp\\zqvm0001.txt"));
+  // More names than can be handed over; a link in the folder's place; nothing to migrate; no earlier folder.
+  for (int file = 0; file < 9; ++file) {
+    world.WriteFile("C:\\temp\\zqvmigr\\" + std::to_string(file) + std::string(200, 'y') + ".ini", "");
+  }
+  EXPECT_NE(Run(iwiDirectMigrateScripts, 1603).find("***9 names are more than 'ZQVMIGRATEFILES'"), std::string::npos);
+  world.Remove("C:\\temp\\zqvmigr");
+  world.MakeJunction("C:\\temp\\zqvmigr", "C:\\qv");
+  EXPECT_NE(RunIn(16, iwiDirectMigrateScripts, 1603).find("***Can't use folder 'C:\\temp\\zqvmigr'"),
+            std::string::npos);
+  world.properties["ZQVMIGRATE"] = "";
+  EXPECT_NE(Run(iwiPrepareMigrateIni).find(": Nothing to migrate\n"), std::string::npos);
+  world.properties["ZQVMIGRATE"] = "1";
+  EXPECT_NE(Run(iwiPrepareMigrateIni).find(": No earlier data folder\n"), std::string::npos);
+  EXPECT_TRUE(world.Exists("C:\\qv\\x"));
+  EXPECT_FALSE(world.Exists("C:\\temp\\zqvmigr"));
+}
+
+TEST_F(UpgradeTest, TheLevelMigratedFromIsRecordedAndPutBack) {
+  NameMap<RegistryValue> &values = world.registry[kVersion];
+  const RegistryValue recorded = RegistryValue::Text("5.3.0.1");
+  for (const std::optional<RegistryValue> &before : {std::optional<RegistryValue>(),
+                                                     {{REG_SZ, "4.0;"}},
+                                                     {{REG_DWORD, "\1\0\xff\0"s}},
+                                                     {{REG_SZ, std::string(127, 'x')}},
+                                                     {{REG_SZ, ""}}}) {
+    values.erase("MigratedFrom");
+    if (before) {
+      values["MigratedFrom"] = *before;
+    }
+    Run(iwiMigrateRegistry);
+    RunIn(16, iwiMigrateRegistry);
+    EXPECT_EQ(values["MigratedFrom"].bytes, recorded.bytes);
+    RunIn(17, iwiMigrateRegistry);
+    ASSERT_EQ(values.contains("MigratedFrom"), before.has_value());
+    EXPECT_TRUE(!before ||
+                (values["MigratedFrom"].bytes == before->bytes && values["MigratedFrom"].type == before->type));
+  }
+  values["MigratedFrom"] = {REG_SZ, std::string(129, 'x')};
+  EXPECT_NE(Run(iwiMigrateRegistry).find("***Value 'MigratedFrom' is too long"), std::string::npos);
+  RunIn(16, iwiMigrateRegistry);
+  RunIn(17, iwiMigrateRegistry);
+  EXPECT_EQ(values["MigratedFrom"].bytes.size(), 129u);
+  RunIn(18, iwiMigrateRegistry, 1603);
+  world.properties["ZQVREMOVE"] = "1";
+  Run(iwiMigrateRegistry);
+  EXPECT_EQ(world.tables["Registry"].rows,
+            (std::vector<Row>{{"ZQVREGISTRY0", 2, kVersion.substr(5), "MigratedFrom", {}, "Base_base"}}));
+}
+
+TEST_F(UpgradeTest, QueueManagersAreListedSavedAndDeleted) {
+  world.WriteFile("C:\\data\\zqvqmgrs.txt",
+                  "one\n; no\n two three \nONE\n..\na/b\na:b\nx.\nCOM1.x\na\x1f\nq*\n\\srv\nfour;5\n");
+  world.WriteFile("C:\\data\\qmgrs\\one\\qm.ini", "1");
+  world.WriteFile("C:\\data\\qmgrs\\one\\log\\active", "x");
+  world.WriteFile("C:\\data\\qmgrs\\four;5\\qm.ini", "4");
+  world.WriteFile("C:\\temp\\zqvsave\\stale", "");
+  Run(iwiStackLoadQMgrs);
+  EXPECT_EQ(world.properties["ZQVQMGRCOUNT"] + world.properties["ZQVQMGRLIST"], "3one,two three,four;5");
+  std::size_t told = 0;
+  for (const char *name : {"..", "a/b", "a:b", "x.", "COM1.x", "a\x1f", "q*", "\\srv"}) {
+    told += LogText().find("***Queue manager name '"s + name + "' is not valid\n") != std::string::npos;
+  }
+  EXPECT_EQ(told, 8u);
+
+  Run(iwiSaveQmConfigInit);
+  EXPECT_EQ(world.properties["ZQVSAVEQMCONFIG"], "1");
+  EXPECT_FALSE(world.Exists("C:\\temp\\zqvsave"));
+  RunIn(16, iwiSaveQmConfigExec);
+  EXPECT_EQ(Ticks(3), 500000);
+  EXPECT_EQ(Ticks(2), 500000);
+  ExpectInLog({"Copy bypassed; source file 'C:\\data\\QVSeries.ini' does not exist\n"});
+  EXPECT_EQ(Text("C:\\temp\\zqvsave\\qmgrs\\one\\qm.ini") + Text("C:\\temp\\zqvsave\\qmgrs\\four;5\\qm.ini"), "14");
+  EXPECT_TRUE(world.Exists("C:\\temp\\zqvsave\\zqvqmgrs.txt"));
+  RunIn(18, iwiSaveQmConfigExec, 1603);
+  world.Remove("C:\\temp\\zqvsave\\qmgrs");
+  world.MakeJunction("C:\\temp\\zqvsave\\qmgrs", "C:\\qv");
+  RunIn(16, iwiSaveQmConfigExec, 1603);
+  EXPECT_EQ(Ticks(2), 1000000);
+
+  for (const auto &[removal, fate, deleted] :
+       {std::tuple{"1", "keep", false}, {"0", "delete", false}, {"1", "delete", true}}) {
+    world.properties["ZQVREMOVE"] = removal;
+    world.properties["ZQVLEAVEQMDATAREMOVE"] = fate;
+    EXPECT_EQ(Run(iwiStackDeleteQMgrs).find(": Queue-manager data is kept\n") == std::string::npos, deleted);
+    const std::string folder = "C:\\data\\qmgrs\\";
+    EXPECT_EQ(Stacked(), !deleted ? ""
+                                  : folder + "one\\qm.ini 2\n" + folder + "one\\log\\active 2\n" + folder +
+                                        "one\\log\\ 2\n" + folder + "one\\ 2\n" + folder + "two three\\ 2\n" + folder +
+                                        "four;5\\qm.ini 2\n" + folder + "four;5\\ 2\n" + folder +
+                                        " 2\nC:\\data\\zqvqmgrs.txt 2\n");
+  }
+  world.properties["WindowsFolder"] = "C:\\DATA\\w";
+  Run(iwiStackDeleteQMgrs);
+  EXPECT_EQ(Stacked(), "");
+
+  std::string names, expected;
+  for (int name = 1000; name < 1500; ++name) {
+    names += std::to_string(name) + "\n";
+    expected += name < 1409 ? "," + std::to_string(name) : "";
+  }
+  world.WriteFile("C:\\data\\zqvqmgrs.txt", names);
+  Run(iwiStackLoadQMgrs);
+  EXPECT_EQ("," + world.properties["ZQVQMGRLIST"], expected);
 }
 
 }  // namespace

@@ -1,0 +1,38 @@
+#include "previous/data/own_folder.h"
+
+#include "base/path.h"
+#include "runtime/log.h"
+#include "runtime/property.h"
+#include "services/files/delete.h"
+#include "services/files/existence.h"
+
+namespace zqv {
+
+bool FindOwnFolder(const char *name, std::string &path) {
+  if (!GetKeptProperty(Kept::tempFolder)) {
+    return false;
+  }
+  const std::string &temporary = ValueOf(Kept::tempFolder);
+  if (!IsAbsoluteFolder(temporary)) {
+    Log("***No temporary folder for '%s'", name);
+    return false;
+  }
+  path = temporary + "\\" + name;
+  return true;
+}
+
+bool ClearOwnFolder(const char *name, std::string &path) {
+  if (!FindOwnFolder(name, path)) {
+    return false;
+  }
+  const bool deleted = iwiDeletePattern(
+      {.execute = true, .path = path + "\\*", .deleteFiles = true, .removeFolders = true, .recurse = true});
+  // A file that is in use counts as deleted, but keeps the folder.
+  if (!deleted || iwiFolderExists(path)) {
+    Log("***Earlier folder '%s' cannot be deleted", path.c_str());
+    return false;
+  }
+  return true;
+}
+
+}  // namespace zqv
