@@ -21,15 +21,17 @@ inline void Require(bool condition, DWORD code) {
   }
 }
 
-/// A call that returns its error code, and leaves garbage as the last error whatever happens.
+inline World &world = TheWorld();
+
+/// A call that returns its error code, and leaves garbage as the last error whatever happens. Its name is that of the
+/// function that it is written in.
 template <typename Body>
-DWORD CodedCall(const char *name, Body body) {
+DWORD CodedCall(Body body, const char *name = __builtin_FUNCTION()) {
   const AtWork atWork;
-  World &world = TheWorld();
   try {
     const DWORD code = world.Count(name);
     Require(code == 0, code);
-    body(world);
+    body();
     return 0;
   } catch (const Failure &failure) {
     return failure.code;
@@ -38,20 +40,21 @@ DWORD CodedCall(const char *name, Body body) {
 
 /// A call that answers `failed` and sets the last error when it fails; a body without an answer stands for TRUE.
 template <typename T, typename Body>
-T Call(const char *name, T failed, Body body) {
+T Call(T failed, Body body, const char *name = __builtin_FUNCTION()) {
   T answer = failed;
-  const DWORD code = CodedCall(name, [&](World &world) {
-    using Answer = decltype(body(world));
+  const auto answering = [&] {
+    using Answer = decltype(body());
     if constexpr (std::is_void_v<Answer>) {
-      body(world);
+      body();
       answer = TRUE;
     } else if constexpr (std::is_pointer_v<T> && std::is_integral_v<Answer>) {
-      answer = reinterpret_cast<T>(body(world));
+      answer = reinterpret_cast<T>(body());
     } else {
-      answer = static_cast<T>(body(world));
+      answer = static_cast<T>(body());
     }
-  });
-  TheWorld().lastError = code != 0 ? code : TheWorld().lastError;
+  };
+  const DWORD code = CodedCall(answering, name);
+  world.lastError = code != 0 ? code : world.lastError;
   return answer;
 }
 
@@ -86,4 +89,13 @@ auto &Known(Map &map, const Key &key, DWORD unknown) {
 template <typename Handle>
 std::uintptr_t Id(Handle handle) {
   return reinterpret_cast<std::uintptr_t>(handle);
+}
+
+/// What the handle stands for, which is of that kind and has been opened with this access.
+template <typename Handle>
+OpenObject &Opened(Handle handle, const char *kind, DWORD access) {
+  OpenObject &object = world.Object(Id(handle), kind);
+  world.See(object.name, {object.access});
+  Require((object.access & access) == access, ERROR_ACCESS_DENIED);
+  return object;
 }

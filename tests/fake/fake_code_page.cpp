@@ -79,7 +79,7 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR text, int length, WCH
   for (std::string_view rest(text, static_cast<std::size_t>(length)); !rest.empty();) {
     wide += Next(rest);
   }
-  TheWorld().lastError = kGarbageError;
+  world.lastError = kGarbageError;
   if (codePage != CP_ACP || flags != MB_ERR_INVALID_CHARS || wide.find(u'\0') != std::u16string::npos ||
       wide.size() > static_cast<std::size_t>(capacity)) {
     return 0;

@@ -10,43 +10,44 @@ constexpr DWORD kSettable = 0x27;
 constexpr DWORD kDelete = 0x10000;
 
 /// The place of a path that the library gives, in a folder that is there.
-Place FindInFolder(World &world, LPCSTR path) {
+Place FindInFolder(LPCSTR path) {
   Require(OrEmpty(path).size() < MAX_PATH, ERROR_PATH_NOT_FOUND);
   Place place = world.Find(OrEmpty(path));
   Require(place.folder != nullptr && (place.folder != world.root || place.node != nullptr), ERROR_PATH_NOT_FOUND);
   return place;
 }
 
-Place FindExisting(World &world, LPCSTR path) {
-  Place place = FindInFolder(world, path);
+Place FindExisting(LPCSTR path) {
+  Place place = FindInFolder(path);
   Require(place.node != nullptr, ERROR_FILE_NOT_FOUND);
   return place;
 }
 
-/// Checks that nobody who has `place` open forbids this access, nor is forbidden his own by `share`.
-void CheckShared(const World &world, const Place &place, DWORD access, DWORD share) {
+/// Whether nobody who has `place` open forbids this access, nor is forbidden his own by `share`.
+bool IsShared(const Place &place, DWORD access, DWORD share) {
   const auto needs = [](DWORD rights) {
     return ((rights & (GENERIC_READ | FILE_LIST_DIRECTORY)) != 0 ? 1U : 0U) |
            ((rights & GENERIC_WRITE) != 0 ? 2U : 0U) | ((rights & kDelete) != 0 ? 4U : 0U);
   };
-  Require(world.held.count(place.path) == 0, ERROR_SHARING_VIOLATION);
-  for (const auto &[handle, other] : world.objects) {
+  const auto clashes = [&](const auto &entry) {
+    const OpenObject &other = entry.second;
     const bool both = needs(access) != 0 && needs(other.access) != 0;  // else nobody asks what is shared
-    const bool clash = both && ((needs(access) & ~other.share) != 0 || (needs(other.access) & ~share) != 0);
-    Require(other.node == nullptr || other.node != place.node || !clash, ERROR_SHARING_VIOLATION);
-  }
+    return other.node != nullptr && other.node == place.node && both &&
+           ((needs(access) & ~other.share) != 0 || (needs(other.access) & ~share) != 0);
+  };
+  return !world.held.contains(place.path) && std::none_of(world.objects.begin(), world.objects.end(), clashes);
 }
 
 /// The place of a file that may be opened so, or with `orFolder` of a folder; makes a file that is missing if it may.
-Place FindToOpen(World &world, LPCSTR path, DWORD access, DWORD share, bool mayCreate, bool orFolder = false) {
-  Place place = mayCreate ? FindInFolder(world, path) : FindExisting(world, path);
+Place FindToOpen(LPCSTR path, DWORD access, DWORD share, bool mayCreate, bool orFolder = false) {
+  Place place = mayCreate ? FindInFolder(path) : FindExisting(path);
   if (place.node == nullptr) {
     place.node = place.folder->entries[place.name] = std::make_shared<Node>();
   }
   const DWORD forbidding = (orFolder ? 0 : FILE_ATTRIBUTE_DIRECTORY) |
                            ((access & (GENERIC_WRITE | kDelete)) != 0 ? FILE_ATTRIBUTE_READONLY : 0);
   Require(!(place.node->attributes & forbidding), ERROR_ACCESS_DENIED);
-  CheckShared(world, place, access, share);
+  Require(IsShared(place, access, share), ERROR_SHARING_VIOLATION);
   return place;
 }
 
@@ -54,8 +55,8 @@ Place FindToOpen(World &world, LPCSTR path, DWORD access, DWORD share, bool mayC
 
 ssize_t ReadStream(void *cookie, char *buffer, std::size_t size) {
   const AtWork atWork;
-  OpenObject &stream = TheWorld().Object(Id(cookie), "stream");
-  if (TheWorld().Count("fread") != 0) {
+  OpenObject &stream = world.Object(Id(cookie), "stream");
+  if (world.Count("fread") != 0) {
     errno = EIO;
     return -1;
   }
@@ -71,8 +72,8 @@ ssize_t ReadStream(void *cookie, char *buffer, std::size_t size) {
 
 ssize_t WriteStream(void *cookie, const char *buffer, std::size_t size) {
   const AtWork atWork;
-  const OpenObject &stream = TheWorld().Object(Id(cookie), "stream");
-  if (TheWorld().Count("fwrite") != 0) {
+  const OpenObject &stream = world.Object(Id(cookie), "stream");
+  if (world.Count("fwrite") != 0) {
     errno = ENOSPC;
     return 0;
   }
@@ -84,13 +85,14 @@ ssize_t WriteStream(void *cookie, const char *buffer, std::size_t size) {
 
 /// To the beginning only.
 int RewindStream(void *cookie, off64_t *offset, int whence) {
-  const bool toBeginning = whence == SEEK_SET && *offset == 0;
-  std::size_t &next = TheWorld().Object(Id(cookie), "stream").next;
-  next = toBeginning ? 0 : next;
-  return toBeginning ? 0 : -1;
+  if (whence != SEEK_SET || *offset != 0) {
+    return -1;
+  }
+  world.Object(Id(cookie), "stream").next = 0;
+  return 0;
 }
 
-int CloseStream(void *cookie) { return TheWorld().Close("fclose", Id(cookie), {"stream"}) == 0 ? 0 : -1; }
+int CloseStream(void *cookie) { return world.Close(Id(cookie), {"stream"}, "fclose") == 0 ? 0 : -1; }
 
 }  // namespace
 
@@ -157,12 +159,7 @@ Node &World::WriteFile(const std::string &path, std::string_view bytes) {
 
 bool World::Move(const std::string &from, const std::string &to) {
   const Place place = Find(from);
-  if (place.node == nullptr) {
-    return false;
-  }
-  try {
-    CheckShared(*this, place, kDelete, 7);
-  } catch (const Failure &) {
+  if (place.node == nullptr || !IsShared(place, kDelete, 7)) {
     return false;
   }
   place.folder->entries.erase(place.name);
@@ -183,13 +180,13 @@ std::optional<std::string> World::ReadFile(const std::string &path) {
 
 std::FILE *zqv::OpenCFile(const char *path, const char *mode) {
   std::FILE *const none = nullptr;
-  return Call("OpenCFile", none, [&](World &world) {
+  return Call(none, [&] {
     const std::string how = OrEmpty(mode);
-    world.See("OpenCFile", OrEmpty(path) + " " + how, {});
+    world.See(OrEmpty(path) + " " + how, {});
     Require(how == "rt" || how == "rb" || how == "wt" || how == "wb" || how == "a+", ERROR_INVALID_PARAMETER);
     const bool reads = how[0] == 'r';
     const DWORD access = reads ? GENERIC_READ : how == "a+" ? GENERIC_READ | GENERIC_WRITE : GENERIC_WRITE;
-    const Place place = FindToOpen(world, path, access, 3, !reads);
+    const Place place = FindToOpen(path, access, 3, !reads);
     if (how[0] == 'w') {
       place.node->bytes.clear();
     }
@@ -205,15 +202,15 @@ extern "C" {
 
 HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES *, DWORD disposition, DWORD flags,
                    HANDLE) {
-  return Call("CreateFileA", INVALID_HANDLE_VALUE, [&](World &world) {
-    world.See("CreateFileA", OrEmpty(path), {access, share, disposition, flags});
+  return Call(INVALID_HANDLE_VALUE, [&] {
+    world.See(OrEmpty(path), {access, share, disposition, flags});
     Require(disposition >= CREATE_NEW && disposition <= OPEN_EXISTING, ERROR_INVALID_PARAMETER);
-    Require(disposition != CREATE_NEW || FindInFolder(world, path).node == nullptr, ERROR_FILE_EXISTS);
+    Require(disposition != CREATE_NEW || FindInFolder(path).node == nullptr, ERROR_FILE_EXISTS);
     Require(!OrEmpty(path).ends_with(':'), ERROR_PATH_NOT_FOUND);  // that is the drive's current folder, which is gone
     const bool orFolder = flags & FILE_FLAG_BACKUP_SEMANTICS;
-    Place place = FindToOpen(world, path, access, share, disposition != OPEN_EXISTING, orFolder);
+    Place place = FindToOpen(path, access, share, disposition != OPEN_EXISTING, orFolder);
     if (!place.node->target.empty() && (flags & FILE_FLAG_OPEN_REPARSE_POINT) == 0) {
-      place.node = FindExisting(world, place.node->target.c_str()).node;
+      place.node = FindExisting(place.node->target.c_str()).node;
     }
     if (disposition == CREATE_ALWAYS) {
       place.node->bytes.clear();
@@ -223,7 +220,7 @@ HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES *
 }
 
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION *information) {
-  return Call("GetFileInformationByHandle", FALSE, [&](World &world) {
+  return Call(FALSE, [&] {
     const OpenObject &object = world.Object(Id(file), "file");
     std::memset(information, kJunk, sizeof *information);
     information->dwFileAttributes = object.node->attributes;
@@ -231,50 +228,49 @@ BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION *informa
 }
 
 DWORD GetFileSize(HANDLE file, DWORD *high) {
-  return Call("GetFileSize", INVALID_FILE_SIZE, [&](World &world) {
+  return Call(INVALID_FILE_SIZE, [&] {
     Require(high == nullptr, ERROR_INVALID_PARAMETER);
     return world.Object(Id(file), "file").node->bytes.size();
   });
 }
 
 BOOL DeleteFileA(LPCSTR path) {
-  return Call("DeleteFileA", FALSE,
-              [&](World &world) { world.Remove(FindToOpen(world, path, kDelete, 7, false).path); });
+  return Call(FALSE, [&] { world.Remove(FindToOpen(path, kDelete, 7, false).path); });
 }
 
 BOOL CreateDirectoryA(LPCSTR path, SECURITY_ATTRIBUTES *) {
-  return Call("CreateDirectoryA", FALSE, [&](World &world) {
-    const Place place = FindInFolder(world, path);
+  return Call(FALSE, [&] {
+    const Place place = FindInFolder(path);
     Require(place.node == nullptr, place.folder == world.root ? ERROR_ACCESS_DENIED : ERROR_ALREADY_EXISTS);
     world.MakeFolder(place.path);
   });
 }
 
 BOOL RemoveDirectoryA(LPCSTR path) {
-  return Call("RemoveDirectoryA", FALSE, [&](World &world) {
-    const Place place = FindExisting(world, path);
+  return Call(FALSE, [&] {
+    const Place place = FindExisting(path);
     Require(place.node->IsFolder(), ERROR_DIRECTORY);
     const bool readOnly = place.node->attributes & FILE_ATTRIBUTE_READONLY;
     Require(place.folder != world.root && !readOnly, ERROR_ACCESS_DENIED);
-    CheckShared(world, place, kDelete, 7);
+    Require(IsShared(place, kDelete, 7), ERROR_SHARING_VIOLATION);
     Require(place.node->entries.empty(), ERROR_DIR_NOT_EMPTY);
     world.Remove(place.path);
   });
 }
 
 BOOL MoveFileExA(LPCSTR from, LPCSTR to, DWORD flags) {
-  return Call("MoveFileExA", FALSE, [&](World &world) {
-    world.See("MoveFileExA", OrEmpty(from), {flags});
+  return Call(FALSE, [&] {
+    world.See(OrEmpty(from), {flags});
     Require((flags & MOVEFILE_DELAY_UNTIL_REBOOT) != 0 && to == nullptr, ERROR_INVALID_PARAMETER);
-    world.rebootDeletes.push_back(FindExisting(world, from).path);
+    world.rebootDeletes.push_back(FindExisting(from).path);
   });
 }
 
 BOOL CopyFileExA(LPCSTR from, LPCSTR to, LPPROGRESS_ROUTINE, void *, BOOL *cancel, DWORD flags) {
-  return Call("CopyFileExA", FALSE, [&](World &world) {
-    world.See("CopyFileExA", OrEmpty(from), {flags});
-    const Place source = FindToOpen(world, from, GENERIC_READ, 3, false);
-    const Place target = FindToOpen(world, to, GENERIC_WRITE, 0, true);
+  return Call(FALSE, [&] {
+    world.See(OrEmpty(from), {flags});
+    const Place source = FindToOpen(from, GENERIC_READ, 3, false);
+    const Place target = FindToOpen(to, GENERIC_WRITE, 0, true);
     Require(flags == 0 && source.node != target.node, ERROR_SHARING_VIOLATION);
     Require(*cancel == FALSE, 1235);
     *target.node = {.attributes = (source.node->attributes & kSettable) | 0x20, .bytes = source.node->bytes};
@@ -282,7 +278,7 @@ BOOL CopyFileExA(LPCSTR from, LPCSTR to, LPPROGRESS_ROUTINE, void *, BOOL *cance
 }
 
 HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA *found) {
-  return Call("FindFirstFileA", INVALID_HANDLE_VALUE, [&](World &world) {
+  return Call(INVALID_HANDLE_VALUE, [&] {
     const std::string text = OrEmpty(pattern);
     const std::size_t cut = Signs(text).find_last_of("\\/:") + 1;
     Require(!text.empty() && text.size() < MAX_PATH, ERROR_PATH_NOT_FOUND);
@@ -311,30 +307,29 @@ HANDLE FindFirstFileA(LPCSTR pattern, WIN32_FIND_DATAA *found) {
 }
 
 BOOL FindNextFileA(HANDLE search, WIN32_FIND_DATAA *found) {
-  return Call("FindNextFileA", FALSE, [&](World &world) {
+  return Call(FALSE, [&] {
     OpenObject &object = world.Object(Id(search), "search");
     Require(object.next < object.found.size(), ERROR_NO_MORE_FILES);
     *found = object.found[object.next++];
   });
 }
 
-BOOL FindClose(HANDLE search) { return TheWorld().Close("FindClose", Id(search), {"search"}) == 0; }
+BOOL FindClose(HANDLE search) { return world.Close(Id(search), {"search"}) == 0; }
 
 DWORD GetFileAttributesA(LPCSTR path) {
-  return Call("GetFileAttributesA", INVALID_FILE_ATTRIBUTES,
-              [&](World &world) { return FindExisting(world, path).node->attributes; });
+  return Call(INVALID_FILE_ATTRIBUTES, [&] { return FindExisting(path).node->attributes; });
 }
 
 BOOL SetFileAttributesA(LPCSTR path, DWORD attributes) {
-  return Call("SetFileAttributesA", FALSE, [&](World &world) {
-    DWORD &now = FindExisting(world, path).node->attributes;
+  return Call(FALSE, [&] {
+    DWORD &now = FindExisting(path).node->attributes;
     now = (now & ~kSettable) | (attributes & kSettable);
   });
 }
 
 BOOL GetVolumeInformationA(LPCSTR root, LPSTR label, DWORD capacity, DWORD *, DWORD *, DWORD *, LPSTR, DWORD) {
-  return Call("GetVolumeInformationA", FALSE, [&](World &world) {
-    world.See("GetVolumeInformationA", OrEmpty(root), {capacity});
+  return Call(FALSE, [&] {
+    world.See(OrEmpty(root), {capacity});
     Fill(label, capacity, Known(world.volumeLabels, OrEmpty(root), ERROR_PATH_NOT_FOUND));
   });
 }

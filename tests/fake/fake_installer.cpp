@@ -25,29 +25,21 @@ std::string TextOf(const Cell &cell) {
 void RequireSession(MSIHANDLE session) { Require(session == kSession, ERROR_INVALID_HANDLE); }
 
 /// Checks the session of a call that a deferred action cannot make.
-void RequireImmediate(const World &world, MSIHANDLE session) {
-  Require(session == kSession && !world.Deferred(), ERROR_INVALID_HANDLE);
+void RequireImmediate(MSIHANDLE session) { Require(session == kSession && !world.Deferred(), ERROR_INVALID_HANDLE); }
+
+void GetState(std::map<std::string, InstallState> &states, DWORD unknown, MSIHANDLE session, LPCSTR name,
+              INSTALLSTATE *installed, INSTALLSTATE *action) {
+  RequireImmediate(session);
+  *installed = *action = static_cast<INSTALLSTATE>(0);  // as the engine does for a name that it does not know
+  const InstallState &state = Known(states, OrEmpty(name), unknown);
+  *installed = state.installed;
+  *action = state.action;
 }
 
-UINT GetState(const char *call, std::map<std::string, InstallState> World::*states, DWORD unknown, MSIHANDLE session,
-              LPCSTR name, INSTALLSTATE *installed, INSTALLSTATE *action) {
-  return CodedCall(call, [&](World &world) {
-    RequireImmediate(world, session);
-    *installed = *action = static_cast<INSTALLSTATE>(0);  // as the engine does for a name that it does not know
-    const InstallState &state = Known(world.*states, OrEmpty(name), unknown);
-    *installed = state.installed;
-    *action = state.action;
-  });
-}
-
-Cell &Field(World &world, MSIHANDLE record, UINT field) {
+Cell &Field(MSIHANDLE record, UINT field) {
   Row &fields = world.Object(record, "record").fields;
   Require(field < fields.size(), ERROR_INVALID_PARAMETER);
   return fields[field];
-}
-
-UINT SetField(const char *call, MSIHANDLE record, UINT field, const Cell &cell) {
-  return CodedCall(call, [&](World &world) { Field(world, record, field) = cell; });
 }
 
 std::size_t ColumnOf(const Table &table, const std::string &column) {
@@ -60,14 +52,12 @@ std::size_t ColumnOf(const Table &table, const std::string &column) {
 
 extern "C" {
 
-UINT MsiCloseHandle(MSIHANDLE handle) {
-  return TheWorld().Close("MsiCloseHandle", handle, {"record", "view", "database", "summary"});
-}
+UINT MsiCloseHandle(MSIHANDLE handle) { return world.Close(handle, {"record", "view", "database", "summary"}); }
 
 UINT MsiGetPropertyA(MSIHANDLE session, LPCSTR name, LPSTR buffer, DWORD *length) {
-  return CodedCall("MsiGetPropertyA", [&](World &world) {
+  return CodedCall([&] {
     RequireSession(session);
-    world.See("MsiGetPropertyA", name, {*length});
+    world.See(name, {*length});
     const auto property = world.properties.find(name);
     const bool hidden = world.Deferred() && std::strcmp(name, "CustomActionData") != 0;
     PutText(hidden || property == world.properties.end() ? "" : property->second, buffer, length);
@@ -75,7 +65,7 @@ UINT MsiGetPropertyA(MSIHANDLE session, LPCSTR name, LPSTR buffer, DWORD *length
 }
 
 UINT MsiSetPropertyA(MSIHANDLE session, LPCSTR name, LPCSTR value) {
-  return CodedCall("MsiSetPropertyA", [&](World &world) {
+  return CodedCall([&] {
     RequireSession(session);
     Require(*name != '\0', ERROR_INVALID_PARAMETER);
     Require(!world.Deferred(), kFunctionFailed);
@@ -85,7 +75,7 @@ UINT MsiSetPropertyA(MSIHANDLE session, LPCSTR name, LPCSTR value) {
 }
 
 BOOL MsiGetMode(MSIHANDLE session, MSIRUNMODE mode) {
-  return Call("MsiGetMode", FALSE, [&](World &world) {
+  return Call(FALSE, [&] {
     RequireSession(session);
     const bool visible = !world.Deferred() || mode >= MSIRUNMODE_SCHEDULED;
     return visible && world.modes.count(mode) ? TRUE : FALSE;
@@ -93,7 +83,7 @@ BOOL MsiGetMode(MSIHANDLE session, MSIRUNMODE mode) {
 }
 
 int MsiProcessMessage(MSIHANDLE session, INSTALLMESSAGE type, MSIHANDLE record) {
-  return Call("MsiProcessMessage", -1, [&](World &world) {
+  return Call(-1, [&] {
     RequireSession(session);
     const Row &fields = world.Object(record, "record").fields;
     world.messages.push_back({type, fields});
@@ -105,68 +95,66 @@ int MsiProcessMessage(MSIHANDLE session, INSTALLMESSAGE type, MSIHANDLE record) 
 }
 
 UINT MsiSetFeatureStateA(MSIHANDLE session, LPCSTR feature, INSTALLSTATE state) {
-  return CodedCall("MsiSetFeatureStateA", [&](World &world) {
-    RequireImmediate(world, session);
+  return CodedCall([&] {
+    RequireImmediate(session);
     Known(world.features, OrEmpty(feature), 1606).action = state;
   });
 }
 
 UINT MsiSetInstallLevel(MSIHANDLE session, int level) {
-  return CodedCall("MsiSetInstallLevel", [&](World &world) {
-    RequireImmediate(world, session);
+  return CodedCall([&] {
+    RequireImmediate(session);
     Require(level > 0, ERROR_INVALID_PARAMETER);
     world.installLevels.push_back(level);
   });
 }
 
 UINT MsiGetFeatureStateA(MSIHANDLE session, LPCSTR feature, INSTALLSTATE *installed, INSTALLSTATE *action) {
-  return GetState("MsiGetFeatureStateA", &World::features, 1606, session, feature, installed, action);
+  return CodedCall([&] { GetState(world.features, 1606, session, feature, installed, action); });
 }
 
 UINT MsiGetComponentStateA(MSIHANDLE session, LPCSTR component, INSTALLSTATE *installed, INSTALLSTATE *action) {
-  return GetState("MsiGetComponentStateA", &World::components, 1607, session, component, installed, action);
+  return CodedCall([&] { GetState(world.components, 1607, session, component, installed, action); });
 }
 
 UINT MsiGetSourcePathA(MSIHANDLE session, LPCSTR folder, LPSTR buffer, DWORD *length) {
-  return CodedCall("MsiGetSourcePathA", [&](World &world) {
-    RequireImmediate(world, session);
-    world.See("MsiGetSourcePathA", OrEmpty(folder), {*length});
+  return CodedCall([&] {
+    RequireImmediate(session);
+    world.See(OrEmpty(folder), {*length});
     PutText(Known(world.sourcePaths, OrEmpty(folder), ERROR_DIRECTORY), buffer, length);
   });
 }
 
 UINT MsiSetTargetPathA(MSIHANDLE session, LPCSTR folder, LPCSTR path) {
-  return CodedCall("MsiSetTargetPathA", [&](World &world) {
-    RequireImmediate(world, session);
+  return CodedCall([&] {
+    RequireImmediate(session);
     Known(world.targetPaths, OrEmpty(folder), ERROR_DIRECTORY) = path;
     world.properties[folder] = path;
   });
 }
 
 MSIHANDLE MsiCreateRecord(UINT fields) {
-  return Call("MsiCreateRecord", MSIHANDLE{0},
-              [&](World &world) { return world.Open({.kind = "record", .fields = Row(fields + 1)}); });
+  return Call(MSIHANDLE{0}, [&] { return world.Open({.kind = "record", .fields = Row(fields + 1)}); });
 }
 
 UINT MsiRecordSetStringA(MSIHANDLE record, UINT field, LPCSTR value) {
-  const AtWork atWork;
-  return SetField("MsiRecordSetStringA", record, field, OrEmpty(value).empty() ? Cell{} : Cell{value});
+  return CodedCall([&] { Field(record, field) = OrEmpty(value).empty() ? Cell{} : Cell{value}; });
 }
 
 UINT MsiRecordSetInteger(MSIHANDLE record, UINT field, int value) {
-  return SetField("MsiRecordSetInteger", record, field, value == MSI_NULL_INTEGER ? Cell{} : Cell{value});
+  return CodedCall([&] { Field(record, field) = value == MSI_NULL_INTEGER ? Cell{} : Cell{value}; });
 }
 
 UINT MsiRecordGetStringA(MSIHANDLE record, UINT field, LPSTR buffer, DWORD *length) {
-  return CodedCall("MsiRecordGetStringA", [&](World &world) {
-    world.See("MsiRecordGetStringA", "", {*length});
-    PutText(TextOf(Field(world, record, field)), buffer, length);
+  return CodedCall([&] {
+    world.See("", {*length});
+    PutText(TextOf(Field(record, field)), buffer, length);
   });
 }
 
 int MsiRecordGetInteger(MSIHANDLE record, UINT field) {
-  return Call("MsiRecordGetInteger", MSI_NULL_INTEGER, [&](World &world) {
-    const std::string text = TextOf(Field(world, record, field));
+  return Call(MSI_NULL_INTEGER, [&] {
+    const std::string text = TextOf(Field(record, field));
     char *end = nullptr;
     const long number = std::strtol(text.c_str(), &end, 10);
     return text.empty() || *end != '\0' ? MSI_NULL_INTEGER : static_cast<int>(number);
@@ -174,9 +162,9 @@ int MsiRecordGetInteger(MSIHANDLE record, UINT field) {
 }
 
 UINT MsiRecordReadStream(MSIHANDLE record, UINT field, char *buffer, DWORD *length) {
-  return CodedCall("MsiRecordReadStream", [&](World &world) {
-    const Bytes *bytes = std::get_if<Bytes>(&Field(world, record, field));
-    world.See("MsiRecordReadStream", "", {*length});
+  return CodedCall([&] {
+    const Bytes *bytes = std::get_if<Bytes>(&Field(record, field));
+    world.See("", {*length});
     Require(bytes != nullptr, 1804);
     std::size_t &read = world.Object(record, "record").next;
     std::memset(buffer, kJunk, *length);
@@ -187,14 +175,14 @@ UINT MsiRecordReadStream(MSIHANDLE record, UINT field, char *buffer, DWORD *leng
 }
 
 MSIHANDLE MsiGetActiveDatabase(MSIHANDLE session) {
-  return Call("MsiGetActiveDatabase", MSIHANDLE{0}, [&](World &world) {
-    RequireImmediate(world, session);
+  return Call(MSIHANDLE{0}, [&] {
+    RequireImmediate(session);
     return world.Open({.kind = "database"});
   });
 }
 
 UINT MsiDatabaseOpenViewA(MSIHANDLE database, LPCSTR query, MSIHANDLE *view) {
-  return CodedCall("MsiDatabaseOpenViewA", [&](World &world) {
+  return CodedCall([&] {
     world.Object(database, "database");
     char column[512] = "", name[512] = "", where[512] = "", value[512] = "";
     const int parts =
@@ -214,14 +202,14 @@ UINT MsiDatabaseOpenViewA(MSIHANDLE database, LPCSTR query, MSIHANDLE *view) {
 }
 
 UINT MsiViewExecute(MSIHANDLE view, MSIHANDLE) {
-  return CodedCall("MsiViewExecute", [&](World &world) {
+  return CodedCall([&] {
     world.Object(view, "view").executed = true;
     world.Object(view, "view").next = 0;
   });
 }
 
 UINT MsiViewFetch(MSIHANDLE view, MSIHANDLE *record) {
-  return CodedCall("MsiViewFetch", [&](World &world) {
+  return CodedCall([&] {
     OpenObject &object = world.Object(view, "view");
     Require(object.executed, kFunctionFailed);
     Require(object.next < object.rows.size(), ERROR_NO_MORE_ITEMS);
@@ -232,7 +220,7 @@ UINT MsiViewFetch(MSIHANDLE view, MSIHANDLE *record) {
 }
 
 UINT MsiViewModify(MSIHANDLE view, MSIMODIFY mode, MSIHANDLE record) {
-  return CodedCall("MsiViewModify", [&](World &world) {
+  return CodedCall([&] {
     Table &table = world.tables[world.Object(view, "view").name];
     const Row &fields = world.Object(record, "record").fields;
     Require(mode == MSIMODIFY_INSERT_TEMPORARY, ERROR_INVALID_PARAMETER);
@@ -245,11 +233,11 @@ UINT MsiViewModify(MSIHANDLE view, MSIMODIFY mode, MSIHANDLE record) {
 }
 
 UINT MsiViewClose(MSIHANDLE view) {
-  return CodedCall("MsiViewClose", [&](World &world) { world.Object(view, "view").executed = false; });
+  return CodedCall([&] { world.Object(view, "view").executed = false; });
 }
 
 UINT MsiGetSummaryInformationA(MSIHANDLE database, LPCSTR path, UINT updates, MSIHANDLE *summary) {
-  return CodedCall("MsiGetSummaryInformationA", [&](World &world) {
+  return CodedCall([&] {
     world.Object(database, "database");
     Require(path == nullptr && updates == 0, ERROR_INVALID_PARAMETER);
     *summary = static_cast<MSIHANDLE>(world.Open({.kind = "summary"}));
@@ -258,9 +246,9 @@ UINT MsiGetSummaryInformationA(MSIHANDLE database, LPCSTR path, UINT updates, MS
 
 UINT MsiSummaryInfoGetPropertyA(MSIHANDLE summary, UINT property, UINT *type, int *, FILETIME *time, LPSTR buffer,
                                 DWORD *length) {
-  return CodedCall("MsiSummaryInfoGetPropertyA", [&](World &world) {
+  return CodedCall([&] {
     world.Object(summary, "summary");
-    world.See("MsiSummaryInfoGetPropertyA", "", {property, *length});
+    world.See("", {property, *length});
     *type = property == 9 ? 30 : property == 12 && world.created ? 64 : 0;
     if (*type == 30) {
       PutText(world.packageCode, buffer, length);
@@ -271,12 +259,11 @@ UINT MsiSummaryInfoGetPropertyA(MSIHANDLE summary, UINT property, UINT *type, in
 }
 
 INSTALLSTATE MsiQueryProductStateA(LPCSTR product) {
-  return Call("MsiQueryProductStateA", INSTALLSTATE_UNKNOWN,
-              [&](World &world) { return Known(world.productStates, OrEmpty(product), 1605); });
+  return Call(INSTALLSTATE_UNKNOWN, [&] { return Known(world.productStates, OrEmpty(product), 1605); });
 }
 
 UINT MsiEnumRelatedProductsA(LPCSTR upgradeCode, DWORD reserved, DWORD index, LPSTR product) {
-  return CodedCall("MsiEnumRelatedProductsA", [&](World &world) {
+  return CodedCall([&] {
     Require(OrEmpty(upgradeCode).size() == 38 && reserved == 0, ERROR_INVALID_PARAMETER);
     const auto &products = Known(world.relatedProducts, upgradeCode, ERROR_NO_MORE_ITEMS);
     Require(index < products.size(), ERROR_NO_MORE_ITEMS);
@@ -285,8 +272,8 @@ UINT MsiEnumRelatedProductsA(LPCSTR upgradeCode, DWORD reserved, DWORD index, LP
 }
 
 UINT MsiGetProductInfoA(LPCSTR product, LPCSTR attribute, LPSTR buffer, DWORD *length) {
-  return CodedCall("MsiGetProductInfoA", [&](World &world) {
-    world.See("MsiGetProductInfoA", attribute, {*length});
+  return CodedCall([&] {
+    world.See(attribute, {*length});
     PutText(Known(Known(world.productInfo, product, 1605), attribute, 1608), buffer, length);
   });
 }

@@ -10,27 +10,34 @@
 
 namespace {
 
-std::unique_ptr<World> the_world;
 std::uintptr_t last_handle = 0x1000;  // goes on from world to world, so that an old handle is never a valid one
 
-/// The values of an open key, if it was opened with this access.
-NameMap<RegistryValue> &Values(World &world, const char *call, HKEY key, DWORD access) {
-  const OpenObject &object = world.Object(Id(key), "key");
-  Require((object.access & access) == access, ERROR_ACCESS_DENIED);
-  world.See(call, object.name, {object.access});
-  return world.registry[object.name];
+NameMap<RegistryValue> &Values(HKEY key, DWORD access) { return world.registry[Opened(key, "key", access).name]; }
+
+void PutValue(const RegistryValue &value, DWORD *type, BYTE *data, DWORD *size) {
+  if (type != nullptr) {
+    *type = value.type;
+  }
+  const DWORD capacity = std::exchange(*size, static_cast<DWORD>(value.bytes.size()));
+  std::fill_n(data, capacity, BYTE{kJunk});
+  Require(*size <= capacity, ERROR_MORE_DATA);
+  std::copy(value.bytes.begin(), value.bytes.end(), data);
 }
 
-Module *Loaded(World &world, HMODULE handle) {
-  if (handle == zqv::OwnModule()) {
-    return &world.ownModule;
-  }
+/// The module of that handle; `none` if it has never been loaded.
+Module &Find(HMODULE handle, Module &none) {
   for (auto &[path, module] : world.modules) {
-    if (Id(&module) == Id(handle) && module.loads > 0) {
-      return &module;
+    if (Id(&module) == Id(handle)) {
+      return module;
     }
   }
-  return nullptr;
+  return none;
+}
+
+/// The module of that handle, to be used; null if it is not loaded.
+Module *Loaded(HMODULE handle) {
+  Module &module = Find(handle, world.ownModule);
+  return module.loads > 0 || handle == zqv::OwnModule() ? &module : nullptr;
 }
 
 std::string FormatText(const char *text, char **arguments) {
@@ -50,16 +57,9 @@ std::string FormatText(const char *text, char **arguments) {
   return out;
 }
 
-int ShowBox(const char *call, HWND owner, LPCSTR text, LPCSTR caption, UINT type, int language) {
-  return Call(call, 0, [&](World &world) {
-    world.boxes.push_back({OrEmpty(text), OrEmpty(caption), type, language, owner});
-    return 1;
-  });
-}
-
 }  // namespace
 
-HMODULE zqv::OwnModule() { return reinterpret_cast<HMODULE>(&TheWorld().ownModule); }
+HMODULE zqv::OwnModule() { return reinterpret_cast<HMODULE>(&world.ownModule); }
 
 int AtWork::count = 0;
 
@@ -71,12 +71,12 @@ World::World() : root(std::make_shared<Node>()) {
   MakeFolder("C:");
 }
 
-World &TheWorld() { return the_world ? *the_world : ResetWorld(); }
-
-World &ResetWorld() {
-  the_world = std::make_unique<World>();
-  return *the_world;
+World &TheWorld() {
+  static World the_world;
+  return the_world;
 }
+
+World &ResetWorld() { return world = World(); }
 
 int World::OpenHandles(std::string_view kind) const {
   const auto ofKind = [&](const auto &object) { return kind.empty() || object.second.kind == kind; };
@@ -85,16 +85,13 @@ int World::OpenHandles(std::string_view kind) const {
   return std::accumulate(modules.begin(), modules.end(), static_cast<int>(count), loads);
 }
 
-void World::See(const char *call, std::string subject, std::initializer_list<DWORD> values) {
-  asked.insert({call, std::move(subject), values});
-}
-
 DWORD World::Count(const char *name) {
   ++calls;
   const int nth = ++callCount[name];
   if (onCall) {
     onCall(name);
   }
+  call = name;
   const bool fails = failCall.name.empty() ? failCall.nth == calls
                                            : failCall.name == name && (failCall.nth == 0 || failCall.nth == nth);
   failedCall = fails ? name : failedCall;
@@ -113,12 +110,12 @@ OpenObject &World::Object(std::uintptr_t handle, const char *kind) {
   return object;
 }
 
-DWORD World::Close(const char *call, std::uintptr_t handle, std::initializer_list<std::string_view> kinds) {
+DWORD World::Close(std::uintptr_t handle, std::initializer_list<std::string_view> kinds, const char *name) {
   const AtWork atWork;
-  DWORD code = Count(call);
+  DWORD code = Count(name);
   const auto object = objects.find(handle);
   if (object == objects.end() || std::count(kinds.begin(), kinds.end(), object->second.kind) == 0) {
-    badCloses.push_back(call);
+    badCloses.push_back(name);
     code = ERROR_INVALID_HANDLE;
   } else {
     objects.erase(object);
@@ -129,18 +126,17 @@ DWORD World::Close(const char *call, std::uintptr_t handle, std::initializer_lis
 
 extern "C" {
 
-DWORD GetLastError() { return TheWorld().lastError; }
+DWORD GetLastError() { return world.lastError; }
 
-void SetLastError(DWORD code) { TheWorld().lastError = code; }
+void SetLastError(DWORD code) { world.lastError = code; }
 
 void Sleep(DWORD milliseconds) {
-  World &world = TheWorld();
   world.slept += milliseconds;
   world.clockMs += milliseconds;
 }
 
 void GetLocalTime(SYSTEMTIME *time) {
-  const std::uint64_t seconds = TheWorld().clockMs / 1000;
+  const std::uint64_t seconds = world.clockMs / 1000;
   std::memset(time, kJunk, sizeof *time);  // nobody asks for the date
   time->wHour = static_cast<WORD>(seconds / 3600 % 24);
   time->wMinute = static_cast<WORD>(seconds / 60 % 60);
@@ -148,7 +144,7 @@ void GetLocalTime(SYSTEMTIME *time) {
 }
 
 BOOL FileTimeToSystemTime(const FILETIME *fileTime, SYSTEMTIME *time) {
-  return Call("FileTimeToSystemTime", FALSE, [&](World &) {
+  return Call(FALSE, [&] {
     const std::uint64_t ticks = std::uint64_t{fileTime->dwHighDateTime} << 32 | fileTime->dwLowDateTime;
     Require(ticks >> 63 == 0, ERROR_INVALID_PARAMETER);
     const auto seconds = static_cast<std::time_t>(ticks / 10000000) - 11644473600;
@@ -161,7 +157,7 @@ BOOL FileTimeToSystemTime(const FILETIME *fileTime, SYSTEMTIME *time) {
 }
 
 BOOL GetVersionExA(OSVERSIONINFOA *info) {
-  return Call("GetVersionExA", FALSE, [&](World &) {
+  return Call(FALSE, [&] {
     auto *const system = reinterpret_cast<OSVERSIONINFOEXA *>(info);
     Require(info->dwOSVersionInfoSize == sizeof *system, ERROR_INSUFFICIENT_BUFFER);
     std::tie(info->dwMajorVersion, info->dwMinorVersion, info->dwBuildNumber) = std::tuple{5, 2, 3790};
@@ -172,14 +168,12 @@ BOOL GetVersionExA(OSVERSIONINFOA *info) {
   });
 }
 
-BOOL CloseHandle(HANDLE handle) {
-  return TheWorld().Close("CloseHandle", Id(handle), {"file", "mutex", "process"}) == 0;
-}
+BOOL CloseHandle(HANDLE handle) { return world.Close(Id(handle), {"file", "mutex", "process"}) == 0; }
 
 HANDLE CreateMutexA(SECURITY_ATTRIBUTES *, BOOL owned, LPCSTR name) {
-  return Call("CreateMutexA", HANDLE{}, [&](World &world) {
+  return Call(HANDLE{}, [&] {
     Require(owned == FALSE, ERROR_INVALID_PARAMETER);
-    world.See("CreateMutexA", OrEmpty(name), {});
+    world.See(OrEmpty(name), {});
     world.lastError = world.mutexes.count(OrEmpty(name)) != 0 ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS;
     return world.Open({.kind = "mutex", .name = OrEmpty(name)});
   });
@@ -188,8 +182,8 @@ HANDLE CreateMutexA(SECURITY_ATTRIBUTES *, BOOL owned, LPCSTR name) {
 // Modules.
 
 HMODULE LoadLibraryExA(LPCSTR path, HANDLE, DWORD flags) {
-  return Call("LoadLibraryExA", HMODULE{}, [&](World &world) {
-    world.See("LoadLibraryExA", OrEmpty(path), {flags});
+  return Call(HMODULE{}, [&] {
+    world.See(OrEmpty(path), {flags});
     Module &module = Known(world.modules, OrEmpty(path), world.Exists(OrEmpty(path)) ? 193 : ERROR_MOD_NOT_FOUND);
     ++module.loads;
     module.mayBeDrained = flags == LOAD_LIBRARY_AS_DATAFILE;
@@ -198,34 +192,29 @@ HMODULE LoadLibraryExA(LPCSTR path, HANDLE, DWORD flags) {
 }
 
 BOOL FreeLibrary(HMODULE handle) {
-  World &world = TheWorld();
-  const auto entry = std::find_if(world.modules.begin(), world.modules.end(),
-                                  [&](const auto &known) { return Id(&known.second) == Id(handle); });
-  Module *const module = entry == world.modules.end() ? nullptr : &entry->second;
-  const bool loaded = module != nullptr && module->loads > 0;
+  Module none;
+  Module &module = Find(handle, none);
+  const bool loaded = module.loads > 0;
   if (loaded) {
-    --module->loads;  // a call that is made to fail frees all the same, so that no leak is blamed on the library
-  } else if (module == nullptr || !module->mayBeDrained) {
+    --module.loads;  // a call that is made to fail frees all the same, so that no leak is blamed on the library
+  } else if (!module.mayBeDrained) {
     const AtWork atWork;
     world.badCloses.emplace_back("FreeLibrary");
   }
-  const BOOL freed = Call("FreeLibrary", FALSE, [&](World &) { Require(loaded, 193); });
-  if (module != nullptr) {
-    module->mayBeDrained = module->mayBeDrained && freed != FALSE;
-  }
+  const BOOL freed = Call(FALSE, [&] { Require(loaded, 193); });
+  module.mayBeDrained &= freed != FALSE;
   return freed;
 }
 
 FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
-  return Call("GetProcAddress", FARPROC{},
-              [&](World &world) { return Known(Loaded(world, module)->procs, OrEmpty(name), ERROR_PROC_NOT_FOUND); });
+  return Call(FARPROC{}, [&] { return Known(Loaded(module)->procs, OrEmpty(name), ERROR_PROC_NOT_FOUND); });
 }
 
 int LoadStringA(HINSTANCE module, UINT id, LPSTR buffer, int capacity) {
-  const DWORD before = TheWorld().lastError;
-  return Call("LoadStringA", 0, [&](World &world) {
-    world.See("LoadStringA", module == zqv::OwnModule() ? "own" : "messages", {static_cast<DWORD>(capacity)});
-    Fill(buffer, static_cast<std::size_t>(capacity), Known(Loaded(world, module)->strings, id, 1814));
+  const DWORD before = world.lastError;
+  return Call(0, [&] {
+    world.See(module == zqv::OwnModule() ? "own" : "messages", {static_cast<DWORD>(capacity)});
+    Fill(buffer, static_cast<std::size_t>(capacity), Known(Loaded(module)->strings, id, 1814));
     const std::size_t length = std::strlen(buffer);
     world.lastError = length == 0 ? before : world.lastError;
     return length;
@@ -235,11 +224,11 @@ int LoadStringA(HINSTANCE module, UINT id, LPSTR buffer, int capacity) {
 // The registry.
 
 LONG RegOpenKeyExA(HKEY root, LPCSTR path, DWORD, DWORD access, HKEY *key) {
-  return CodedCall("RegOpenKeyExA", [&](World &world) {
+  return CodedCall([&] {
     const std::map<HKEY, std::string> roots{
         {HKEY_CLASSES_ROOT, "hkcr"}, {HKEY_CURRENT_USER, "hkcu"}, {HKEY_LOCAL_MACHINE, "hklm"}};
     const std::string name = Known(roots, root, ERROR_INVALID_HANDLE) + "\\" + OrEmpty(path);
-    world.See("RegOpenKeyExA", name, {access});
+    world.See(name, {access});
     const auto isInIt = [&](const auto &other) {
       return strncasecmp((other.first + "\\").c_str(), (name + "\\").c_str(), name.size() + 1) == 0;
     };
@@ -248,27 +237,18 @@ LONG RegOpenKeyExA(HKEY root, LPCSTR path, DWORD, DWORD access, HKEY *key) {
   });
 }
 
-LONG RegCloseKey(HKEY key) { return static_cast<LONG>(TheWorld().Close("RegCloseKey", Id(key), {"key"})); }
+LONG RegCloseKey(HKEY key) { return static_cast<LONG>(world.Close(Id(key), {"key"})); }
 
 LONG RegQueryValueExA(HKEY key, LPCSTR name, DWORD *, DWORD *type, BYTE *data, DWORD *size) {
-  return CodedCall("RegQueryValueExA", [&](World &world) {
-    const RegistryValue &value =
-        Known(Values(world, "RegQueryValueExA", key, KEY_QUERY_VALUE), OrEmpty(name), ERROR_FILE_NOT_FOUND);
-    if (type != nullptr) {
-      *type = value.type;
-    }
-    const DWORD capacity = std::exchange(*size, static_cast<DWORD>(value.bytes.size()));
-    std::fill_n(data, capacity, BYTE{kJunk});
-    Require(*size <= capacity, ERROR_MORE_DATA);
-    std::copy(value.bytes.begin(), value.bytes.end(), data);
-  });
+  return CodedCall(
+      [&] { PutValue(Known(Values(key, KEY_QUERY_VALUE), OrEmpty(name), ERROR_FILE_NOT_FOUND), type, data, size); });
 }
 
 LONG RegQueryInfoKeyA(HKEY key, LPSTR, DWORD *, DWORD *, DWORD *, DWORD *, DWORD *, DWORD *, DWORD *longestName,
                       DWORD *longestData, DWORD *, FILETIME *) {
-  return CodedCall("RegQueryInfoKeyA", [&](World &world) {
+  return CodedCall([&] {
     *longestName = *longestData = 0;
-    for (const auto &[name, value] : Values(world, "RegQueryInfoKeyA", key, KEY_QUERY_VALUE)) {
+    for (const auto &[name, value] : Values(key, KEY_QUERY_VALUE)) {
       *longestName = std::max(*longestName, static_cast<DWORD>(Folded(name).size()));
       *longestData = std::max(*longestData, static_cast<DWORD>(value.bytes.size()));
     }
@@ -277,34 +257,28 @@ LONG RegQueryInfoKeyA(HKEY key, LPSTR, DWORD *, DWORD *, DWORD *, DWORD *, DWORD
 
 LONG RegEnumValueA(HKEY key, DWORD index, LPSTR name, DWORD *nameLength, DWORD *, DWORD *type, BYTE *data,
                    DWORD *size) {
-  return CodedCall("RegEnumValueA", [&](World &world) {
-    const auto &values = Values(world, "RegEnumValueA", key, KEY_QUERY_VALUE);
+  return CodedCall([&] {
+    const auto &values = Values(key, KEY_QUERY_VALUE);
     Require(index < values.size(), ERROR_NO_MORE_ITEMS);
     const auto &[found, value] = *std::next(values.begin(), index);
     Require(found.size() < *nameLength && value.bytes.size() <= *size, ERROR_MORE_DATA);
     Fill(name, std::exchange(*nameLength, static_cast<DWORD>(found.size())), found);
-    std::fill_n(data, std::exchange(*size, static_cast<DWORD>(value.bytes.size())), BYTE{kJunk});
-    std::copy(value.bytes.begin(), value.bytes.end(), data);
-    *type = value.type;
+    PutValue(value, type, data, size);
   });
 }
 
 LONG RegSetValueExA(HKEY key, LPCSTR name, DWORD, DWORD type, const BYTE *data, DWORD size) {
-  return CodedCall("RegSetValueExA", [&](World &world) {
-    Values(world, "RegSetValueExA", key, KEY_SET_VALUE)[OrEmpty(name)] = {type, std::string(data, data + size)};
-  });
+  return CodedCall([&] { Values(key, KEY_SET_VALUE)[OrEmpty(name)] = {type, std::string(data, data + size)}; });
 }
 
 LONG RegDeleteValueA(HKEY key, LPCSTR name) {
-  return CodedCall("RegDeleteValueA", [&](World &world) {
-    Require(Values(world, "RegDeleteValueA", key, KEY_SET_VALUE).erase(OrEmpty(name)) != 0, ERROR_FILE_NOT_FOUND);
-  });
+  return CodedCall([&] { Require(Values(key, KEY_SET_VALUE).erase(OrEmpty(name)) != 0, ERROR_FILE_NOT_FOUND); });
 }
 
 // The environment and the user.
 
 DWORD ExpandEnvironmentStringsA(LPCSTR source, LPSTR buffer, DWORD capacity) {
-  return Call("ExpandEnvironmentStringsA", DWORD{0}, [&](World &world) {
+  return Call(DWORD{0}, [&] {
     std::string text = source;
     for (std::size_t at = 0; (at = text.find('%', at)) != std::string::npos;) {
       const std::size_t end = text.find('%', at + 1);
@@ -319,16 +293,16 @@ DWORD ExpandEnvironmentStringsA(LPCSTR source, LPSTR buffer, DWORD capacity) {
 }
 
 BOOL SetEnvironmentVariableA(LPCSTR name, LPCSTR value) {
-  return Call("SetEnvironmentVariableA", FALSE, [&](World &world) {
+  return Call(FALSE, [&] {
     Require(*name != '\0' && std::strchr(name, '=') == nullptr, ERROR_INVALID_PARAMETER);
     world.environment[name] = value;
   });
 }
 
 BOOL GetUserNameA(LPSTR buffer, DWORD *length) {
-  return Call("GetUserNameA", FALSE, [&](World &world) {
-    world.See("GetUserNameA", "", {*length});
-    const DWORD capacity = std::exchange(*length, static_cast<DWORD>(sizeof "tester"));
+  return Call(FALSE, [&] {
+    world.See("", {*length});
+    const DWORD capacity = std::exchange(*length, DWORD{sizeof "tester"});
     Require(*length <= capacity, ERROR_INSUFFICIENT_BUFFER);
     Fill(buffer, capacity, "tester");
   });
@@ -337,9 +311,9 @@ BOOL GetUserNameA(LPSTR buffer, DWORD *length) {
 // Messages and windows.
 
 DWORD FormatMessageA(DWORD flags, const void *source, DWORD, DWORD, LPSTR buffer, DWORD capacity, char **arguments) {
-  return Call("FormatMessageA", DWORD{0}, [&](World &world) {
+  return Call(DWORD{0}, [&] {
     Require((flags & FORMAT_MESSAGE_FROM_STRING) != 0, ERROR_INVALID_PARAMETER);
-    world.See("FormatMessageA", "", {flags, capacity});
+    world.See("", {flags, capacity});
     const std::string text = FormatText(static_cast<const char *>(source), arguments);
     Fill(buffer, capacity, text);
     Require(text.size() < capacity, ERROR_INSUFFICIENT_BUFFER);
@@ -347,18 +321,18 @@ DWORD FormatMessageA(DWORD flags, const void *source, DWORD, DWORD, LPSTR buffer
   });
 }
 
-HWND GetForegroundWindow() { return reinterpret_cast<HWND>(&the_world); }
+HWND GetForegroundWindow() { return reinterpret_cast<HWND>(&world); }
 
 int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT type) {
-  return ShowBox("MessageBoxA", owner, text, caption, type, -1);
+  return Call(0, [&] { world.boxes.push_back({OrEmpty(text), OrEmpty(caption), type, -1, owner}); });
 }
 
 int MessageBoxExA(HWND owner, LPCSTR text, LPCSTR caption, UINT type, WORD language) {
-  return ShowBox("MessageBoxExA", owner, text, caption, type, language);
+  return Call(0, [&] { world.boxes.push_back({OrEmpty(text), OrEmpty(caption), type, language, owner}); });
 }
 
 HWND FindWindowExA(HWND, HWND, LPCSTR windowClass, LPCSTR) {
-  return Call("FindWindowExA", HWND{}, [&](World &world) {
+  return Call(HWND{}, [&] {
     Window &window = Known(world.windows, OrEmpty(windowClass), ERROR_FILE_NOT_FOUND);
     Require(!window.closing || window.finds-- > 0, ERROR_FILE_NOT_FOUND);
     return reinterpret_cast<HWND>(&window);
@@ -366,7 +340,7 @@ HWND FindWindowExA(HWND, HWND, LPCSTR windowClass, LPCSTR) {
 }
 
 BOOL SystemParametersInfoA(UINT action, UINT size, void *parameter, UINT) {
-  return Call("SystemParametersInfoA", FALSE, [&](World &world) {
+  return Call(FALSE, [&] {
     auto *const settings = static_cast<HIGHCONTRASTA *>(parameter);
     Require(action == SPI_GETHIGHCONTRAST && size == 12 && settings->cbSize == 12, ERROR_INVALID_PARAMETER);
     settings->dwFlags = world.highContrast ? 0x7F : 0x7E;
@@ -374,14 +348,14 @@ BOOL SystemParametersInfoA(UINT action, UINT size, void *parameter, UINT) {
 }
 
 DWORD GetSysColor(int index) {
-  return Call("GetSysColor", DWORD{0}, [&](World &world) {
+  return Call(DWORD{0}, [&] {
     Require(index == COLOR_WINDOWTEXT, ERROR_INVALID_PARAMETER);
     return world.textColour;
   });
 }
 
 BOOL PostMessageA(HWND handle, UINT message, WPARAM, LPARAM) {
-  return Call("PostMessageA", FALSE, [&](World &world) {
+  return Call(FALSE, [&] {
     for (auto &[name, window] : world.windows) {
       window.closing |= Id(&window) == Id(handle) && message == WM_CLOSE;
     }

@@ -210,7 +210,7 @@ struct World {
 
   // What the library has asked for. A call on a handle shows the access that the handle was opened with.
   std::set<Asked> asked;
-  void See(const char *call, std::string subject, std::initializer_list<DWORD> values);
+  void See(const std::string &subject, std::initializer_list<DWORD> values) { asked.insert({call, subject, values}); }
 
   // Counting and failing the calls that can fail. Both counts begin with 1; `nth` is among the calls of that name (0:
   // each) or, without a name, among all.
@@ -225,6 +225,7 @@ struct World {
   std::function<void(std::string_view)> onCall;  // runs before each counted call
 
   // For the stand-in's own files.
+  std::string call;  // the last counted one
   DWORD lastError = 0;
   std::shared_ptr<Node> root;  // its entries are drives and shares
   std::map<std::uintptr_t, OpenObject> objects;
@@ -233,7 +234,8 @@ struct World {
   Place Find(const std::string &path);
   std::uintptr_t Open(OpenObject object);
   OpenObject &Object(std::uintptr_t handle, const char *kind);
-  DWORD Close(const char *call, std::uintptr_t handle, std::initializer_list<std::string_view> kinds);
+  DWORD Close(std::uintptr_t handle, std::initializer_list<std::string_view> kinds,
+              const char *name = __builtin_FUNCTION());
 };
 
 World &TheWorld();
