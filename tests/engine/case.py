@@ -1,21 +1,28 @@
-"""What the tests of whole installations share."""
+"""What the tests of whole installations share. Each is a program of its own, whose command line names the build folder.
+Its Wine prefix, beside that, is its own too, so that all may run at the same time."""
 
 import re
+import shutil
 import sys
+import unittest
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "tools"))
-from installation import Machine, Package
+from installation import Machine, Package, read_text
 
-
-def prepare(usage):
-    """What the command line of a test names: the build folder, the reference package in it, and a machine. Its Wine
-    prefix, beside the build folder, is the test's own, so that tests may run at the same time."""
-    if len(sys.argv) < 2 or not (Path(sys.argv[1]) / "vantrelqv.msi").exists():
-        sys.exit(usage)
-    build = Path(sys.argv.pop(1)).resolve()
-    return build, Package(build / "vantrelqv.msi"), Machine(build.parent / f"wine-{Path(sys.argv[0]).stem}")
+if len(sys.argv) < 2 or not (Path(sys.argv[1]) / "vantrelqv.msi").exists():
+    sys.exit(sys.modules["__main__"].__doc__)
+build = Path(sys.argv.pop(1)).resolve()
+FOLDER = Path(sys.argv[0]).stem
+TEMP = rf"C:\{FOLDER}"
+OWN = f"{FOLDER}/own folders"  # for the product, where it is not at its default places
+TRACE = "zqvt0001.log"
+KEY = r"HKLM\Software\Korvex\QVSeries"
+VERSION = rf"{KEY}\CurrentVersion"
+LATER = "{11111111-2222-4333-8444-555555555555}"  # the product code of a later version
+package = Package(build / "vantrelqv.msi")
+machine = Machine(build.parent / f"wine-{FOLDER}")
 
 
 def message(number, language="en_us"):
@@ -24,6 +31,66 @@ def message(number, language="en_us"):
     return re.search(rf"^{number}\s+(.*)$", table, re.MULTILINE)[1]
 
 
-def texts(lines):
-    """Action and text of each line, without merged lines and time stamps."""
-    return [line.split(" QVCA info ", 1)[1] for line in lines if not line.startswith(">>")]
+class Case(unittest.TestCase):
+    """Each test installs `package`, with an empty temporary folder of its own, and leaves nothing of it."""
+
+    package = package
+    options = (f"ZQVTEMP={TEMP}", "QVNOSTOP=1")
+
+    def setUp(self):
+        self.clear()  # of what a test that was cut short has left
+        self.folder = machine.fresh_folder(FOLDER)
+        self.addCleanup(shutil.rmtree, self.folder)
+        self.addCleanup(self.clear)
+
+    def clear(self):
+        """Takes away whatever is installed."""
+        (machine.drive / FOLDER).mkdir(exist_ok=True)
+        for code in (package.properties["ProductCode"], LATER):
+            if machine.product_files(OWN):
+                machine.msiexec("/x", code, FOLDER, f"ZQVTEMP={TEMP}", "QVNOSTOP=1")
+        self.assertEqual(machine.product_files(OWN), {})
+
+    def install(self, *options, **more):
+        return self.msiexec("/i", *options, **more)
+
+    def remove(self, *options, **more):
+        return self.msiexec("/x", *options, **more)
+
+    def msiexec(self, verb, *options, status=0, of=None, **more):
+        """Runs the installer, which is to end with that status, and begins a new trace log."""
+        (self.folder / TRACE).unlink(missing_ok=True)
+        run = machine.msiexec(verb, (of or self.package).path, FOLDER, *self.options, *options, **more)
+        self.assertEqual(run.status, status)
+        return run
+
+    def expect_actions(self, run, *more, first=True):
+        """Every action without a condition, and those of `more`, ran once and gave 0; gives their number."""
+        ran = [(outcome.action, outcome.value, outcome.results) for outcome in run.outcomes() if outcome.results]
+        expected = self.package.actions(first and run.verb == "/i", more, run.verb == "/x")
+        self.assertCountEqual(ran, [(action, 1, [0]) for action in expected])
+        return len(expected)
+
+    def read(self, name=TRACE):
+        return read_text(self.folder / name).splitlines()
+
+    def texts(self, name=TRACE):
+        """Action and text of each line of a log, without merged lines and time stamps."""
+        return [line.split(" QVCA info ", 1)[1] for line in self.read(name) if not line.startswith(">>")]
+
+    def place(self, *names):
+        """Makes empty files in the folder."""
+        for name in names:
+            path = self.folder / name
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.touch()
+
+    def registry(self, verb, key, *arguments):
+        """The exit status of a command on the registry."""
+        force = [] if verb == "query" else ["/f"]
+        return machine.wine("wine", "reg", verb, key, *arguments, *force, "/reg:32")
+
+    def value(self, key, *value):
+        """Makes a key, or a value in it."""
+        named = ("/v", value[0], "/d", value[1]) if value else ()
+        self.assertEqual(self.registry("add", key, *named), 0)

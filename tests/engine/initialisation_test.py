@@ -7,20 +7,15 @@ The Wine prefix is the folder wine-initialisation_test beside the build folder; 
 """
 
 import re
-import shutil
 import subprocess
 import sys
 import time
 import unittest
 
 sys.dont_write_bytecode = True
-from case import message, prepare
-from installation import FAILED, PATIENCE, published, read_text
+from case import KEY, TEMP, VERSION, Case, machine, message, package
+from installation import FAILED, PATIENCE, published
 
-FOLDER = "initialisation_test"
-TEMP = rf"C:\{FOLDER}"
-KEY = r"HKLM\Software\Korvex\QVSeries"
-VERSION = rf"{KEY}\CurrentVersion"
 CLIENT, TEST = "{5A8B5D80-6DCC-4317-9922-99EC0093BF24}", "{62F00881-AC47-458F-BF38-2B84B38DBA50}"
 LANGUAGES = {
     "a": ("English", "en_us"),
@@ -48,38 +43,26 @@ def as_logged(text):
     return "".join(re.escape(c) if ord(c) < 128 else "." for c in text)
 
 
-class Initialisation(unittest.TestCase):
+class Initialisation(Case):
     def setUp(self):
-        # A test that was cut short may have left the product, and what stands for an earlier one.
-        if machine.product_files():
-            machine.wine("wine", "msiexec", "/x", package.properties["ProductCode"], "/qn", "QVNOSTOP=1")
-        machine.wine("wine", "reg", "delete", KEY, "/f", "/reg:32")
-        self.folder = machine.fresh_folder(FOLDER)
-        self.addCleanup(shutil.rmtree, self.folder)
+        super().setUp()
+        self.registry("delete", KEY)
+        self.addCleanup(self.registry, "delete", KEY)
 
     def variant(self, *queries):
         """The package, with changes to its tables."""
         return package.variant(self.folder / "variant.msi", *queries)
 
-    def value(self, key, *value):
-        """Makes a key of the registry, or a value in it."""
-        named = ("/v", value[0], "/d", value[1]) if value else ()
-        self.assertEqual(machine.wine("wine", "reg", "add", key, *named, "/f", "/reg:32"), 0)
-        self.addCleanup(machine.wine, "wine", "reg", "delete", KEY, "/f", "/reg:32")
-
-    def install(self, of, *options, status=0, verb="/i"):
-        """Gives the texts of the action's lines and the properties that it published."""
-        (self.folder / "zqvt0001.log").unlink(missing_ok=True)
-        run = machine.msiexec(verb, of.path, FOLDER, f"ZQVTEMP={TEMP}", "QVNOSTOP=1", *options)
-        self.assertEqual(run.status, status)
-        if status != 0 or verb == "/x":
+    def told(self, run):
+        """The texts of the action's lines and the properties that it published."""
+        name = "iwiInstallInitPri: "
+        own = [text.removeprefix(name) for text in self.texts() if text.startswith(name)]
+        if run.status != 0 or run.verb == "/x":
             self.assertEqual(machine.product_files(), {})
-        lines = [line for line in read_text(self.folder / "zqvt0001.log").splitlines() if not line.startswith(">>")]
-        own = [line.split(" iwiInstallInitPri: ")[1] for line in lines if " iwiInstallInitPri: " in line]
-        return own, published(lines)
+        return own, published(self.read())
 
     def stopped(self, of, *options):
-        return self.install(of, *options, status=FAILED)
+        return self.told(self.install(*options, of=of, status=FAILED))
 
     def boxes(self, lines):
         return [line.split(" MB error: ")[1] for line in lines if " MB error: " in line]
@@ -92,7 +75,7 @@ class Initialisation(unittest.TestCase):
         ):
             queries = [f"UPDATE `Property` SET `Value`='{code}' WHERE `Property`='UpgradeCode'"] if code else []
             of = self.variant(*queries, *([language("j")] if code == TEST else []))
-            lines, found = self.install(of)
+            lines, found = self.told(self.install(of=of))
             self.assertLessEqual(expected.items(), found.items())
             self.assertEqual(found["ZQVVRMF"], "6.0.2.0")
             self.assertRegex(found["ZQVBUILDDATE"], r"^Packaged on [A-Z][a-z]{2} \d\d \d{4} at \d\d:\d\d; version [\d.]+$")
@@ -100,7 +83,7 @@ class Initialisation(unittest.TestCase):
             self.assertEqual("TEST EXECUTION" in lines, code == TEST)
             self.assertFalse([line for line in lines if line.startswith("***")])
             product = of.properties["ProductCode"]
-            lines, found = self.install(of, verb="/x")
+            lines, found = self.told(self.remove(of=of))
             self.assertEqual(found["ZQVREMOVE"], "1")
             # Only now is there a product to be found.
             state = f"Product {product} ({'Client' if code == CLIENT else 'Server'}) state is INSTALLSTATE_DEFAULT"
@@ -124,9 +107,7 @@ class Initialisation(unittest.TestCase):
         levels = {"Maint 1.3": "old3", "Maint.1.10": "old10", "Maint 2.1": "gone", "shipped": "0.2"}
         for name, text in levels.items():
             self.value(rf"{VERSION}\Maintenance Applied", name, text if name == "shipped" else rf"{TEMP}\{text}")
-        for name in ("old3", "old10"):
-            (self.folder / name).mkdir()
-            (self.folder / name / "Valid.csd").touch()
+        self.place("old3/Valid.csd", "old10/Valid.csd")
         lines, found = self.stopped(package, "ZQVSERVICESHIPLEVEL=01.2.3")
         at = lines.index("Latest maintenance level is '1.10'")
         expected = [rf"RollBack value is '{TEMP}\old10'", "Previous maintenance level is '1.3'"]
@@ -156,12 +137,8 @@ class Initialisation(unittest.TestCase):
     def start(self, command, **options):
         """A process that the test ends at the latest."""
         process = subprocess.Popen(command, **options)
-
-        def end():
-            process.kill()
-            process.communicate()
-
-        self.addCleanup(end)
+        self.addCleanup(process.communicate)
+        self.addCleanup(process.kill)
         return process
 
     def test_a_person_sees_the_box_and_answers_it(self):
@@ -172,8 +149,7 @@ class Initialisation(unittest.TestCase):
         screen = ["Xvfb", "-displayfd", "1", "-screen", "0", "800x600x24", "-nolisten", "tcp"]
         display = self.start(screen, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         seen = {**machine.environment, "DISPLAY": ":" + display.stdout.readline().strip()}
-        options = ("/qb", "/l*v", rf"{TEMP}\msiexec.log", f"ZQVTEMP={TEMP}", "QVNOSTOP=1")
-        command = machine.command("wine", "msiexec", "/i", rf"{TEMP}\variant.msi", *options)
+        command = machine.command("wine", "msiexec", "/i", rf"{TEMP}\variant.msi", "/qb", *self.options)
         installation = self.start(command, env=seen)
         box = ["xdotool", "search", "--onlyvisible", "--name", "^Korvex Vantrel QV$"]
         answered = False
@@ -188,11 +164,9 @@ class Initialisation(unittest.TestCase):
                 answered = answered or key.returncode == 0
         self.assertTrue(answered, "no message box")
         self.assertEqual(installation.poll(), FAILED)
-        lines = read_text(self.folder / "zqvt0001.log")
-        self.assertIn(f"QVCA iwiInstallInitPri MB error: {message(2031)}", lines)
+        self.assertIn(f"iwiInstallInitPri: QVCA iwiInstallInitPri MB error: {message(2031)}", self.texts())
         self.assertEqual(machine.product_files(), {})
 
 
 if __name__ == "__main__":
-    build, package, machine = prepare(__doc__)
     unittest.main()

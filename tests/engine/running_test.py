@@ -15,60 +15,44 @@ import sys
 import unittest
 
 sys.dont_write_bytecode = True
-from case import prepare
-from installation import CANCELLED, FAILED, read_text
+from case import TEMP, TRACE, Case, machine, package
+from installation import CANCELLED, FAILED
 from running_product import RunningProduct
 
-FOLDER = "running_test"
-TEMP = rf"C:\{FOLDER}"
 FIRST, SECOND = "KorvexQVSeries", "QVSeriesServices"
 AGAIN = ("REINSTALL=ALL", "REINSTALLMODE=amus")
 REBOOT_REQUIRED = 3010 & 0xFF
 STOPPING = ("iwiStartStopping", "iwiStopAllQv", "iwiStopAllQvExec")
 
 
-class Running(unittest.TestCase):
+class Running(Case):
     """Each test installs the product, sets some of it running, and installs it again."""
 
+    options = (f"ZQVTEMP={TEMP}",)
+
     def setUp(self):
-        # A test that was cut short may have left the product.
-        if machine.product_files():
-            self.msiexec("/x", "QVNOSTOP=1")
+        super().setUp()
         self.product = RunningProduct(machine)
-        self.addCleanup(self.clean)
-        self.assertEqual(self.msiexec("/i", "QVNOSTOP=1").status, 0)
+        self.addCleanup(self.product.end)
+        self.install("QVNOSTOP=1")
         self.assertEqual(machine.product_files(), package.files())
 
-    def clean(self):
-        self.product.end()
-        if machine.product_files():
-            self.msiexec("/x", "QVNOSTOP=1")
-        shutil.rmtree(machine.drive / FOLDER)
-
-    def msiexec(self, verb, *options):
-        """Runs the installer with an empty temporary folder."""
-        machine.fresh_folder(FOLDER)
-        return machine.msiexec(verb, package.path, FOLDER, f"ZQVTEMP={TEMP}", *options)
-
     def again(self, *options, status=0, more=STOPPING):
-        """Installs once more; gives what `install` gives."""
-        return self.install(*AGAIN, *options, status=status, more=more)
+        """Installs once more; gives what `runs` gives."""
+        run = self.install(*AGAIN, *options, status=status)
+        if status != CANCELLED:
+            self.expect_actions(run, *more, first=False)
+        return self.runs()
 
-    def install(self, *options, status, more):
-        """An installation; gives the texts of the trace log of each run of an action, in order."""
-        run = self.msiexec("/i", *options)
-        self.assertEqual(run.status, status)
-        if status in (0, REBOOT_REQUIRED):
-            ran = [(outcome.action, outcome.value, outcome.results) for outcome in run.outcomes() if outcome.results]
-            self.assertCountEqual(ran, [(action, 1, [0]) for action in package.actions("REINSTALL=ALL" not in options, more)])
+    def runs(self):
+        """The texts of the trace log of each run of an action, in order."""
         runs = [[]]
-        for line in read_text(machine.drive / FOLDER / "zqvt0001.log").splitlines():
-            if not line.startswith(">>"):
-                action, text = line.split(" QVCA info ", 1)[1].split(": ", 1)
-                self.assertFalse(text.startswith("***"), line)
-                runs[-1].append((action, text))
-                if text.startswith("Returning with rc"):
-                    runs.append([])
+        for line in self.texts():
+            action, text = line.split(": ", 1)
+            self.assertFalse(text.startswith("***"), line)
+            runs[-1].append((action, text))
+            if text.startswith("Returning with rc"):
+                runs.append([])
         return [(lines[-1][0], [text for action, text in lines]) for lines in runs if lines]
 
     def change(self, *programs):
@@ -98,7 +82,7 @@ class Running(unittest.TestCase):
         self.product.register_service(FIRST, "Korvex QVSeries", lingers=True)
         self.product.register_service(SECOND, "QVSeries Services")
         self.product.start_services()
-        self.product.let_stop_once_seen(FIRST, machine.drive / FOLDER / "zqvt0001.log")
+        self.product.let_stop_once_seen(FIRST, self.folder / TRACE)
         runs = self.again()
         asked = dict(runs)["iwiStartStopping"]
         self.expect_order(asked, *(f"Stopping service '{name}'" for name in (FIRST, SECOND)))
@@ -192,8 +176,9 @@ class Running(unittest.TestCase):
         self.assertEqual(self.product.display_name(FIRST), "Korvex QVSeries Deleted")
 
         # A failure after it: the old name is back. Wine rolls back first installations only.
-        self.assertEqual(self.msiexec("/x", "QVNOSTOP=1").status, 0)
-        runs = self.install("QVRENAMESERVICE=1", "QVFAILDEFERRED=1", status=FAILED, more=())
+        self.remove("QVNOSTOP=1")
+        self.install("QVRENAMESERVICE=1", "QVFAILDEFERRED=1", status=FAILED)
+        runs = self.runs()
         self.assertEqual(machine.product_files(), {})
         names = [lines for action, lines in runs if action == "iwiRenameQvService"]
         self.expect_order(names[0], "Deferred execution", renamed)
@@ -206,5 +191,4 @@ class Running(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    build, package, machine = prepare(__doc__)
     unittest.main()
