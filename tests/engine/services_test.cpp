@@ -13,6 +13,7 @@
 #include "services/system/registry.h"
 #include "services/tables/binary_stream.h"
 #include "session.h"
+#include "zqviwicn/entry_points.h"
 #include "zqviwicn/load.h"
 
 namespace {
@@ -21,21 +22,13 @@ using namespace zqv;
 
 using std::literals::operator""s;
 
-TEST_F(SessionTest, ActionsLeaveNoHandleOpenAndFailCleanlyWithoutASession) {
-  for (const char *action : {"iwiStartLogs", "iwiSetTempLogPath", "iwiUnSetTempLogPath", "iwiPrintSummary",
-                             "iwiWriteDeferredProperties", "iwiSetCustomActionData"}) {
-    EXPECT_EQ(LoadedLibrary().Call(action, 0), 1603u) << action;
-    EXPECT_EQ(LoadedLibrary().Call(action, session), 0u) << action;
-  }
-}
-
 constexpr char kKey[] = "Software\\ZqvEngineTest";
 constexpr char kSessionManager[] = "SYSTEM\\CurrentControlSet\\Control\\Session Manager";
 
 /// The services, linked into this program, on a real session, disk and registry.
 class ServicesTest : public SessionTest {
  protected:
-  ServicesTest() : SessionTest("engine_package\\engine.msi"), trace_(folder + "\\trace.log") {
+  ServicesTest() {
     Load();
     Session().handle = session;
     Set("ZQVUSERTRACEPATH", trace_);
@@ -65,8 +58,19 @@ class ServicesTest : public SessionTest {
   }
 
  private:
-  std::string trace_;
+  const std::string trace_ = folder + "\\trace.log";
 };
+
+TEST_F(ServicesTest, ActionsLeaveNoHandleOpenAndFailCleanlyWithoutASession) {
+  for (const auto action : {iwiStartLogs, iwiSetTempLogPath, iwiUnSetTempLogPath, iwiPrintSummary,
+                            iwiWriteDeferredProperties, iwiSetCustomActionData}) {
+    for (const auto &[handle, result] : {std::pair{MSIHANDLE{0}, 1603u}, {session, 0u}}) {
+      Unload();
+      Load();
+      EXPECT_EQ(action(handle), result);
+    }
+  }
+}
 
 TEST_F(ServicesTest, StreamsAreUnpackedByteForByte) {
   for (const char *size : {"0", "255", "256", "257", "512", "100000"}) {
@@ -145,15 +149,13 @@ TEST_F(ServicesTest, AHeldFolderStaysInItsPlace) {
 }
 
 TEST_F(ServicesTest, ProcessesAreLaunchedAndWaitedFor) {
-  char self[MAX_PATH];
-  GetModuleFileNameA(nullptr, self, MAX_PATH);
   DWORD code = 0;
   // Of manual reset: it ends both programs that wait for it.
   const OwnedKernelHandle end(CreateEventA(nullptr, TRUE, FALSE, "engine_tests_end"));
-  EXPECT_EQ(iwiLaunchAndWait(self, "--wait engine_tests_end", "", SW_HIDE, &code, 10), kLaunchTimedOut);
+  EXPECT_EQ(iwiLaunchAndWait(_pgmptr, "--wait engine_tests_end", "", SW_HIDE, &code, 10), kLaunchTimedOut);
   EXPECT_EQ(code, kNoExitCode);
   SetEvent(end.Get());
-  EXPECT_EQ(iwiLaunchAndWait(self, "--wait engine_tests_end", "", SW_HIDE, &code, INFINITE), 0u);
+  EXPECT_EQ(iwiLaunchAndWait(_pgmptr, "--wait engine_tests_end", "", SW_HIDE, &code, INFINITE), 0u);
   EXPECT_EQ(code, 7u);
   EXPECT_EQ(iwiLaunchAndWait("C:\\none\\CMD.exe", "/c cd > here.txt & exit 5", folder, SW_HIDE, &code, INFINITE), 0u);
   EXPECT_EQ(code, 5u);

@@ -12,36 +12,19 @@
 #include <sstream>
 #include <string>
 
-using EntryPoint = UINT(__stdcall *)(MSIHANDLE);
+inline constexpr char kPackage[] = "engine_package\\engine.msi";
 
-/// The library loaded into this process.
-class LoadedLibrary {
- public:
-  LoadedLibrary() : module_(LoadLibraryA("zqviwicn.dll")) {}
-  ~LoadedLibrary() { FreeLibrary(module_); }
-  LoadedLibrary(const LoadedLibrary &) = delete;
-  LoadedLibrary &operator=(const LoadedLibrary &) = delete;
-
-  UINT Call(const char *action, MSIHANDLE session) {
-    const auto entry = reinterpret_cast<EntryPoint>(reinterpret_cast<void *>(GetProcAddress(module_, action)));
-    return entry == nullptr ? ~0u : entry(session);
-  }
-
- private:
-  HMODULE module_;
-};
-
-/// A package, the reference package if no other, opened in this process, silent, with a temporary folder of its own.
-/// When the test ends, no installer handle but the package's may be open, and the folder goes.
+/// The engine tests' package opened in this process, silent, with a temporary folder of its own. When the test ends, no
+/// installer handle but the package's may be open, and the folder goes.
 class SessionTest : public testing::Test {
  protected:
-  explicit SessionTest(const char *package = "vantrelqv.msi") {
+  SessionTest() {
     MsiSetInternalUI(INSTALLUILEVEL_NONE, nullptr);
     char temp[MAX_PATH];
     GetTempPathA(MAX_PATH, temp);
     folder = std::string(temp) + "engine" + std::to_string(GetTickCount()) + "_" + std::to_string(++count_);
-    CreateDirectoryA(folder.c_str(), nullptr);
-    EXPECT_EQ(MsiOpenPackageExA(package, MSIOPENPACKAGEFLAGS_IGNOREMACHINESTATE, &session), 0u);
+    std::filesystem::create_directory(folder);
+    EXPECT_EQ(MsiOpenPackageExA(kPackage, MSIOPENPACKAGEFLAGS_IGNOREMACHINESTATE, &session), 0u);
     Set("ZQVTEMP", folder);
   }
   ~SessionTest() override {
@@ -54,13 +37,6 @@ class SessionTest : public testing::Test {
   }
 
   void Set(const char *name, const std::string &value) { MsiSetPropertyA(session, name, value.c_str()); }
-
-  std::string Get(const char *name) {
-    char value[1024] = "";
-    DWORD length = sizeof value;
-    MsiGetPropertyA(session, name, value, &length);
-    return value;
-  }
 
   static std::string ReadFile(const std::string &path) {
     std::ifstream file(path, std::ios::binary);
