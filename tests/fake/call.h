@@ -6,7 +6,8 @@
 
 #include "fake/world.h"
 
-/// How the stand-in's calls are written: a body that may end early with the error that the caller shall see.
+/// How the stand-in's calls are written: a body that may end early with the error that the caller shall see. Their
+/// headers say that they are C's.
 
 inline constexpr DWORD kGarbageError = 0xDEAD;
 inline constexpr int kJunk = 0xDB;

@@ -70,8 +70,6 @@ bool Matches(std::u16string_view pattern, std::u16string_view name) {
   return !name.empty() && (pattern[0] == '?' || pattern[0] == name[0]) && Matches(pattern.substr(1), name.substr(1));
 }
 
-extern "C" {
-
 BOOL IsDBCSLeadByte(BYTE byte) { return IsFirstHalf(byte) ? TRUE : FALSE; }
 
 int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR text, int length, WCHAR *buffer, int capacity) {
@@ -97,5 +95,3 @@ int LCMapStringW(LCID, DWORD flags, const WCHAR *text, int length, WCHAR *buffer
   });
   return length;
 }
-
-}  // extern "C"

@@ -198,8 +198,6 @@ std::FILE *zqv::OpenCFile(const char *path, const char *mode) {
   });
 }
 
-extern "C" {
-
 HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES *, DWORD disposition, DWORD flags,
                    HANDLE) {
   return Call(INVALID_HANDLE_VALUE, [&] {
@@ -333,5 +331,3 @@ BOOL GetVolumeInformationA(LPCSTR root, LPSTR label, DWORD capacity, DWORD *, DW
     Fill(label, capacity, Known(world.volumeLabels, OrEmpty(root), ERROR_PATH_NOT_FOUND));
   });
 }
-
-}  // extern "C"

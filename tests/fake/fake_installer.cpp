@@ -50,8 +50,6 @@ std::size_t ColumnOf(const Table &table, const std::string &column) {
 
 }  // namespace
 
-extern "C" {
-
 UINT MsiCloseHandle(MSIHANDLE handle) { return world.Close(handle, {"record", "view", "database", "summary"}); }
 
 UINT MsiGetPropertyA(MSIHANDLE session, LPCSTR name, LPSTR buffer, DWORD *length) {
@@ -277,5 +275,3 @@ UINT MsiGetProductInfoA(LPCSTR product, LPCSTR attribute, LPSTR buffer, DWORD *l
     PutText(Known(Known(world.productInfo, product, 1605), attribute, 1608), buffer, length);
   });
 }
-
-}  // extern "C"

@@ -52,8 +52,6 @@ void World::MakePsapi(const std::string &path) {
                          {"GetModuleFileNameExA", Proc(GetModuleFileNameExA)}};
 }
 
-extern "C" {
-
 BOOL ShellExecuteExA(SHELLEXECUTEINFOA *info) {
   return Call(FALSE, [&] {
     Require(info->cbSize == sizeof *info, ERROR_ACCESS_DENIED);
@@ -147,5 +145,3 @@ BOOL ChangeServiceConfigA(SC_HANDLE service, DWORD type, DWORD startType, DWORD 
     Named(service, kChangeConfig).displayName = displayName;
   });
 }
-
-}  // extern "C"

@@ -57,6 +57,15 @@ std::string FormatText(const char *text, char **arguments) {
   return out;
 }
 
+/// Seconds since 1970 as Windows shows them; the day of the week and the milliseconds are junk.
+void PutTime(std::time_t seconds, SYSTEMTIME *time) {
+  std::tm parts{};
+  gmtime_r(&seconds, &parts);
+  std::memset(time, kJunk, sizeof *time);
+  std::tie(time->wYear, time->wMonth, time->wDay, time->wHour, time->wMinute, time->wSecond) =
+      std::tuple{parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec};
+}
+
 }  // namespace
 
 HMODULE zqv::OwnModule() { return reinterpret_cast<HMODULE>(&world.ownModule); }
@@ -124,8 +133,6 @@ DWORD World::Close(std::uintptr_t handle, std::initializer_list<std::string_view
   return code;
 }
 
-extern "C" {
-
 DWORD GetLastError() { return world.lastError; }
 
 void SetLastError(DWORD code) { world.lastError = code; }
@@ -135,24 +142,13 @@ void Sleep(DWORD milliseconds) {
   world.clockMs += milliseconds;
 }
 
-void GetLocalTime(SYSTEMTIME *time) {
-  const std::uint64_t seconds = world.clockMs / 1000;
-  std::memset(time, kJunk, sizeof *time);  // nobody asks for the date
-  time->wHour = static_cast<WORD>(seconds / 3600 % 24);
-  time->wMinute = static_cast<WORD>(seconds / 60 % 60);
-  time->wSecond = static_cast<WORD>(seconds % 60);
-}
+void GetLocalTime(SYSTEMTIME *time) { PutTime(static_cast<std::time_t>(world.clockMs / 1000), time); }
 
 BOOL FileTimeToSystemTime(const FILETIME *fileTime, SYSTEMTIME *time) {
   return Call(FALSE, [&] {
     const std::uint64_t ticks = std::uint64_t{fileTime->dwHighDateTime} << 32 | fileTime->dwLowDateTime;
     Require(ticks >> 63 == 0, ERROR_INVALID_PARAMETER);
-    const auto seconds = static_cast<std::time_t>(ticks / 10000000) - 11644473600;
-    std::tm parts{};
-    gmtime_r(&seconds, &parts);
-    std::memset(time, kJunk, sizeof *time);
-    std::tie(time->wYear, time->wMonth, time->wDay, time->wHour, time->wMinute) =
-        std::tuple{parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min};
+    PutTime(static_cast<std::time_t>(ticks / 10000000) - 11644473600, time);
   });
 }
 
@@ -361,5 +357,3 @@ BOOL PostMessageA(HWND handle, UINT message, WPARAM, LPARAM) {
     }
   });
 }
-
-}  // extern "C"
