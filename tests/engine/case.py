@@ -1,5 +1,5 @@
-"""What the tests of whole installations share. Each is a program of its own, whose command line names the build folder.
-Its Wine prefix, beside that, is its own too, so that all may run at the same time."""
+"""What the tests of whole installations share. Each is a program with a Wine prefix of its own beside the build folder,
+wine-NAME_test, so that all may run at the same time."""
 
 import re
 import shutil
@@ -12,7 +12,7 @@ sys.path.insert(0, str(ROOT / "tools"))
 from installation import Machine, Package, read_text
 
 if len(sys.argv) < 2 or not (Path(sys.argv[1]) / "vantrelqv.msi").exists():
-    sys.exit(sys.modules["__main__"].__doc__)
+    sys.exit(f"usage: {sys.argv[0]} BUILD_WINDOWS_DIR [unittest arguments]")
 build = Path(sys.argv.pop(1)).resolve()
 FOLDER = Path(sys.argv[0]).stem
 TEMP = rf"C:\{FOLDER}"

@@ -1,10 +1,5 @@
 #!/usr/bin/env python3
-"""Primary initialisation in Wine's installer engine: what it publishes, and what makes it stop an installation.
-
-usage: initialisation_test.py BUILD_WINDOWS_DIR [unittest arguments]
-
-The Wine prefix is the folder wine-initialisation_test beside the build folder; each test removes what it installed.
-"""
+"""Primary initialisation in Wine's installer engine: what it publishes, and what makes it stop an installation."""
 
 import re
 import subprocess

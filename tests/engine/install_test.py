@@ -1,10 +1,5 @@
 #!/usr/bin/env python3
-"""Whole silent installations and removals of the reference package, with the real library in Wine's installer engine.
-
-usage: install_test.py BUILD_WINDOWS_DIR [unittest arguments]
-
-The Wine prefix is the folder wine-install_test beside the build folder; each test removes what it installed.
-"""
+"""Whole silent installations and removals of the reference package, with the real library in Wine's installer engine."""
 
 import re
 import shutil

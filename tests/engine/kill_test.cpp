@@ -35,6 +35,7 @@ std::string Line(LONG number) { return "line " + std::to_string(number); }
 
 /// The child's part: writes one line after the other until it is killed, and asks for that once there are `lines`.
 void WriteBusily(const std::string &folder, LONG lines) {
+  SetEnvironmentVariableA("TMP", folder.c_str());
   MsiSetInternalUI(INSTALLUILEVEL_NONE, nullptr);
   MSIHANDLE session = 0;
   MsiOpenPackageExA(kPackage, MSIOPENPACKAGEFLAGS_IGNOREMACHINESTATE, &session);
@@ -53,12 +54,12 @@ void WriteBusily(const std::string &folder, LONG lines) {
   }
 }
 
-/// The files that killed processes leave to the installer and in the temporary folder go with the test.
+/// What killed processes leave to the installer goes with the test; all else of theirs is in its folder.
 class KillTest : public SessionTest {
  protected:
   ~KillTest() override {
-    for (const auto &path : Files()) {
-      if (path != folder && !before_.contains(path)) {
+    for (const auto &path : Cached()) {
+      if (!before_.contains(path)) {
         EXPECT_NO_THROW(std::filesystem::remove_all(path)) << path;
       }
     }
@@ -81,19 +82,12 @@ class KillTest : public SessionTest {
   }
 
  private:
-  static std::set<std::filesystem::path> Files() {
-    std::set<std::filesystem::path> files;
-    char windows[MAX_PATH];
-    GetWindowsDirectoryA(windows, MAX_PATH);
-    for (const auto &place : {std::filesystem::path(windows) / "Installer", std::filesystem::temp_directory_path()}) {
-      for (const auto &entry : std::filesystem::directory_iterator(place)) {
-        files.insert(entry.path());
-      }
-    }
-    return files;
+  static std::set<std::filesystem::path> Cached() {
+    const std::filesystem::directory_iterator place("C:\\windows\\Installer");
+    return {begin(place), end(place)};
   }
 
-  const std::set<std::filesystem::path> before_ = Files();
+  const std::set<std::filesystem::path> before_ = Cached();
 };
 
 TEST_F(KillTest, NoLineThatTheWriterReturnedFromIsLost) {

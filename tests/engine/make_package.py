@@ -35,18 +35,14 @@ def main(reference, library, folder):
 
     # An imported table takes the place of the one that is there, so it has to hold the old rows too. Its streams are
     # looked for in the current folder.
-    header, rows = [], {}
-    for number, line in enumerate(call("msiinfo", "export", package, "Binary").decode().splitlines()):
-        if number < 3:
-            header.append(line)
-        else:
-            name = line.split("\t")[0]
-            rows[name] = call("msiinfo", "extract", package, f"Binary.{name}")
+    exported = call("msiinfo", "export", package, "Binary").decode().splitlines()
+    names = [line.split("\t")[0] for line in exported[3:]]
+    rows = {name: call("msiinfo", "extract", package, f"Binary.{name}") for name in names}
     rows |= {f"stream_{size}": stream(size) for size in STREAM_SIZES}
     rows["test_actions"] = library.read_bytes()
     for name, content in rows.items():
         (streams / f"{name}.ibd").write_bytes(content)
-    lines = [*header, *(f"{name}\t{name}.ibd" for name in rows), ""]
+    lines = [*exported[:3], *(f"{name}\t{name}.ibd" for name in rows), ""]
     (folder / "Binary.idt").write_text("\n".join(lines))
     call("msibuild", package.name, "-i", "Binary.idt", folder=folder)
 

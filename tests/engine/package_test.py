@@ -22,15 +22,12 @@ FEATURE_LISTS = {"ADDLOCAL", "REMOVE", "ADDSOURCE", "ADDDEFAULT", "REINSTALL", "
 
 
 class Agreement(unittest.TestCase):
-    def test_features(self):
-        table = re.findall(r"^FEATURE\((\w+)\)$", (SOURCES / "features/feature_table.inc").read_text(), re.MULTILINE)
-        self.assertTrue(table)
-        self.assertCountEqual(table, [row["Feature"] for row in package.table("Feature")])
-
-    def test_actions(self):
-        table = re.findall(r"^ACTION(?:_AS)?\((\w+),", (SOURCES / "zqviwicn/actions.inc").read_text(), re.MULTILINE)
+    def test_features_and_actions(self):
+        features = re.findall(r"^FEATURE\((\w+)\)$", read_text(SOURCES / "features/feature_table.inc"), re.MULTILINE)
+        self.assertCountEqual(features, [row["Feature"] for row in package.table("Feature")])
+        actions = re.findall(r"^ACTION(?:_AS)?\((\w+),", read_text(SOURCES / "zqviwicn/actions.inc"), re.MULTILINE)
         rows = {row["Target"] for row in package.table("CustomAction") if row["Source"] == "zqviwicn"}
-        self.assertEqual(set(table), rows)
+        self.assertEqual(set(actions), rows)
 
     def answers(self):
         """The keywords that the library looks for in a response file, from its sources: what it reads so by name, and,

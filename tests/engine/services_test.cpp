@@ -50,10 +50,7 @@ class ServicesTest : public SessionTest {
   static std::string RegistryValue(const char *key, const char *name) {
     char data[4096];
     DWORD size = sizeof data;
-    HKEY opened = nullptr;
-    RegOpenKeyExA(HKEY_LOCAL_MACHINE, key, 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &opened);
-    const LONG error = RegQueryValueExA(opened, name, nullptr, nullptr, reinterpret_cast<BYTE *>(data), &size);
-    RegCloseKey(opened);
+    const LONG error = RegGetValueA(HKEY_LOCAL_MACHINE, key, name, RRF_RT_ANY, nullptr, data, &size);
     return error == ERROR_SUCCESS ? std::string(data, size) : "none";
   }
 
@@ -163,10 +160,7 @@ TEST_F(ServicesTest, ProcessesAreLaunchedAndWaitedFor) {
 }
 
 TEST_F(ServicesTest, RegistryValuesAndTheEnvironment) {
-  HKEY key = nullptr;
-  RegCreateKeyExA(HKEY_LOCAL_MACHINE, kKey, 0, nullptr, 0, KEY_SET_VALUE | KEY_WOW64_32KEY, nullptr, &key, nullptr);
-  RegSetValueExA(key, "Odd", 0, REG_MULTI_SZ, reinterpret_cast<const BYTE *>("abc"), 2);
-  RegCloseKey(key);
+  RegSetKeyValueA(HKEY_LOCAL_MACHINE, kKey, "Odd", REG_MULTI_SZ, "abc", 2);
   std::vector<BYTE> data;
   DWORD size = 0;
   UINT result = 0;
@@ -210,12 +204,9 @@ TEST_F(CodePageTest, Japanese) {
   // A value's name is longer than Windows counts.
   constexpr char kApplied[] = "Software\\ZqvEngineTest\\CurrentVersion\\Maintenance Applied";
   const std::string longer = "\x83\x5C\x83\x5C\x83\x5C\x83\x5C\x83\x5C\x83\x5C";
-  HKEY key = nullptr;
-  RegCreateKeyExA(HKEY_LOCAL_MACHINE, kApplied, 0, nullptr, 0, KEY_SET_VALUE | KEY_WOW64_32KEY, nullptr, &key, nullptr);
   for (const std::string &value : {"Shipped"s, longer}) {
-    RegSetValueExA(key, value.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE *>("1.5"), 4);
+    RegSetKeyValueA(HKEY_LOCAL_MACHINE, kApplied, value.c_str(), REG_SZ, "1.5", 4);
   }
-  RegCloseKey(key);
   ServiceLevel found;
   EXPECT_TRUE(ReadRegistryServiceLevel(kKey, found));
   EXPECT_EQ(found.shipped.modification + found.shipped.fix, "15");
