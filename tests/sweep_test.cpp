@@ -215,7 +215,7 @@ TEST(LoadTest, WithoutMemoryThereIsNoLoad) {
   }
 }
 
-TEST(AskedTest, EveryCallAsksForWhatTheTableLists) {
+TEST(AskedTest, EveryCallThatTheTableListsIsMade) {
   std::set<Asked> all;
   for (const SweepCase &sweepCase : SweepCases(false)) {
     World &world = ResetWorld(sweepCase);
@@ -224,9 +224,6 @@ TEST(AskedTest, EveryCallAsksForWhatTheTableLists) {
     std::get<0>(sweepCase).run(kSession);
     Unload();
     all.merge(world.asked);
-  }
-  for (const Asked &asked : all) {
-    EXPECT_EQ(Unexpected(asked), "");
   }
   EXPECT_EQ(Missing(all), "");
 }

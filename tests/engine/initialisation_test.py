@@ -12,20 +12,10 @@ from case import KEY, TEMP, VERSION, Case, machine, message, package
 from installation import FAILED, PATIENCE, published
 
 CLIENT, TEST = "{5A8B5D80-6DCC-4317-9922-99EC0093BF24}", "{62F00881-AC47-458F-BF38-2B84B38DBA50}"
-LANGUAGES = {
-    "a": ("English", "en_us"),
-    "b": ("Portuguese", "pt_br"),
-    "f": ("French", "fr_fr"),
-    "g": ("German", "de_de"),
-    "h": ("Hungarian", "hu_hu"),
-    "i": ("Italian", "it_it"),
-    "j": ("Japanese", "ja_jp"),
-    "k": ("Korean", "ko_kr"),
-    "r": ("Russian", "ru_ru"),
-    "s": ("Spanish", "es_es"),
-    "t": ("Traditional Chinese", "zh_tw"),
-    "z": ("Simplified Chinese", "zh_cn"),
-}
+LANGUAGES = {"a": ("English", "en_us"), "b": ("Portuguese", "pt_br"), "f": ("French", "fr_fr")}
+LANGUAGES |= {"g": ("German", "de_de"), "h": ("Hungarian", "hu_hu"), "i": ("Italian", "it_it")}
+LANGUAGES |= {"j": ("Japanese", "ja_jp"), "k": ("Korean", "ko_kr"), "r": ("Russian", "ru_ru")}
+LANGUAGES |= {"s": ("Spanish", "es_es"), "t": ("Traditional Chinese", "zh_tw"), "z": ("Simplified Chinese", "zh_cn")}
 NO_LANGUAGE = "DELETE FROM `UIText` WHERE `Key`='ZQV__setup_language'"
 
 

@@ -239,6 +239,9 @@ class ResponseFiles(Installation):
         self.assertLessEqual(nonempty.items(), taken_answers(self.read()).items())
         return expected
 
+    def stanza(self, answers):
+        return ["[Response]", *(f'{name}="{value}"' for name, value in answers.items()), ""]
+
     def test_a_written_response_file_is_used_by_the_next_installation(self):
         given = {"KEEPQMDATA": "delete", "USERCHOICE": "no", "STARTSERVICE": "a=b c", "HIGHCONTRAST": "YES"}
         options = [f"{name}={value}" for name, value in given.items()]
@@ -256,8 +259,7 @@ class ResponseFiles(Installation):
         values |= {";AGREETOLICENSE": "yes", ";REMOVEFEATURES": "yes", "KEEPQMDATA": "delete", "KEEPWEBDATA": ""}
         values |= {"USERCHOICE": "no", "LAUNCHWIZ": "", ";WIZPARMFILE": "", "STARTSERVICE": "a=b c"}
         values |= {"STARTTASKBAR": "", "HIGHCONTRAST": "YES"}
-        lines = ["[Response]", *(f'{name}="{value}"' for name, value in values.items()), ""]
-        self.assertEqual(saved.decode().split("\r\n"), lines)
+        self.assertEqual(saved.decode().split("\r\n"), self.stanza(values))
 
         self.remove()
         self.assertLessEqual(given.items(), self.install_from(self.folder / "saved.ini").items())
@@ -265,8 +267,7 @@ class ResponseFiles(Installation):
 
     def answer(self, answers):
         """Writes a response file; gives the option for its use."""
-        lines = ["[Response]", *(f'{name}="{value}"' for name, value in answers.items()), ""]
-        (self.folder / "answers.ini").write_text("\n".join(lines))
+        (self.folder / "answers.ini").write_text("\n".join(self.stanza(answers)))
         return rf"USEINI={TEMP}\answers.ini"
 
     def test_folders_and_features_are_real(self):

@@ -76,9 +76,6 @@ std::string Signs(std::string_view text);
 /// The characters, with lower case for both; 0 for each that is none.
 std::u16string Folded(std::string_view text);
 
-/// Compares with a pattern of "*" and "?".
-bool Matches(std::u16string_view pattern, std::u16string_view name);
-
 /// The entry of that name; there being none is the failure `unknown`.
 template <typename Map, typename Key>
 auto &Known(Map &map, const Key &key, DWORD unknown) {

@@ -62,14 +62,6 @@ std::u16string Folded(std::string_view text) {
   return folded;
 }
 
-bool Matches(std::u16string_view pattern, std::u16string_view name) {
-  if (pattern.empty() || pattern[0] == '*') {
-    return pattern.empty() ? name.empty()
-                           : Matches(pattern.substr(1), name) || (!name.empty() && Matches(pattern, name.substr(1)));
-  }
-  return !name.empty() && (pattern[0] == '?' || pattern[0] == name[0]) && Matches(pattern.substr(1), name.substr(1));
-}
-
 BOOL IsDBCSLeadByte(BYTE byte) { return IsFirstHalf(byte) ? TRUE : FALSE; }
 
 int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR text, int length, WCHAR *buffer, int capacity) {

@@ -51,6 +51,15 @@ Place FindToOpen(LPCSTR path, DWORD access, DWORD share, bool mayCreate, bool or
   return place;
 }
 
+/// Compares with a pattern of "*" and "?".
+bool Matches(std::u16string_view pattern, std::u16string_view name) {
+  if (pattern.empty() || pattern[0] == '*') {
+    return pattern.empty() ? name.empty()
+                           : Matches(pattern.substr(1), name) || (!name.empty() && Matches(pattern, name.substr(1)));
+  }
+  return !name.empty() && (pattern[0] == '?' || pattern[0] == name[0]) && Matches(pattern.substr(1), name.substr(1));
+}
+
 // Streams. A text ends at a Ctrl-Z, and its lines end in two characters on the disk but in one for the reader.
 
 ssize_t ReadStream(void *cookie, char *buffer, std::size_t size) {

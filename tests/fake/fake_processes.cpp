@@ -38,18 +38,14 @@ DWORD WINAPI GetModuleFileNameExA(HANDLE process, HMODULE, LPSTR name, DWORD len
   });
 }
 
-template <typename Function>
-FARPROC Proc(Function *function) {
-  return reinterpret_cast<FARPROC>(reinterpret_cast<void *>(function));
-}
-
 }  // namespace
 
 void World::MakePsapi(const std::string &path) {
   WriteFile(path, "MZ");
-  modules[path].procs = {{"EnumProcesses", Proc(EnumProcesses)},
-                         {"EnumProcessModules", Proc(EnumProcessModules)},
-                         {"GetModuleFileNameExA", Proc(GetModuleFileNameExA)}};
+  const auto proc = [](auto *function) { return reinterpret_cast<FARPROC>(reinterpret_cast<void *>(function)); };
+  modules[path].procs = {{"EnumProcesses", proc(EnumProcesses)},
+                         {"EnumProcessModules", proc(EnumProcessModules)},
+                         {"GetModuleFileNameExA", proc(GetModuleFileNameExA)}};
 }
 
 BOOL ShellExecuteExA(SHELLEXECUTEINFOA *info) {
