@@ -15,6 +15,9 @@
 
 using namespace zqv;
 
+using EntryPoint = UINT (*)(MSIHANDLE);
+using Properties = std::map<std::string, std::string>;
+
 /// A fresh world with the library loaded into it, as the engine's first action finds both. When the test ends the
 /// library is unloaded and must have left no handle open.
 class LibraryTest : public testing::Test {
@@ -42,6 +45,30 @@ class LibraryTest : public testing::Test {
   static void LoadInSession() {
     Load();
     Session().handle = kSession;
+  }
+
+  void Set(const Properties &given) {
+    for (const auto &[name, value] : given) {
+      world.properties[name] = value;
+    }
+  }
+
+  /// The properties' values, with a bar behind each.
+  std::string Values(std::initializer_list<const char *> names) {
+    std::string values;
+    for (const char *name : names) {
+      values += (world.properties.count(name) != 0 ? world.properties[name] : "") + "|";
+    }
+    return values;
+  }
+
+  /// In a load of its own, with these properties too, the action ends with this result and logs these texts.
+  void ExpectRun(EntryPoint action, UINT result, const Properties &given = {},
+                 std::initializer_list<std::string> texts = {}) {
+    Reload();
+    Set(given);
+    EXPECT_EQ(action(kSession), result) << LogText();
+    ExpectInLog(texts);
   }
 
   /// All lines so far, stamps removed: each is "ACTION: text".
@@ -80,7 +107,7 @@ class LibraryTest : public testing::Test {
   }
 
   /// The action reads a property of one character less than `length`, and says of one more that it cannot.
-  void ExpectLength(UINT (*action)(MSIHANDLE), const std::string &property, std::size_t length) {
+  void ExpectLength(EntryPoint action, const std::string &property, std::size_t length) {
     const auto before = world.properties;
     for (const std::size_t size : {length - 1, length}) {
       Reload();
