@@ -62,12 +62,11 @@ TEST_F(FoldersTest, AChoiceMovesItsDirectoryAndABadOneMovesNothing) {
   using Case = std::tuple<Properties, UINT, std::string, std::string>;
   for (const auto &[given, result, folders, line] :
        {Case({}, 0, "|||", "No value in 'LOGFOLDER'; 'ZQVLOGFOLDER' stays\n"),
-        Case({{"USEINI", "C:\\temp\\r.ini"}}, 0, "C:\\file\\pgm\\|||",
-             "No value in 'DATFOLDER'; 'ZQVDATFOLDER' stays\n"),
-        Case({{"USEINI", "C:\\temp\\r.ini"}, {"PGMFOLDER", "\"D:\\p q\""}, {"DATFOLDER", "C:\\d"}}, 0,
-             "D:\\p q\\|C:\\d\\|C:\\d\\log\\|", "Property 'ZQVLOGFOLDER' value set to 'C:\\d\\log\\'\n"),
-        Case({{"DATFOLDER", "C:\\d"}, {"LOGFOLDER", "C:\\l"}}, 0, "|C:\\d\\|C:\\l\\|", "'ZQVPGMFOLDER' stays\n"),
-        Case({{"PGMFOLDER", "C:\\p"}, {"LOGFOLDER", "l"}}, 1603, "|||", "***Invalid folder 'l\\' in 'LOGFOLDER'\n"),
+        Case("USEINI=C:\\temp\\r.ini", 0, "C:\\file\\pgm\\|||", "No value in 'DATFOLDER'; 'ZQVDATFOLDER' stays\n"),
+        Case("USEINI=C:\\temp\\r.ini|PGMFOLDER=\"D:\\p q\"|DATFOLDER=C:\\d", 0, "D:\\p q\\|C:\\d\\|C:\\d\\log\\|",
+             "Property 'ZQVLOGFOLDER' value set to 'C:\\d\\log\\'\n"),
+        Case("DATFOLDER=C:\\d|LOGFOLDER=C:\\l", 0, "|C:\\d\\|C:\\l\\|", "'ZQVPGMFOLDER' stays\n"),
+        Case("PGMFOLDER=C:\\p|LOGFOLDER=l", 1603, "|||", "***Invalid folder 'l\\' in 'LOGFOLDER'\n"),
         Case({{"PGMFOLDER", "C:\\p"}, {"DATFOLDER", tooLong}}, 1603, "|||",
              "MB error: bad " + tooLong + "\\log\\ from DATFOLDER\n"),
         Case({{"PGMFOLDER", std::string(516, 'x')}}, 1603, "|||", "***msiGetProperty('PGMFOLDER') failed (234)\n")}) {
@@ -78,7 +77,7 @@ TEST_F(FoldersTest, AChoiceMovesItsDirectoryAndABadOneMovesNothing) {
 }
 
 TEST_F(FoldersTest, AfterCostingTheEngineMovesADirectoryFirst) {
-  Properties costed{{"CostingComplete", "1"}, {"PGMFOLDER", "C:\\p"}};
+  Properties costed = "CostingComplete=1|PGMFOLDER=C:\\p";
   Act(iwiSetDirs, 0, costed);
   EXPECT_EQ(world.targetPaths["ZQVPGMFOLDER"] + Folders(), "C:\\p\\C:\\p\\|||");
   Fail("MsiSetTargetPathA", 267);
@@ -92,12 +91,12 @@ TEST_F(FoldersTest, AfterCostingTheEngineMovesADirectoryFirst) {
 }
 
 TEST_F(FoldersTest, AnInstalledProductsFoldersAreFoundAgain) {
-  Record({{"PgmFolder", "C:\\reg\\p"}, {"DatFolder", "C:\\reg:d"}, {"LogFolder", ""}});
+  Record("PgmFolder=C:\\reg\\p|DatFolder=C:\\reg:d|LogFolder=");
   Act(iwiSetRegistryDirs, 0, {}, {"***Invalid folder 'C:\\reg:d\\' in 'DatFolder'\n"});
   EXPECT_EQ(Folders(), "C:\\reg\\p\\|||");
-  Act(iwiSetRegistryDirs, 0, {{"ZQVPGMFOLDER", "C:\\own\\"}});
+  Act(iwiSetRegistryDirs, 0, "ZQVPGMFOLDER=C:\\own\\");
   EXPECT_EQ(Folders(), "C:\\own\\|||");
-  Record({{"LogFolder", "C:\\reg\\log"}});
+  Record("LogFolder=C:\\reg\\log");
   Act(iwiFindExistingLogFolder, 0);
   EXPECT_EQ(Folders(), "|||");
   world.MakeFolder("C:\\reg\\log");
@@ -106,7 +105,7 @@ TEST_F(FoldersTest, AnInstalledProductsFoldersAreFoundAgain) {
 }
 
 TEST_F(FoldersTest, AServerImageGoesWhereItIsWanted) {
-  Act(iwiSetAdminDir, 0, {{"SERVERFOLDER", "C:\\image"}}, {"Not an administrative installation\n"});
+  Act(iwiSetAdminDir, 0, "SERVERFOLDER=C:\\image", {"Not an administrative installation\n"});
   world.modes = {MSIRUNMODE_ADMIN};
   for (const auto &[folder, result, target] :
        {std::tuple("\\\\s\\i", 0u, "\\\\s\\i\\"), {"", 0u, "C:\\t\\"}, {"image", 1603u, "C:\\t\\"}}) {
@@ -116,17 +115,17 @@ TEST_F(FoldersTest, AServerImageGoesWhereItIsWanted) {
 }
 
 TEST_F(FoldersTest, ADialogsChoiceIsRecalculated) {
-  const Properties costed{{"CostingComplete", "1"}, {"ZQVDATFOLDER", "C:\\d\\"}, {"ZQVLOGFOLDER", "C:\\D\\log\\"}},
-      recorded{{"DatFolder", "C:\\reg\\d"}, {"LogFolder", "C:\\reg\\l"}};
+  const Properties costed = "CostingComplete=1|ZQVDATFOLDER=C:\\d\\|ZQVLOGFOLDER=C:\\D\\log\\",
+                   recorded = "DatFolder=C:\\reg\\d|LogFolder=C:\\reg\\l";
   const std::tuple<EntryPoint, Properties, Properties, const char *> cases[] = {
       {iwiRecalcDatFolder, {}, {}, "|"},
-      {iwiRecalcDatFolder, {{"DATFOLDER", "C:\\new"}}, {}, "C:\\new\\|"},
-      {iwiRecalcDatFolder, {{"DATFOLDER", "C:\\new"}, {"ZQVLOGFOLDER", "C:\\dlog\\"}}, {}, "C:\\new\\|C:\\dlog\\"},
-      {iwiRecalcDatFolder, {{"DATFOLDER", "new"}}, {}, "|"},
+      {iwiRecalcDatFolder, "DATFOLDER=C:\\new", {}, "C:\\new\\|"},
+      {iwiRecalcDatFolder, "DATFOLDER=C:\\new|ZQVLOGFOLDER=C:\\dlog\\", {}, "C:\\new\\|C:\\dlog\\"},
+      {iwiRecalcDatFolder, "DATFOLDER=new", {}, "|"},
       {iwiRecalcLogFolder, {}, {}, "|C:\\d\\log\\"},
       {iwiRecalcDatFolder, {}, recorded, "C:\\reg\\d\\|"},
       {iwiRecalcLogFolder, {}, recorded, "|C:\\reg\\l\\"},
-      {iwiRecalcLogFolder, {{"LOGFOLDER", "C:\\l"}}, recorded, "|C:\\l\\"}};
+      {iwiRecalcLogFolder, "LOGFOLDER=C:\\l", recorded, "|C:\\l\\"}};
   for (const auto &[action, chosen, inRegistry, targets] : cases) {
     Record(inRegistry);
     Properties given = chosen;
@@ -163,7 +162,7 @@ TEST_F(FoldersTest, AVolumeIsKnownByItsLabel) {
     EXPECT_EQ(world.properties["ZQVVOLUMEOK"], answer);
   }
   world.sourcePaths.clear();
-  Act(iwiCheckVolumeLabel, 0, {{"ZQVVOLUMELABEL", "x"}},
+  Act(iwiCheckVolumeLabel, 0, "ZQVVOLUMELABEL=x",
       {"***Unable to locate source path (267) for directory 'TARGETDIR'\n"});
 }
 
@@ -173,10 +172,9 @@ TEST_F(FoldersTest, AResponseFilesFeatureListsBecomeTheEngines) {
   using Case = std::tuple<Properties, std::string, UINT, const char *, const char *>;
   for (const auto &[properties, answers, result, lists, line] :
        {Case({}, all, 0, "Base,Server|Toolkit||||Client|0|", "Property 'ADDLOCAL' value set to 'Base,Server'\n"),
-        Case({{"ADDLOCAL", "Base"}}, all, 0, "Base||||||0|", given),
-        Case({{"REMOVE", "All"}}, all, 0, "|All|||||1|", given),
-        Case({{"Installed", "1"}}, all, 0, "||||||0|", "Installed already;"),
-        Case({{"UILevel", "5"}}, all, 0, "||||||0|", "The dialogs choose the features;"),
+        Case("ADDLOCAL=Base", all, 0, "Base||||||0|", given), Case("REMOVE=All", all, 0, "|All|||||1|", given),
+        Case("Installed=1", all, 0, "||||||0|", "Installed already;"),
+        Case("UILevel=5", all, 0, "||||||0|", "The dialogs choose the features;"),
         Case({}, "ADDLOCAL=Base\nREMOVE=Client, aLL", 1603, "|||||||",
              "***A response file cannot remove everything\n")}) {
     Answer(answers);
@@ -189,17 +187,17 @@ TEST_F(FoldersTest, AResponseFilesFeatureListsBecomeTheEngines) {
 
 TEST_F(FoldersTest, ScriptGenerationKnowsThePreviousInstallation) {
   const auto previous = [&] { return Values({"ZQVPREVPGM", "ZQVPREVDAT", "ZQVPREVVERSION"}); };
-  Record({{"PgmFolder", "C:\\old"}, {"DatFolder", "old"}, {"VRMF", "5.3.0.2"}});
-  Act(iwiInstallInitScript, 0, {{"ZQVTEMP", "C:\\new\\temp"}});
+  Record("PgmFolder=C:\\old|DatFolder=old|VRMF=5.3.0.2");
+  Act(iwiInstallInitScript, 0, "ZQVTEMP=C:\\new\\temp");
   EXPECT_TRUE(world.Exists("C:\\new\\temp"));
   EXPECT_EQ(previous(), "C:\\old||5.3.0.2|");
-  Record({{"VRMF", "5.3.0.2.123456789"}});
-  Act(iwiInstallInitScript, 0, {{"ZQVTEMP", ""}, {"ZQVPREVPGM", "C:\\given"}},
+  Record("VRMF=5.3.0.2.123456789");
+  Act(iwiInstallInitScript, 0, "ZQVTEMP=|ZQVPREVPGM=C:\\given",
       {"***Version '5.3.0.2.123456789' of the previous installation is too long\n"});
   EXPECT_EQ(previous(), "C:\\given|||");
-  Act(iwiInstallInitScript, 0, {{"Installed", "1"}});
+  Act(iwiInstallInitScript, 0, "Installed=1");
   EXPECT_EQ(previous(), "|||");
-  Act(iwiCheckWebAdmin, 0, {{"ZQVWEBADMIN", "old"}});
+  Act(iwiCheckWebAdmin, 0, "ZQVWEBADMIN=old");
   EXPECT_EQ(world.properties["ZQVWEBADMIN"], "");
   world.registry[kVersionKey + "\\Components"]["Web Administration"] = RegistryValue::Text("");
   Act(iwiCheckWebAdmin, 0);

@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <sstream>
 
 #include "support.h"
@@ -20,12 +19,9 @@ class InitTest : public LibraryTest {
   void Restart() {
     Unload();
     world = World();
-    world.properties = {{"UpgradeCode", kServer},
-                        {"ProductVersion", "06.00.2"},
-                        {"TempFolder", "C:\\temp\\"},
-                        {"SystemLanguageID", "1033"},
-                        {"UILevel", "5"},
-                        {"VersionNT", "502"}};
+    world.properties =
+        Properties("ProductVersion=06.00.2|TempFolder=C:\\temp\\|SystemLanguageID=1033|UILevel=5|VersionNT=502");
+    world.properties["UpgradeCode"] = kServer;
     world.MakeFolder("C:\\temp");
     world.created = 133541078400000000;  // 5 March 2024, 10:24
     world.packageCode = "{CODE}";
@@ -41,20 +37,17 @@ class InitTest : public LibraryTest {
     LoadInSession();
   }
 
-  using Properties = std::map<std::string, std::string>;
+  /// With these properties too, initialisation ends with this result, publishes these values and logs these texts.
+  void ExpectInit(UINT result, const Properties &given = {}, const Properties &published = {},
+                  std::initializer_list<std::string> texts = {}) {
+    Set(given);
+    EXPECT_EQ(iwiInstallInitPri(kSession), result) << LogText();
+    for (const auto &[name, value] : published) {
+      EXPECT_EQ(Values({name.c_str()}), value + "|") << name << '\n' << LogText();
+    }
+    ExpectInLog(texts);
+  }
 
-  /// Runs the action in a new world that has these properties too.
-  UINT Run(const Properties &given = {}) {
-    for (const auto &[name, value] : given) {
-      world.properties[name] = value;
-    }
-    return iwiInstallInitPri(kSession);
-  }
-  void Expect(const Properties &expected) {
-    for (const auto &[name, value] : expected) {
-      EXPECT_EQ(world.properties.count(name) != 0 ? world.properties[name] : "", value) << name << '\n' << LogText();
-    }
-  }
   std::string Box() {
     EXPECT_TRUE(world.boxes.empty() || world.boxes.back().type == MB_ICONERROR);
     return world.boxes.empty() ? "" : world.boxes.back().text;
@@ -66,59 +59,46 @@ TEST_F(InitTest, AServerIsInitialised) {
   world.relatedProducts[kClient] = {"{S}"};
   world.productStates = {{"{P}", INSTALLSTATE_DEFAULT}, {"{Q}", INSTALLSTATE_BADCONFIG}, {"{S}", INSTALLSTATE_LOCAL}};
   world.WriteFile("C:\\temp\\zqvcancl.txt", "");
-  EXPECT_EQ(Run({{"REMOVE", "All"}, {"KEEPQMDATA", "DELETE"}, {"KEEPWEBDATA", "DELETE"}}), 0u);
-  std::printf("installer calls of a whole initialisation:");
-  for (const auto &[name, count] : world.callCount) {
-    std::printf(name.starts_with("Msi") ? " %s %d" : "", name.c_str(), count);
+  ExpectInit(0, "REMOVE=All|KEEPQMDATA=DELETE|KEEPWEBDATA=DELETE");
+  std::string steps;  // each property that is read, those that are set with their values, and the other lines
+  std::istringstream lines(TakeLog("iwiInstallInitPri"));
+  for (std::string line; std::getline(lines, line);) {
+    const std::size_t end = line.starts_with("Property '") ? line.find('\'', 10) : 0;
+    const bool set = line.find("value set to", end) == end + 2;
+    steps += (end == 0 ? line : line.substr(10, end - 10) + (set ? "=" + line.substr(end + 15) : "")) + "|";
   }
-  std::printf("\n");
-  std::string reads, sets;
-  for (const std::string &line : world.installerLog) {
-    const std::size_t at = line.find("Property '"), end = line.find('\'', at + 10);
-    const bool set = line.find("value set to", end) != std::string::npos;
-    if (at != std::string::npos) {
-      (set ? sets : reads) += line.substr(at + 10, end - at - 10) + (set ? "=" + line.substr(end + 15) + "\n" : " ");
-    }
-  }
-  EXPECT_EQ(reads,
-            "ProductName ZQVEXTCA60000 MsiNTProductType UpgradeCode ProductVersion Installed ZQVTEMP TempFolder "
-            "SystemLanguageID "
-            "ZQVTEMPFILENUM ZQVLICENSETYPE ProductVersion PATCH ZQVCLIENT ZQVPRODUCT VersionNT Installed HIGHCONTRAST "
-            "USEINI ZQVHIGHCONTRAST ZQVHIGHCONTRAST USERCHOICE ONLYINI SAVEINI Installed UILevel AGREETOLICENSE "
-            "ZQVCHECKMSCS ZQVCHECKPUBSUB KEEPQMDATA KEEPWEBDATA REMOVE SAVEINI REINSTALLMODE VersionNT ADDLOCAL REMOVE "
-            "ADDSOURCE ADDDEFAULT REINSTALL ADVERTISE WIZPARMFILE ZQVTEMPFILENUM STARTSERVICE STARTTASKBAR "
-            "ZQVSERVICESHIPLEVEL ");
-  EXPECT_EQ(sets,
-            "ZQVBUILDDATE='Packaged on Mar 05 2024 at 10:24; version 1.231.1.7'\nZQVBUILDTIME='133541078400000000'\n"
-            "ZQVPACKAGECODE='{CODE}'\nZQVTEMPFILENUM=''\nZQVPRODUCT='server'\nZQVTEMP='C:\\temp'\n"
-            "ZQVSYSTEMLANGUAGECODE='en_US'\nZQVLANGUAGELIC='en_US'\nZQVTEMPFILENUM='0001'\nZQVLANGUAGECODE='g'\n"
-            "ZQVLANGUAGE='German'\nZQVVERSION='6'\nZQVRELEASE='0'\nZQVSETUPTITLE='<2001 6.0%d>'\n"
-            "ZQVSETHIGHCONTRAST=''\nZQVMIGRATE=''\nZQVUSERCHOICE='1'\nSAVEINI='C:\\temp\\QVSeries.ini'\nALLUSERS='1'\n"
-            "ZQVDISKFOLDERNAME='Vantrel QV'\nZQVLEAVEQMDATAINSTALL='delete'\nZQVLEAVEQMDATAREMOVE='delete'\n"
-            "ZQVLEAVEWEBDATAINSTALL='keep'\nZQVREMOVE='1'\nZQVREINSTALLOPTIONS='refresh'\nZQVQVISRUNNING=''\n"
-            "ZQVPERFMONISRUNNING=''\nZQVPRODUCTPREREQ='0'\nZQVENDUI='0'\nZQVSNAPSERVICES='<695 %s%d>'\n"
-            "ZQVSNAPEXPLORER='<613 %s%d>'\nZQVSTARTFOLDER='<406 %s%d>'\nREINSTALLMODE='amus'\nZQVSTARTSERVICE=''\n"
-            "ZQVSTARTTASKBAR=''\nZQVSERVICESHIPLEVEL='0.0'\nZQVVRMF='6.0.0.0'\nZQVSERVICELEVELMESSAGE='<2092 %s%d>'\n"
-            "ZQVLICENSEPATH='licenses'\n");
-  ExpectInLog(
-      {"Pri: Windows version 5.2.3790 platform 2 'Service Pack 2'\niwiInstallInitPri: Service pack 2.0 reserved "
-       "0x0003\n",
-       "Pri: Build Time is '133541078400000000'\n",
-       "Pri: Product {P} (Server) state is INSTALLSTATE_DEFAULT\niwiInstallInitPri: ***Product {Q} (Server) "
-       "state is INSTALLSTATE_BADCONFIG\niwiInstallInitPri: Product {R} (Server) state is INSTALLSTATE_UNKNOWN\n"
-       "iwiInstallInitPri: ***Product {S} (Client) state is 00000003\n",
-       "Pri: UI text key 'ZQV__setup_language': 'German'\n", "Pri: No service applied\n"});
-  std::size_t at = 0;  // the sections without a property, each between its neighbours
-  std::istringstream order(
-      ": Windows version|'MsiNTProductType'|Build Time|'ZQVPRODUCT'|: Product {P}|Product {S}|'ZQVTEMP'|"
-      "'SystemLanguageID'|: UI text key|Unpacking binary Name: 'zqvircgn.dll'|'ZQVLANGUAGECODE'|"
-      "'ZQVUSERCHOICE'|Deleted file: 'C:\\temp\\zqvcancl.txt'|'ONLYINI'|'REINSTALLMODE'|'WIZPARMFILE'|"
-      "Unpacking binary Name: 'zqviwiln.dll'|'STARTSERVICE'|'STARTTASKBAR'|: No service applied|"
-      "'ZQVSERVICESHIPLEVEL'|");
-  for (std::string text; std::getline(order, text, '|');) {
-    at = LogText().find(text, at);
-    EXPECT_NE(at, std::string::npos) << text << " comes too early";
-  }
+  EXPECT_EQ(steps,
+            "Windows version 5.2.3790 platform 2 'Service Pack 2'|Service pack 2.0 reserved 0x0003|MsiNTProductType|"
+            "ZQVBUILDDATE='Packaged on Mar 05 2024 at 10:24; version 1.231.1.7'|ZQVBUILDTIME='133541078400000000'|"
+            "Build Time is '133541078400000000'|ZQVPACKAGECODE='{CODE}'|ZQVTEMPFILENUM=''|UpgradeCode|ProductVersion|"
+            "ZQVPRODUCT='server'|Installed|Product {P} (Server) state is INSTALLSTATE_DEFAULT|"
+            "***Product {Q} (Server) state is INSTALLSTATE_BADCONFIG|"
+            "Product {R} (Server) state is INSTALLSTATE_UNKNOWN|***Product {S} (Client) state is 00000003|ZQVTEMP|"
+            "TempFolder|ZQVTEMP='C:\\temp'|SystemLanguageID|ZQVSYSTEMLANGUAGECODE='en_US'|ZQVLANGUAGELIC='en_US'|"
+            "UI text key 'ZQV__setup_language': 'German'|ZQVTEMPFILENUM|Created 'C:\\temp\\zqvl0001.dll'|"
+            "ZQVTEMPFILENUM='0001'|Unpacking binary Name: 'zqvircgn.dll'|No component suffix|"
+            "Written 3 bytes to 'C:\\temp\\zqvl0001.dll'|ZQVLANGUAGECODE='g'|ZQVLANGUAGE='German'|ZQVLICENSETYPE|"
+            "ProductVersion|ZQVVERSION='6'|ZQVRELEASE='0'|PATCH|ZQVCLIENT|ZQVPRODUCT|VersionNT|Installed|"
+            "Client-only installation: no|ZQVSETUPTITLE='<2001 6.0%d>'|HIGHCONTRAST|USEINI|"
+            "Can't find QV registry high contrast flag|ZQVHIGHCONTRAST|"
+            "Checking operating system for high contrast mode|Accessibility high contrast mode is off|"
+            "ZQVHIGHCONTRAST|Text colour is R:0 G:0 B:0|ZQVSETHIGHCONTRAST=''|"
+            "Previous installation level 0 (''), program folder '', data folder '', log folder ''|ZQVMIGRATE=''|"
+            "USERCHOICE|ZQVUSERCHOICE='1'|Deleted file: 'C:\\temp\\zqvcancl.txt'|ONLYINI|SAVEINI|"
+            "SAVEINI='C:\\temp\\QVSeries.ini'|Installed|UILevel|AGREETOLICENSE|ZQVCHECKMSCS|ZQVCHECKPUBSUB|"
+            "ALLUSERS='1'|Type 2 product data is 'Vantrel QV' (version '0.0')|ZQVDISKFOLDERNAME='Vantrel QV'|"
+            "KEEPQMDATA|ZQVLEAVEQMDATAINSTALL='delete'|ZQVLEAVEQMDATAREMOVE='delete'|KEEPWEBDATA|"
+            "ZQVLEAVEWEBDATAINSTALL='keep'|REMOVE|ZQVREMOVE='1'|ZQVREINSTALLOPTIONS='refresh'|ZQVQVISRUNNING=''|"
+            "ZQVPERFMONISRUNNING=''|ZQVPRODUCTPREREQ='0'|ZQVENDUI='0'|ZQVSNAPSERVICES='<695 %s%d>'|"
+            "ZQVSNAPEXPLORER='<613 %s%d>'|ZQVSTARTFOLDER='<406 %s%d>'|SAVEINI|REINSTALLMODE|VersionNT|"
+            "REINSTALLMODE='amus'|ADDLOCAL|REMOVE|ADDSOURCE|ADDDEFAULT|REINSTALL|ADVERTISE|WIZPARMFILE|"
+            "ZQVTEMPFILENUM|Unpacking binary Name: 'zqviwiln.dll'|No component suffix|"
+            "Written 5 bytes to 'C:\\temp\\zqvg0001.dll'|STARTSERVICE|Service 'KorvexQVSeries' not found|"
+            "Service 'QVSeriesServices' not found|ZQVSTARTSERVICE=''|STARTTASKBAR|ZQVSTARTTASKBAR=''|"
+            "No service applied|Latest maintenance level is '0.0'|RollBack value is ''|"
+            "Previous maintenance level is '0.0'|Shipped maintenance level is '0.0'|ZQVSERVICESHIPLEVEL|"
+            "ZQVSERVICESHIPLEVEL='0.0'|ZQVVRMF='6.0.0.0'|ZQVSERVICELEVELMESSAGE='<2092 %s%d>'|"
+            "ZQVLICENSEPATH='licenses'|Freeing NLS library|Returning with rc 0|");
   EXPECT_EQ(world.ReadFile("C:\\temp\\zqvl0001.dll")->size() + world.ReadFile("C:\\temp\\zqvg0001.dll")->size(), 8u);
   EXPECT_EQ(world.ReadFile("C:\\temp\\QVSeries.ini"), "");
   EXPECT_FALSE(world.Exists("C:\\temp\\zqvcancl.txt"));
@@ -126,45 +106,36 @@ TEST_F(InitTest, AServerIsInitialised) {
 }
 
 TEST_F(InitTest, ClientsAndAdministrativeInstallations) {
-  EXPECT_EQ(Run({{"UpgradeCode", "{5a8b5d80-6DCC-4317-9922-99EC0093BF24}"}, {"STARTSERVICE", "1"}}), 0u);
-  Expect(
-      {{"ZQVPRODUCT", "client"}, {"ZQVSETUPTITLE", "<2004 6.0%d>"}, {"ZQVSNAPSERVICES", ""}, {"ZQVSTARTSERVICE", ""}});
+  ExpectInit(0, "UpgradeCode={5a8b5d80-6DCC-4317-9922-99EC0093BF24}|STARTSERVICE=1",
+             "ZQVPRODUCT=client|ZQVSETUPTITLE=<2004 6.0%d>|ZQVSNAPSERVICES=|ZQVSTARTSERVICE=");
   Restart();
   world.modes = {MSIRUNMODE_ADMIN};
-  EXPECT_EQ(Run({{"UpgradeCode", "{}"}, {"PATCH", "x"}, {"STARTTASKBAR", "1"}, {"LAUNCHWIZ", "1"}}), 0u);
-  Expect(
-      {{"ZQVPRODUCT", ""}, {"ZQVSETUPTITLE", "<2005 6.0%d>"}, {"LAUNCHWIZ", "0"}, {"ZQVSNAPSERVICES", "<695 %s%d>"}});
-  Expect({{"ZQVSTARTFOLDER", ""}, {"ZQVREINSTALLOPTIONS", ""}, {"REINSTALLMODE", ""}, {"ZQVSTARTTASKBAR", ""}});
+  ExpectInit(0, "UpgradeCode={}|PATCH=x|STARTTASKBAR=1|LAUNCHWIZ=1",
+             "ZQVPRODUCT=|ZQVSETUPTITLE=<2005 6.0%d>|LAUNCHWIZ=0|ZQVSNAPSERVICES=<695 %s%d>|ZQVSTARTFOLDER=|"
+             "ZQVREINSTALLOPTIONS=|REINSTALLMODE=|ZQVSTARTTASKBAR=",
+             {"***Unknown product\n"});
   EXPECT_FALSE(world.Exists("C:\\temp\\QVSeries.ini"));
-  ExpectInLog({"***Unknown product\n"});
 }
 
 TEST_F(InitTest, WhatIsInstalledAlready) {
   const std::string program = "C:\\qv\\bin\\zqvmtbrn.exe";
-  const auto install = [&] {
+  using Case = std::tuple<bool, const char *, const char *>;
+  for (const auto &[runs, given, published] :
+       {Case(true, "VersionNT=400", "ZQVMIGRATE=1|ZQVSTARTSERVICE=1|ZQVSTARTTASKBAR=1|REINSTALLMODE=omus"),
+        Case(false, "REINSTALLMODE=o", "ZQVSTARTSERVICE=|ZQVSTARTTASKBAR=|REINSTALLMODE=o"),
+        Case(true, "STARTSERVICE=NO|STARTTASKBAR=maybe|USERCHOICE=0",
+             "ZQVSTARTSERVICE=|ZQVSTARTTASKBAR=1|ZQVUSERCHOICE=")}) {
     Restart();
-    for (const auto &[name, value] : {std::pair{"VRMF", "5.3.0.1"}, {"PgmFolder", "C:\\qv\\"}}) {
-      world.registry[kVersionKey][name] = RegistryValue::Text(value);
-    }
+    world.registry[kVersionKey] = {{"VRMF", RegistryValue::Text("5.3.0.1")},
+                                   {"PgmFolder", RegistryValue::Text("C:\\qv\\")}};
     world.WriteFile(program, "");
-    world.held = {program};
-    world.services["QVSeriesServices"].state = 4;
-  };
-  install();
-  EXPECT_EQ(Run({{"VersionNT", "400"}}), 0u);
-  Expect({{"ZQVMIGRATE", "1"}, {"ZQVSTARTSERVICE", "1"}, {"ZQVSTARTTASKBAR", "1"}, {"REINSTALLMODE", "omus"}});
-  ExpectInLog({"Registry VRMF is '5.3.0.1' (5.3.0.1)\n"});
-  const std::size_t level = LogText().find("Previous installation level 1 ('5.3.0.1'), program folder 'C:\\qv'");
-  EXPECT_NE(level, std::string::npos);
-  EXPECT_EQ(LogText().find("Previous installation level", level + 1), std::string::npos);
-  install();
-  world.held.clear();
-  world.services["QVSeriesServices"].state = 1;
-  EXPECT_EQ(Run({{"REINSTALLMODE", "o"}}), 0u);
-  Expect({{"ZQVSTARTSERVICE", ""}, {"ZQVSTARTTASKBAR", ""}, {"REINSTALLMODE", "o"}});
-  install();
-  EXPECT_EQ(Run({{"STARTSERVICE", "NO"}, {"STARTTASKBAR", "maybe"}, {"USERCHOICE", "0"}}), 0u);
-  Expect({{"ZQVSTARTSERVICE", ""}, {"ZQVSTARTTASKBAR", "1"}, {"ZQVUSERCHOICE", ""}});
+    world.held = runs ? NameSet{program} : NameSet();
+    world.services["QVSeriesServices"].state = runs ? 4 : 1;
+    ExpectInit(0, given, published, {"Registry VRMF is '5.3.0.1' (5.3.0.1)\n"});
+    const std::size_t level = LogText().find("Previous installation level 1 ('5.3.0.1'), program folder 'C:\\qv'");
+    EXPECT_NE(level, std::string::npos);
+    EXPECT_EQ(LogText().find("Previous installation level", level + 1), std::string::npos);
+  }
 }
 
 TEST_F(InitTest, LanguagesOfTheSystemAndTheInstallation) {
@@ -184,40 +155,35 @@ TEST_F(InitTest, LanguagesOfTheSystemAndTheInstallation) {
     if (text != nullptr) {
       world.tables["UIText"].rows.insert(world.tables["UIText"].rows.end(), {{kUi, text}, {kUi, "j"}});
     }
-    EXPECT_EQ(Run({{"SystemLanguageID", system}, {"UpgradeCode", upgradeCode}}), result) << system;
-    Expect({{"ZQVSYSTEMLANGUAGECODE", longCode}, {"ZQVLANGUAGECODE", letter}, {"ZQVLANGUAGE", name}});
+    ExpectInit(result, {{"SystemLanguageID", system}, {"UpgradeCode", upgradeCode}},
+               {{"ZQVSYSTEMLANGUAGECODE", longCode}, {"ZQVLANGUAGECODE", letter}, {"ZQVLANGUAGE", name}});
     EXPECT_EQ(Box(), result == 0 ? "" : "<2031 %s%d>");
   }
   ExpectInLog({"TEST EXECUTION\n", "Written 3 bytes to 'C:\\temp\\zqvl0001.dll'\n"});
   Restart();
   world.tables["UIText"].rows = std::vector<Row>(10000, {"Other", "x"});
   world.modules.clear();
-  EXPECT_EQ(Run(), 1603u);
+  ExpectInit(1603, "", "", {"***Can't find key 'ZQV__setup_language' in UIText table. No UI language transform.\n"});
   EXPECT_EQ(Box(), "No installation language specified. Use the TRANSFORMS property. (ZQV4732)");
-  ExpectInLog({"***Can't find key 'ZQV__setup_language' in UIText table. No UI language transform.\n"});
 }
 
 TEST_F(InitTest, AFailedMessageLibraryDecidesTheResult) {
   world.tables["Binary"].rows.clear();
-  EXPECT_EQ(Run(), 1603u);
-  Expect({{"ZQVLICENSEPATH", "licenses"}});
+  ExpectInit(1603, "", "ZQVLICENSEPATH=licenses");
   Restart();
   world.created.reset();
   world.modules.clear();
-  EXPECT_EQ(Run({{"ZQVLICENSETYPE", "Trial"}}), 0u);
-  Expect({{"ZQVSETUPTITLE", "Vantrel QV V6.0 Setup"}, {"ZQVSTARTFOLDER", ""}, {"ZQVPACKAGECODE", "{CODE}"}});
-  Expect({{"ZQVBUILDDATE", "Packaged* on Aug  1 2007 at 23:17:22; version 1.231.1.7"}, {"ZQVBUILDTIME", ""}});
+  ExpectInit(0, "ZQVLICENSETYPE=Trial",
+             "ZQVSETUPTITLE=Vantrel QV V6.0 Setup|ZQVSTARTFOLDER=|ZQVPACKAGECODE={CODE}|ZQVBUILDDATE=Packaged* on Aug  "
+             "1 2007 at 23:17:22; version 1.231.1.7|ZQVBUILDTIME=");
   Restart();
   world.created = ~std::uint64_t{0};
-  EXPECT_EQ(Run(), 0u);
-  Expect({{"ZQVBUILDDATE", "Packaged on 0 00 0000 at 00:00; version 1.231.1.7"},
-          {"ZQVBUILDTIME", "18446744073709551615"}});
-  ExpectInLog({"***FileTimeToSystemTime() failed (87)\n"});
+  ExpectInit(0, {}, "ZQVBUILDDATE=Packaged on 0 00 0000 at 00:00; version 1.231.1.7|ZQVBUILDTIME=18446744073709551615",
+             {"***FileTimeToSystemTime() failed (87)\n"});
   // A second run in the same load speaks the new language.
   world.tables["UIText"].rows = {{kUi, "f"}};
   world.modules["C:\\temp\\zqvl0002.dll"].strings[2001] = "%s deux";
-  EXPECT_EQ(Run(), 0u);
-  Expect({{"ZQVSETUPTITLE", "6.0 deux"}, {"ZQVLANGUAGECODE", "f"}});
+  ExpectInit(0, "", "ZQVSETUPTITLE=6.0 deux|ZQVLANGUAGECODE=f");
 }
 
 TEST_F(InitTest, HighContrast) {
@@ -236,18 +202,14 @@ TEST_F(InitTest, HighContrast) {
     }
     world.highContrast = system;
     world.textColour = colour;
-    EXPECT_EQ(Run({{"HIGHCONTRAST", wanted}}), 0u);
-    Expect({{"ZQVHIGHCONTRAST", published}, {"ZQVSETHIGHCONTRAST", choice}});
-    ExpectInLog({line});
+    ExpectInit(0, {{"HIGHCONTRAST", wanted}}, {{"ZQVHIGHCONTRAST", published}, {"ZQVSETHIGHCONTRAST", choice}}, {line});
     EXPECT_EQ(LogText().find("QV registry high contrast") == std::string::npos, *wanted != '\0');
   }
   ExpectInLog({"Text colour is R:1 G:2 B:3\n"});
   Restart();
-  world.textColour = 0xFFFFFF;
+  world.textColour = 0xFFFFFF;  // high contrast for the text's colour
   Fail("SystemParametersInfoA", 87);
-  EXPECT_EQ(Run(), 0u);
-  Expect({{"ZQVHIGHCONTRAST", "1"}});  // for the text's colour
-  ExpectInLog({"RC 87 from SystemParametersInfo(SPI_GETHIGHCONTRAST)\n"});
+  ExpectInit(0, "", "ZQVHIGHCONTRAST=1", {"RC 87 from SystemParametersInfo(SPI_GETHIGHCONTRAST)\n"});
 }
 
 TEST_F(InitTest, VersionsAndServiceLevels) {
@@ -265,9 +227,8 @@ TEST_F(InitTest, VersionsAndServiceLevels) {
         {"6.0", " ", "", "***Modification Level '' must be all"},
         {"6.0", "\xC4.1", "", "' must be all numeric or all alphabetic\n"}}) {
     Restart();
-    EXPECT_EQ(Run({{"ProductVersion", version}, {"ZQVSERVICESHIPLEVEL", level}}), *vrmf == '\0' ? 1603u : 0u) << level;
-    Expect({{"ZQVVRMF", vrmf}});
-    ExpectInLog({line});
+    ExpectInit(*vrmf == '\0' ? 1603 : 0, {{"ProductVersion", version}, {"ZQVSERVICESHIPLEVEL", level}},
+               {{"ZQVVRMF", vrmf}}, {line});
     EXPECT_EQ(LogText().find("***") == std::string::npos, *line == '\0');
   }
 }
@@ -302,67 +263,62 @@ TEST_F(InitTest, EachLanguageIdentifierHasItsCodeAndLetter) {
   }
   world.tables["UIText"].rows = {{kUi, ""}};
   for (const auto &[number, code] : codes) {
-    Reload();
-    EXPECT_EQ(Run({{"SystemLanguageID", std::to_string(number)}}), 1603u);
+    ExpectRun(iwiInstallInitPri, 1603, {{"SystemLanguageID", std::to_string(number)}});
     EXPECT_EQ(world.properties["ZQVSYSTEMLANGUAGECODE"] + world.properties["ZQVLANGUAGECODE"], code) << number;
   }
 }
 
 TEST_F(InitTest, WhatIsMissingAndWhatIsKept) {
   Fail("MsiGetSummaryInformationA", 1627);
-  EXPECT_EQ(Run(), 0u);
-  Expect({{"ZQVBUILDDATE", "Packaged* on Aug  1 2007 at 23:17:22; version 1.231.1.7"}, {"ZQVPACKAGECODE", ""}});
-  Restart();
-  EXPECT_EQ(Run({{"TempFolder", ""}}), 1603u);  // no temporary name, but the rest
-  Expect({{"ZQVLANGUAGECODE", "g"}, {"ZQVLICENSEPATH", "licenses"}});
+  ExpectInit(0, "", "ZQVBUILDDATE=Packaged* on Aug  1 2007 at 23:17:22; version 1.231.1.7|ZQVPACKAGECODE=");
+  Restart();  // no temporary name, but the rest
+  ExpectInit(1603, "TempFolder=", "ZQVLANGUAGECODE=g|ZQVLICENSEPATH=licenses");
   Restart();
   world.MakeFolder("C:\\new");
-  EXPECT_EQ(Run({{"REMOVE", "ALL"}}) + Run({{"REMOVE", ""}, {"ZQVTEMP", "C:\\new"}}), 0u);
-  Expect({{"ZQVREMOVE", "1"}});  // read once a load; the folder each time
+  ExpectInit(0, "REMOVE=ALL");
+  ExpectInit(0, "REMOVE=|ZQVTEMP=C:\\new", "ZQVREMOVE=1");  // read once a load; the folder is not
   EXPECT_TRUE(world.Exists("C:\\new\\zqvl0001.dll"));
   Restart();
   world.WriteFile("C:\\temp\\r.ini", "[Response]\nKEEPWEBDATA=delete\nKEEPQMDATA=delete\nSTARTSERVICE=1\n");
-  EXPECT_EQ(Run({{"USEINI", "C:\\temp\\r.ini"}}), 0u);
-  Expect({{"ZQVLEAVEWEBDATAINSTALL", "keep"}, {"ZQVLEAVEQMDATAINSTALL", "delete"}, {"ZQVSTARTSERVICE", ""}});
+  ExpectInit(0, "USEINI=C:\\temp\\r.ini", "ZQVLEAVEWEBDATAINSTALL=keep|ZQVLEAVEQMDATAINSTALL=delete|ZQVSTARTSERVICE=");
 }
 
 TEST_F(InitTest, WhatStopsAnInstallation) {
-  world.registry[kVersionKey + "\\SupportPacs Applied\\MA0C"];
-  EXPECT_EQ(Run({{"ZQVCHECKMSCS", "1"}, {"ZQVCHECKPUBSUB", "0"}}), 1603u);
-  EXPECT_EQ(Box(), "<2054 %s%d>");
-  ExpectInLog({"ServicePac MC74 (MSCS support) is not installed\n", "ServicePac MA0C (Pub/Sub) is installed\n"});
-  Restart();
-  EXPECT_EQ(Run({{"WIZPARMFILE", "\"C:\\no file\""}}), 1603u);
-  EXPECT_EQ(Box(), "<2034 C:\\no file>");
-  Restart();
-  world.modules["C:\\temp\\zqvl0001.dll"].strings[2034] = "<2034 %s>";
-  EXPECT_EQ(Run({{"WIZPARMFILE", "C:\\none"}}), 1603u);
-  EXPECT_EQ(Box(), "<2034 C:\\none>");
-  Restart();
-  world.modules.clear();
-  EXPECT_EQ(Run({{"WIZPARMFILE", "C:\\no"}}), 1603u);
-  EXPECT_EQ(Box(), "Can't open file 'C:\\no'. (ZQV4734)");
-  Restart();
-  EXPECT_EQ(Run({{"ADDLOCAL", "Nothing"}}), 1603u);
-  ExpectInLog({"***Stopping because of unknown features\n"});
-  Restart();
-  EXPECT_EQ(Run({{"ZQVLICENSETYPE", "Gift"}}), 1603u);
-  ExpectInLog({"***Unknown licence type 'Gift'\n"});
-  Restart();
+  const char *const named = "<2034 %1>", *const old = "<2034 %s>";
+  using Case = std::tuple<const char *, const char *, const char *, const char *>;
+  for (const auto &[format, given, box, line] :
+       {Case(named, "ZQVCHECKMSCS=1|ZQVCHECKPUBSUB=0", "<2054 %s%d>",
+             "ServicePac MC74 (MSCS support) is not installed\n"
+             "iwiInstallInitPri: Property 'ZQVCHECKPUBSUB' value '0' from property table\n"
+             "iwiInstallInitPri: ServicePac MA0C (Pub/Sub) is installed\n"),
+        Case(named, "WIZPARMFILE=\"C:\\no file\"", "<2034 C:\\no file>", ""),
+        Case(old, "WIZPARMFILE=C:\\none", "<2034 C:\\none>", ""),
+        Case(nullptr, "WIZPARMFILE=C:\\no", "Can't open file 'C:\\no'. (ZQV4734)", ""),
+        Case(named, "ADDLOCAL=Nothing", "Unknown feature(s) 'Nothing' in command-line property 'ADDLOCAL'. (ZQV4740)",
+             "***Stopping because of unknown features\n"),
+        Case(named, "ZQVLICENSETYPE=Gift", "", "***Unknown licence type 'Gift'\n")}) {
+    Restart();
+    world.registry[kVersionKey + "\\SupportPacs Applied\\MA0C"];
+    if (format != nullptr) {
+      world.modules["C:\\temp\\zqvl0001.dll"].strings[2034] = format;
+    } else {
+      world.modules.clear();
+    }
+    ExpectInit(1603, given, "", {line});
+    EXPECT_EQ(Box(), box);
+  }
+}
+
+TEST_F(InitTest, WhatMayBeWrongAndStopsNothing) {
   world.modules["C:\\temp\\zqvl0001.dll"].strings[2035] = "<2035 %1>";
   world.MakeFolder("C:\\new\\folder\\x.ini");
-  EXPECT_EQ(Run({{"SAVEINI", "C:\\new\\folder\\x.ini"}, {"ZQVLICENSETYPE", "TRIAL"}, {"AGREETOLICENSE", "maybe"}}), 0u);
+  ExpectInit(0, "SAVEINI=C:\\new\\folder\\x.ini|ZQVLICENSETYPE=TRIAL|AGREETOLICENSE=maybe",
+             "ZQVSETUPTITLE=<2002 6.0%d>|AgreeToLicense=", {"***AGREETOLICENSE value 'maybe' not acceptable\n"});
   EXPECT_EQ(Box(), "<2035 5>");
-  Expect({{"ZQVSETUPTITLE", "<2002 6.0%d>"}, {"AgreeToLicense", ""}});
-  ExpectInLog({"***AGREETOLICENSE value 'maybe' not acceptable\n"});
   Restart();
-  EXPECT_EQ(Run({{"SAVEINI", " C:\\new\\a\\x.ini "},
-                 {"ZQVLICENSETYPE", "trial"},
-                 {"TRIALTOPROD", "1"},
-                 {"AGREETOLICENSE", "YES"}}),
-            0u);
+  ExpectInit(0, "SAVEINI= C:\\new\\a\\x.ini |ZQVLICENSETYPE=trial|TRIALTOPROD=1|AGREETOLICENSE=YES",
+             "ZQVSETUPTITLE=<2001 6.0%d>|AgreeToLicense=Yes|SAVEINI= C:\\new\\a\\x.ini ");
   EXPECT_EQ(world.ReadFile("C:\\new\\a\\x.ini"), "");
-  Expect({{"ZQVSETUPTITLE", "<2001 6.0%d>"}, {"AgreeToLicense", "Yes"}, {"SAVEINI", " C:\\new\\a\\x.ini "}});
 }
 
 }  // namespace

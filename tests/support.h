@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -16,7 +17,19 @@
 using namespace zqv;
 
 using EntryPoint = UINT (*)(MSIHANDLE);
-using Properties = std::map<std::string, std::string>;
+
+/// Properties by name; also written "NAME=value|NAME=value".
+struct Properties : std::map<std::string, std::string> {
+  using map::map;
+  Properties(const std::string &text) {
+    for (std::size_t at = 0, end = 0; at < text.size(); at = end + 1) {
+      end = std::min(text.find('|', at), text.size());
+      const std::size_t sign = text.find('=', at);
+      emplace(text.substr(at, sign - at), text.substr(sign + 1, end - sign - 1));
+    }
+  }
+  Properties(const char *text) : Properties(std::string(text)) {}
+};
 
 /// A fresh world with the library loaded into it, as the engine's first action finds both. When the test ends the
 /// library is unloaded and must have left no handle open.
