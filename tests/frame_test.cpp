@@ -16,9 +16,11 @@ class FrameTest : public LibraryTest {
   }
 };
 
-TEST_F(FrameTest, LogOfATopLevelActionFromBannerToResult) {
+TEST_F(FrameTest, OnlyTheFirstActionOfALoadHasABanner) {
   world.properties["ProductName"] = "Vantrel QV";
   world.modes = {MSIRUNMODE_ADMIN, MSIRUNMODE_LOGENABLED};
+  EXPECT_EQ(iwiUserExit(kSession), 1602u);
+  EXPECT_EQ(iwiPrintSummary(kSession + 1), 0u);  // is taken for nested: the first action's session stays in use
   EXPECT_EQ(iwiUserExit(kSession), 1602u);
   EXPECT_EQ(LogText(),
             "(CaProlog): zqviwicn.dll Built on Aug  1 2007 at 23:17:22\n"
@@ -27,31 +29,20 @@ TEST_F(FrameTest, LogOfATopLevelActionFromBannerToResult) {
             "(CaProlog): User name is 'tester'\n"
             "(CaProlog): MSIRUNMODE_LOGENABLED\n"
             "(CaProlog): MSIRUNMODE_ADMIN\n"
+            "iwiUserExit: Returning with rc 1602\n"
+            "iwiUserExit: Invalid depth count entering 'iwiPrintSummary' from 'iwiUserExit': 0\n"
+            "iwiPrintSummary: Property 'ZQVTEMP' value 'C:\\temp' from property table\n"
+            "iwiPrintSummary: Returning with rc 0\n"
             "iwiUserExit: Returning with rc 1602\n");
 }
 
-TEST_F(FrameTest, LaterActionsOfOneLoadAreTakenForNested) {
-  iwiUserExit(kSession);
-  TakeLog("iwiUserExit");
-  EXPECT_EQ(iwiPrintSummary(kSession + 1), 0u);  // the first action's session stays in use
-  EXPECT_EQ(LogText(),
-            "iwiUserExit: Invalid depth count entering 'iwiPrintSummary' from 'iwiUserExit': 0\n"
-            "iwiPrintSummary: Property 'ZQVTEMP' value 'C:\\temp' from property table\n"
-            "iwiPrintSummary: Returning with rc 0\n");
-  world.installerLog.clear();
-  EXPECT_EQ(iwiUserExit(kSession), 1602u);
-  EXPECT_EQ(LogText(), "iwiUserExit: Returning with rc 1602\n");
-}
-
 TEST_F(FrameTest, AnUnreadableNameOrFolderSkipsTheNestingStep) {
-  for (const std::string property : {"ProductName", "ZQVEXTCA60000"}) {
-    Reload();
-    world.properties = {{property, std::string(260, 'p')}};
-    EXPECT_EQ(iwiUserExit(kSession), 1602u);
-    EXPECT_EQ(LogText(), "(CaProlog): zqviwicn.dll Built on Aug  1 2007 at 23:17:22\n" +
-                             std::string(property == "ProductName"
-                                             ? ""
-                                             : "(CaProlog): Property 'ProductName' not defined in property table\n") +
+  const std::string name = "(CaProlog): Property 'ProductName' not defined in property table\n";
+  for (const auto &[property, before] :
+       {std::pair<std::string, std::string>("ProductName", ""), {"ZQVEXTCA60000", name}}) {
+    world.properties.clear();
+    ExpectRun(iwiUserExit, 1602, property + "=" + std::string(260, 'p'));
+    EXPECT_EQ(LogText(), "(CaProlog): zqviwicn.dll Built on Aug  1 2007 at 23:17:22\n" + before +
                              "(CaProlog): ***msiGetProperty('" + property +
                              "') failed (234)\n(CaProlog): Returning with rc 1602\n");
     world.properties[property] = "x";
@@ -112,61 +103,48 @@ TEST_F(FrameTest, AnActionCalledWithinAnActionIsAPartOfIt) {
 }
 
 TEST_F(FrameTest, GuardTestsItsModesInOrderAndTakesItsForm) {
-  const auto body = [] { return 99u; };
+  const auto guarded = [](RunModeGuard guard) { return RunAction({"a", 7, guard, [] { return 99u; }}, kSession); };
   world.modes = {MSIRUNMODE_SCHEDULED, MSIRUNMODE_COMMIT};
-  EXPECT_EQ(RunAction({"a", 7, {RunModeGuard::bypass, {{kCommit, kScheduled}}}, body}, kSession), 7u);
+  EXPECT_EQ(guarded({RunModeGuard::bypass, {{kCommit, kScheduled}}}), 7u);
   ExpectInLog({"CA bypassed; run mode must not be 'MSIRUNMODE_COMMIT'.\n"});
   Reload();
-  EXPECT_EQ(RunAction({"b", 7, {RunModeGuard::error, {{kScheduled, kCommit}}}, body}, kSession), 1603u);
+  EXPECT_EQ(guarded({RunModeGuard::error, {{kScheduled, kCommit}}}), 1603u);
   ExpectInLog({"***CA execute error; run mode must not be 'MSIRUNMODE_SCHEDULED'.\n"});
   Reload();
   world.modes = {MSIRUNMODE_ROLLBACK};
-  EXPECT_EQ(RunAction({"c", 7, {RunModeGuard::error, {{kScheduled, kCommit}}}, body}, kSession), 99u);
+  EXPECT_EQ(guarded({RunModeGuard::error, {{kScheduled, kCommit}}}), 99u);
   for (const auto action : {iwiStartLogs, iwiSetTempLogPath, iwiPrintSummary}) {
     for (const int mode : {16, 17, 18}) {
-      Reload();
       world.modes = {mode};
-      EXPECT_EQ(action(kSession), 1603u);
+      ExpectRun(action, 1603);
     }
   }
 }
 
 TEST_F(FrameTest, AFailureWithoutAMessageOfItsOwnShowsTheGeneralOne) {
   PlaceMessageLibrary();
-  EXPECT_EQ(test(kSession), 1603u);  // silent: logged, no box
-  ExpectInLog({"Test CA: QVCA Test CA MB error: It failed.\n", "Test CA: Freeing NLS library\n"});
-  EXPECT_TRUE(world.boxes.empty());
-
-  world.properties["UILevel"] = "5";
+  ExpectRun(test, 1603, {}, {"Test CA: QVCA Test CA MB error: It failed.\n", "Test CA: Freeing NLS library\n"});
+  EXPECT_TRUE(world.boxes.empty());  // silent
   for (const auto &[code, language] : {std::pair{"French", 1036}, {"z", 2052}, {"j", 17}, {"", 1024}}) {
-    Reload();
-    world.properties["ZQVLANGUAGECODE"] = code;
-    EXPECT_EQ(test(kSession), 1603u);
+    ExpectRun(test, 1603, std::string("UILevel=5|ZQVLANGUAGECODE=") + code);
     EXPECT_EQ(world.boxes.back().language, language) << code;
   }
-  EXPECT_EQ(world.boxes.size(), 4u);
   EXPECT_EQ(world.boxes[0].text + world.boxes[0].caption, "It failed.Caption");
   EXPECT_EQ(world.boxes[0].type, 16u);
-
-  Reload();
-  world.modules.clear();  // no text: no box
-  EXPECT_EQ(test(kSession), 1603u);
-  EXPECT_EQ(world.boxes.size(), 4u);
-  ExpectInLog({"***iwiLoadNlsString LoadLibrary(C:\\temp\\zqvl0007.dll) failed 126 (ID '2041'). (ZQV4700)\n"});
-
-  Reload();
-  world.properties["ZQVTEMP"] = "temp";  // not absolute: nobody looks whether there is one
+  // No text: no box. And in a folder that is not absolute nobody looks whether there is one.
+  world.modules.clear();
   world.modules["temp\\zqvl0007.dll"].strings = {{2041, "Another's."}};
-  EXPECT_EQ(test(kSession), 1603u);
+  for (const std::string folder : {"C:\\temp", "temp"}) {
+    ExpectRun(test, 1603, "ZQVTEMP=" + folder,
+              {"***iwiLoadNlsString LoadLibrary(" + folder + "\\zqvl0007.dll) failed 126 (ID '2041'). (ZQV4700)\n"});
+  }
   EXPECT_EQ(world.boxes.size(), 4u);
-  ExpectInLog({"***iwiLoadNlsString LoadLibrary(temp\\zqvl0007.dll) failed 126 (ID '2041'). (ZQV4700)\n"});
 }
 
 TEST_F(FrameTest, CancelledCopyingTurnsSuccessIntoUserExit) {
   copyCancelled = TRUE;
-  EXPECT_EQ(iwiPrintSummary(kSession), 1602u);
-  Reload();
-  EXPECT_EQ(test(kSession), 1603u);
+  ExpectRun(iwiPrintSummary, 1602);
+  ExpectRun(test, 1603);
 }
 
 TEST_F(FrameTest, NothingThrownLeavesAnAction) {
@@ -179,21 +157,17 @@ TEST_F(FrameTest, NothingThrownLeavesAnAction) {
 }
 
 TEST_F(FrameTest, PauseWaitsInABox) {
-  EXPECT_EQ(iwiPause(kSession), 0u);
-  ASSERT_EQ(world.boxes.size(), 1u);
-  EXPECT_EQ(world.boxes[0].text + world.boxes[0].caption, "PauseDebug");
+  ExpectRun(iwiPause, 0);
+  EXPECT_EQ(world.boxes.at(0).text + world.boxes[0].caption, "PauseDebug");
 }
 
 UINT __stdcall FailExternally(MSIHANDLE session) { return session == kSession ? 1603 : 1; }
 
 class ExternalCopyTest : public FrameTest {
  protected:
-  /// Runs an action with ZQVEXTCA60000 set; the lines between the property reads and the action's own, user name left
-  /// out.
+  /// Runs an action with ZQVEXTCA60000 set; the lines between the property reads and the action's own.
   std::string RunWith(const std::string &folder, UINT expected) {
-    Reload();
-    world.properties["ZQVEXTCA60000"] = folder;
-    EXPECT_EQ(iwiUserExit(kSession), expected);
+    ExpectRun(iwiUserExit, expected, "ZQVEXTCA60000=" + folder);
     EXPECT_EQ(world.OpenHandles(), 0) << "neither the mutex nor the copy outlives the action";
     std::string lines = TakeLog("(CaProlog)");
     lines.erase(0, lines.find("from property table\n") + sizeof "from property table");
@@ -214,21 +188,23 @@ TEST_F(ExternalCopyTest, CarriesTheActionOut) {
 }
 
 TEST_F(ExternalCopyTest, WhatHindersItIsLoggedAndTheActionRunsHere) {
-  EXPECT_EQ(RunWith("C:\\none", 1602), "User name is 'tester'\nCan't find 'C:\\none\\zqviwicn.dll'\n");
+  const std::string user = "User name is 'tester'\n", old = "C:\\old";
   world.modules["copy\\zqviwicn.dll"];
-  EXPECT_EQ(RunWith("copy", 1602), "User name is 'tester'\nCan't find 'copy\\zqviwicn.dll'\n");
   world.modules["C:\\old\\zqviwicn.dll"];
-  EXPECT_EQ(RunWith("C:\\old", 1602), "User name is 'tester'\nCan't find proc 'C:\\old\\zqviwicn.dll(iwiUserExit)'\n");
-  world.failCall = {"GetProcAddress", 0, 5};
-  EXPECT_EQ(RunWith("C:\\old", 1602),
-            "User name is 'tester'\n***Unable to get proc 'C:\\old\\zqviwicn.dll(iwiUserExit)'; code 5.\n");
-  world.failCall = {"LoadLibraryExA", 0, 193};
-  EXPECT_EQ(RunWith("C:\\old", 1602), "User name is 'tester'\nLoadLibraryEx(C:\\old\\zqviwicn.dll) failed 193.\n");
-  world.failCall = {"CreateMutexA", 0, 5};
-  EXPECT_EQ(RunWith("C:\\old", 1602), "Can't create mutex 5\n");
+  for (const auto &[folder, call, code, lines] :
+       {std::tuple<std::string, const char *, DWORD, std::string>{"C:\\none", "", 0,
+                                                                  user + "Can't find 'C:\\none\\zqviwicn.dll'\n"},
+        {"copy", "", 0, user + "Can't find 'copy\\zqviwicn.dll'\n"},
+        {old, "", 0, user + "Can't find proc 'C:\\old\\zqviwicn.dll(iwiUserExit)'\n"},
+        {old, "GetProcAddress", 5, user + "***Unable to get proc 'C:\\old\\zqviwicn.dll(iwiUserExit)'; code 5.\n"},
+        {old, "LoadLibraryExA", 193, user + "LoadLibraryEx(C:\\old\\zqviwicn.dll) failed 193.\n"},
+        {old, "CreateMutexA", 5, "Can't create mutex 5\n"}}) {
+    Fail(call, code);
+    EXPECT_EQ(RunWith(folder, 1602), lines);
+  }
   world.failCall = {};
   world.mutexes.insert("ZQV_QVSeriesInstallation");
-  EXPECT_EQ(RunWith("C:\\old", 1602), "External invocation of 'zqviwicn.dll'\n");
+  EXPECT_EQ(RunWith(old, 1602), "External invocation of 'zqviwicn.dll'\n");
 }
 
 }  // namespace
