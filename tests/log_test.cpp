@@ -12,9 +12,7 @@ class LogTest : public LibraryTest {
 };
 
 TEST_F(LogTest, ALineGoesToEachLogThatCanBeOpened) {
-  world.properties["ZQVUSERTRACEPATH"] = " \"C:\\temp\\trace.log\" ";
-  world.properties["ZQVUSERLOGPATH"] = "C:\\temp";  // a folder
-  world.properties["ZQVTEMPLOGPATH"] = "Q:\\third.txt";
+  Set("ZQVUSERTRACEPATH= \"C:\\temp\\trace.log\" |ZQVUSERLOGPATH=C:\\temp|ZQVTEMPLOGPATH=Q:\\third.txt");
   LogLine("%s %n 100%");
   world.held.insert("C:\\temp\\trace.log");
   LogLine("lost");
@@ -34,8 +32,7 @@ TEST_F(LogTest, ALineGoesToEachLogThatCanBeOpened) {
 }
 
 TEST_F(LogTest, TheThirdLogCanMoveToTheDataFolderAndRetire) {
-  world.properties["ZQVTEMPLOGPATH"] = "C:\\temp\\third.txt";
-  world.properties["ZQVDATFOLDER"] = "C:\\data\\";
+  Set("ZQVTEMPLOGPATH=C:\\temp\\third.txt|ZQVDATFOLDER=C:\\data\\");
   world.MakeFolder("C:\\data");
   LogRaw("one");
   UseDataFolderLog();
@@ -113,18 +110,14 @@ TEST_F(LogTest, TheLastTempNameIsTheNumber65534) {
 
 TEST_F(LogTest, StartLogsFollowsItsSwitch) {
   const std::string traceLog = "C:\\new\\logs\\trace.log";
-  for (const auto &[trace, log, published] :
-       {std::tuple<std::string, const char *, std::string>{"", "", "C:\\temp\\zqvt0001.log"},
-        {"NONE", "none", ""},
-        {"C:\\temp\\cut.log\n.no", "", "C:\\temp\\cut.log"},
-        {" \"" + traceLog + "\" ", "C:\\temp\\user.log", traceLog}}) {
-    Reload();
-    world.properties["INSTALLTRACE"] = trace;
-    world.properties["INSTALLLOG"] = log;
+  for (const auto &[switches, published] :
+       {std::pair<std::string, std::string>{"INSTALLTRACE=|INSTALLLOG=", "C:\\temp\\zqvt0001.log"},
+        {"INSTALLTRACE=NONE|INSTALLLOG=none", ""},
+        {"INSTALLTRACE=C:\\temp\\cut.log\n.no|INSTALLLOG=", "C:\\temp\\cut.log"},
+        {"INSTALLTRACE= \"" + traceLog + "\" |INSTALLLOG=C:\\temp\\user.log", traceLog}}) {
     world.properties["ZQVUSERTRACEPATH"] = "";
-    EXPECT_EQ(iwiStartLogs(kSession), 0u);
-    EXPECT_EQ(world.properties["ZQVUSERTRACEPATH"], published);
-    EXPECT_EQ(world.properties["ZQVUSERLOGPATH"], "");
+    ExpectRun(iwiStartLogs, 0, switches);
+    EXPECT_EQ(Values({"ZQVUSERTRACEPATH", "ZQVUSERLOGPATH"}), published + "||");
     EXPECT_FALSE(world.Exists("none"));
   }
   // The user log lives as long as the action that named it; the trace log begins after the old one is gone.
@@ -134,31 +127,23 @@ TEST_F(LogTest, StartLogsFollowsItsSwitch) {
   EXPECT_TRUE(FileText(traceLog).ends_with("Property 'ZQVUSERTRACEPATH' value set to '" + traceLog + "'\r\n" + stamp +
                                            "Property 'INSTALLLOG' value 'C:\\temp\\user.log' from property table\r\n" +
                                            user));
-  Reload();
-  world.properties["INSTALLTRACE"] = "C:\\temp\\*";  // no pattern
-  EXPECT_EQ(iwiStartLogs(kSession), 0u);
+  ExpectRun(iwiStartLogs, 0, "INSTALLTRACE=C:\\temp\\*");  // no pattern
   EXPECT_TRUE(world.Exists("C:\\temp\\zqvt0001.log"));
-  Reload();
-  const std::string tooLong = world.properties["INSTALLTRACE"] = std::string(260, 'x');
-  EXPECT_EQ(iwiStartLogs(kSession), 1603u);
-  ExpectInLog({"***INSTALLTRACE value '" + tooLong + "' is longer than a path\n"});
+  const std::string tooLong(260, 'x');
+  ExpectRun(iwiStartLogs, 1603, "INSTALLTRACE=" + tooLong,
+            {"***INSTALLTRACE value '" + tooLong + "' is longer than a path\n"});
 }
 
 TEST_F(LogTest, TheTemporaryLogIsMergedAndDeletedUnlessKept) {
   for (const bool keep : {false, true}) {
-    Reload();
-    world.properties["ZQVKEEPTEMPLOG"] = keep ? "1" : "";
-    world.properties["ZQVTEMPFILENUM"] = "0007";
     world.WriteFile("C:\\temp\\zqvg0007.txt", "old");
-    EXPECT_EQ(iwiSetTempLogPath(kSession), 0u);
+    ExpectRun(iwiSetTempLogPath, 0, keep ? "ZQVTEMPFILENUM=0007|ZQVKEEPTEMPLOG=1" : "ZQVTEMPFILENUM=0007");
     EXPECT_EQ(FileText("C:\\temp\\zqvg0007.txt").find("old"), std::string::npos);
-    Reload();
     const std::string path = world.properties["ZQVTEMPLOGPATH"];
     world.WriteFile(path, "10:00:00 QVCA info x: early\rcut\r\n" + std::string(520, 'l') + "\n\nlast\r");
-    world.properties["ZQVUSERTRACEPATH"] = path;  // folding a log into itself must end
-    EXPECT_EQ(iwiUnSetTempLogPath(kSession), 0u);
-    ExpectInLog({"Messages from temporary log file '" + path + "':\n>>10:00:00 QVCA info x: early\n>>" +
-                 std::string(515, 'l') + "\n>>lllll\n>>\n>>last\n"});
+    ExpectRun(iwiUnSetTempLogPath, 0, "ZQVUSERTRACEPATH=" + path,  // folding a log into itself must end
+              {"Messages from temporary log file '" + path + "':\n>>10:00:00 QVCA info x: early\n>>" +
+               std::string(515, 'l') + "\n>>lllll\n>>\n>>last\n"});
     EXPECT_EQ(LogText().find(": Messages from", LogText().find(">>")), std::string::npos) << "more than there was";
     EXPECT_EQ(LogText().find("Deleted file: '" + path + "'\n") == std::string::npos, keep);
     world.properties["ZQVUSERTRACEPATH"] = "";
