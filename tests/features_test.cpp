@@ -32,8 +32,8 @@ class FeaturesTest : public LibraryTest {
     return iwiReadResponseFile(kIni);
   }
   /// The keywords' values, each in angle brackets; "-" for one that is not found.
-  std::string Values(std::initializer_list<const char *> keywords, bool exactCase = false,
-                     const char *stanza = "Response") {
+  std::string Answers(std::initializer_list<const char *> keywords, bool exactCase = false,
+                      const char *stanza = "Response") {
     std::string values, value;
     for (const char *keyword : keywords) {
       values += iwiGetResponseValue(exactCase, stanza, keyword, value) ? "<" + value + ">" : "-" + value;
@@ -47,8 +47,8 @@ TEST_F(FeaturesTest, LinesOfAResponseFile) {
   world.environment = {{"P", "C:\\p"}, {"SELF", "%SELF%"}, {"LONG", longest}};
   EXPECT_TRUE(Read("[Response]x\r\na=v\r\n \tb =  \" v w \" \"\t\nc=\"\"v\"\nd=v\"\ne=\"\nf=a=b;c\ng=a\rb\nh=a\0b\n"s +
                    " /r= x \n/q\n-Quiet\n/ y\n ;i=v\n;j\n#j\n \t\n\r\nl=%P%\\a%NONE%\nm=%SELF%\nn=%LONG%\n" + longest));
-  EXPECT_EQ(Values({"A", "b", "c", "d", "e", "f", "g", "h"}), "<v>< v w><\"v><v><><a=b;c><a><a>");
-  EXPECT_EQ(Values({"-R", "-q", "-", ";i", "L", "m", "n", "k"}),
+  EXPECT_EQ(Answers({"A", "b", "c", "d", "e", "f", "g", "h"}), "<v>< v w><\"v><v><><a=b;c><a><a>");
+  EXPECT_EQ(Answers({"-R", "-q", "-", ";i", "L", "m", "n", "k"}),
             "<= x><uiet><y><v><C:\\p\\a%NONE%><%SELF%><" + longest + ">" + value);
   for (const auto &[text, values] : {std::pair{longest + "l=x", value + "<x>"},
                                      {"k=v\nK=a\nk=", "<>-"},
@@ -56,22 +56,22 @@ TEST_F(FeaturesTest, LinesOfAResponseFile) {
                                      {"k=v\n[RESPONSE] \nl=w", "-<w>"},  // the newer stanza hides the older
                                      {"k=v\n[ Response]\nk=w", "<v>-"}}) {
     EXPECT_TRUE(Read("[Response]\n" + text)) << text;
-    EXPECT_EQ(Values({"k", "l"}), values) << text;
+    EXPECT_EQ(Answers({"k", "l"}), values) << text;
   }
   EXPECT_EQ(Lines(), "");
   EXPECT_FALSE(Read("[Response]\n" + longest + "\nbad\n = v\n\xEF\xBB\xBF[Response]\nl=w"));
   EXPECT_EQ(Lines(), kNeither + "No keyword in line\n" + kNeither);
-  EXPECT_EQ(Values({"k", "l"}), value + "<w>");
+  EXPECT_EQ(Answers({"k", "l"}), value + "<w>");
   EXPECT_FALSE(Read("[]\nk=v"));
-  EXPECT_EQ(Lines() + Values({"k"}, true, ""), "No stanza name\n<v>");
+  EXPECT_EQ(Lines() + Answers({"k"}, true, ""), "No stanza name\n<v>");
   EXPECT_TRUE(Read("[a]\nKey=1\nkey=2\nKEY=3\n[b]\nkey=4\n"));
-  EXPECT_EQ(Values({"key", "Key", "kEy"}, true, "A") + Values({"kEy"}, false, "a"), "<2><1>-<3>");
+  EXPECT_EQ(Answers({"key", "Key", "kEy"}, true, "A") + Answers({"kEy"}, false, "a"), "<2><1>-<3>");
   // A missing keyword is told rather than a failed expansion, and that rather than a missing stanza.
   world.failCall = {"ExpandEnvironmentStringsA", 0, 8};
   EXPECT_FALSE(Read("=%P%\nk=%P%\nk=v\n[Response]\nk=%P%\nl=w"));
   const std::string failed = "***Unable to expand environment strings (code 8) for '%P%'\n";
   EXPECT_EQ(Lines(), "No keyword in line\n" + failed + "No stanza\n" + failed);
-  EXPECT_EQ(Values({"k", "l"}), "-<w>");
+  EXPECT_EQ(Answers({"k", "l"}), "-<w>");
 }
 
 TEST_F(FeaturesTest, AResponseFileIsReadOnce) {
@@ -79,12 +79,12 @@ TEST_F(FeaturesTest, AResponseFileIsReadOnce) {
   world.WriteFile(kIni, "[Response]\nk=v\nbad");
   world.held.insert(kIni);
   EXPECT_FALSE(iwiReadResponseFile(kIni));
-  EXPECT_EQ(Values({"k"}), "-");
+  EXPECT_EQ(Answers({"k"}), "-");
   world.held.clear();
   EXPECT_FALSE(iwiReadResponseFile(kIni));
   world.WriteFile(kIni, "[Response]\nk=w");
   EXPECT_TRUE(iwiReadResponseFile(kIni));
-  EXPECT_EQ(Values({"k"}), "<v>");
+  EXPECT_EQ(Answers({"k"}), "<v>");
   Unload();
   LoadInSession();
   Fail("fread", 5);
@@ -101,9 +101,9 @@ TEST_F(FeaturesTest, LargeResponseFilesAreSurvived) {
     lines += "k" + number + "=" + number + "\n";
   }
   EXPECT_TRUE(Read(stanzas));
-  EXPECT_EQ(Values({"k"}) + Values({"K"}, true, "s7") + Values({"k"}, false, "S65535"), "<v>-<65535>");
+  EXPECT_EQ(Answers({"k"}) + Answers({"K"}, true, "s7") + Answers({"k"}, false, "S65535"), "<v>-<65535>");
   EXPECT_FALSE(Read(lines + std::string(200000, 'x')));
-  EXPECT_EQ(Values({"k0", "K65535", "k65536"}), "<0><65535>-");
+  EXPECT_EQ(Answers({"k0", "K65535", "k65536"}), "<0><65535>-");
 }
 
 TEST(ResponseFileFuzz, CorpusIsSurvived) {
@@ -118,12 +118,9 @@ TEST(ResponseFileFuzz, CorpusIsSurvived) {
 }
 
 TEST_F(FeaturesTest, AWrittenResponseFileGivesTheSameAnswers) {
-  world.properties = {{"SAVEINI", " \"C:\\temp\\r.ini\" "},
-                      {"ZQVPGMFOLDER", "C:\\p q\\"},
-                      {"ZQVDATFOLDER", "C:\\d"},
-                      {"KEEPQMDATA", "delete"},
-                      {"WIZPARMFILE", " w "},
-                      {"HIGHCONTRAST", "1"}};
+  world.properties = Properties(
+      "SAVEINI= \"C:\\temp\\r.ini\" |ZQVPGMFOLDER=C:\\p q\\|ZQVDATFOLDER=C:\\d|KEEPQMDATA=delete|WIZPARMFILE= w |"
+      "HIGHCONTRAST=1");
   const std::tuple<const char *, int, int> states[] = {
       {"Base", 2, 3},        {"Server", 3, -1}, {"Explorer", 3, 2}, {"Client", -1, 4},
       {"FTA_Client", 3, -4}, {"JavaMsg", 3, 1}, {"Toolkit", 1, 0},  {"docs_de_de_eclipse", 0, -1}};
@@ -148,26 +145,23 @@ TEST_F(FeaturesTest, AWrittenResponseFileGivesTheSameAnswers) {
   world.properties = {{"USEINI", kIni}};
   std::string value;
   EXPECT_TRUE(GetPropertyWithResponse("ADDSOURCE", value));
-  EXPECT_EQ(value + Values({"pgmfolder", "LogFolder", "WIZPARMFILE"}), "Client,FTA_Client<C:\\p q><>-");
+  EXPECT_EQ(value + Answers({"pgmfolder", "LogFolder", "WIZPARMFILE"}), "Client,FTA_Client<C:\\p q><>-");
 }
 
 TEST_F(FeaturesTest, AResponseFileThatCannotBeWrittenFails) {
-  const auto fail = [&](const std::string &path, const char *line) {
-    Reload();
-    world.properties["SAVEINI"] = path;
-    EXPECT_EQ(iwiWriteResponseFile(kSession), 1603u);
-    ExpectInLog({line});
-  };
-  fail("", "Writing response file ''\niwiWriteResponseFile: ***Can't open ''\n");
-  fail("C:\\temp", "***Can't open 'C:\\temp'\n");
+  ExpectRun(iwiWriteResponseFile, 1603,
+            "SAVEINI=", {"Writing response file ''\niwiWriteResponseFile: ***Can't open ''\n"});
+  ExpectRun(iwiWriteResponseFile, 1603, "SAVEINI=C:\\temp", {"***Can't open 'C:\\temp'\n"});
+  const std::string path = "SAVEINI=C:\\temp\\r.ini";
   Fail("fwrite", 112);
-  fail(kIni, "***Error writing 'C:\\temp\\r.ini'\n");
-  world.failCall = {"MsiGetFeatureStateA", world.callCount["MsiGetFeatureStateA"] + 2, 87};
-  fail(kIni,
-       ": Error 87 from MsiGetFeatureState(Server)\niwiWriteResponseFile: 'FTA_Server' Installed: 2 Action: -1\n");
+  ExpectRun(iwiWriteResponseFile, 1603, path, {"***Error writing 'C:\\temp\\r.ini'\n"});
+  Fail("MsiGetFeatureStateA", 87, 2);
+  ExpectRun(
+      iwiWriteResponseFile, 1603, path,
+      {": Error 87 from MsiGetFeatureState(Server)\niwiWriteResponseFile: 'FTA_Server' Installed: 2 Action: -1\n"});
   EXPECT_NE(world.ReadFile(kIni)->find("REMOVE=\"Base,FTA_Server,Explorer,"), std::string::npos);
-  world.properties["LAUNCHWIZ"] = std::string(260, 'x');
-  fail(kIni, "***msiGetProperty('LAUNCHWIZ') failed (234)\n");
+  ExpectRun(iwiWriteResponseFile, 1603, "LAUNCHWIZ=" + std::string(260, 'x'),
+            {"***msiGetProperty('LAUNCHWIZ') failed (234)\n"});
   EXPECT_EQ(world.ReadFile(kIni), "");
 }
 
@@ -175,34 +169,29 @@ TEST_F(FeaturesTest, PresetsChooseByProduct) {
   const std::string server = "+Base+Server-FTA_Server", onlyClient = "+Base+Client";
   const std::string fromServer = "+Base-Server-FTA_Server-Explorer-FTA_Client+Client";
   const std::string least = "-JavaMsg-Toolkit", most = "+Toolkit+JavaMsg";
-  struct Case {
-    const char *client, *product, *version, *installed, *type;  // the last is the registry's
-    std::string choices;
-  };
-  const auto expect = [&](UINT (*preset)(MSIHANDLE), const Case &c) {
-    Reload();
-    world.properties = {
-        {"ZQVCLIENT", c.client}, {"ZQVPRODUCT", c.product}, {"VersionNT", c.version}, {"Installed", c.installed}};
-    world.registry["hklm\\Software\\Korvex\\QVSeries\\CurrentVersion"]["ProductType"] = RegistryValue::Text(c.type);
-    EXPECT_EQ(preset(kSession), 0u);
+  const std::string typical = server + "+Explorer-Client-FTA_Client" + most;
+  // The product type that the registry has, the properties, and the choices.
+  const std::tuple<EntryPoint, const char *, std::string, std::string> cases[] = {
+      {iwiSetFeaturesMinimum, "", "ZQVCLIENT=0|ZQVPRODUCT=server", server + "-Explorer-Client-FTA_Client" + least},
+      {iwiSetFeaturesMinimum, "", "ZQVCLIENT=YES|ZQVPRODUCT= SERVER|VersionNT=501", fromServer + least},
+      {iwiSetFeaturesMinimum, "", "ZQVCLIENT=1|ZQVPRODUCT=xa|VersionNT=501", onlyClient + least},
+      {iwiSetFeaturesTypical, "server", "ZQVPRODUCT=CLIENT|VersionNT=501", onlyClient + most},
+      {iwiSetFeaturesTypical, "server", "ZQVPRODUCT=server", fromServer + most},
+      {iwiSetFeaturesTypical, "Client", "ZQVPRODUCT=server|VersionNT=501|Installed=00:00:00", fromServer + most},
+      {iwiSetFeaturesTypical, "client", "ZQVCLIENT=maybe|ZQVPRODUCT=client|Installed=1", typical},
+      {iwiSetFeaturesTypical, "client", "ZQVPRODUCT=server|VersionNT=501", typical},
+      {iwiSetFeaturesTypical, "server", "VersionNT=501|Installed=1", typical}};
+  for (const auto &[preset, type, given, choices] : cases) {
+    world.properties.clear();
+    world.registry["hklm\\Software\\Korvex\\QVSeries\\CurrentVersion"]["ProductType"] = RegistryValue::Text(type);
+    ExpectRun(preset, 0, given);
     std::string made;
     for (const std::string &line : world.installerLog) {
-      const std::size_t set = line.find("' feature state set to INSTALLSTATE_");
-      const std::size_t name = line.find(": '") + 3;
+      const std::size_t set = line.find("' feature state set to INSTALLSTATE_"), name = line.find(": '") + 3;
       made += set == std::string::npos ? "" : (line.ends_with("_LOCAL") ? "+" : "-") + line.substr(name, set - name);
     }
-    EXPECT_EQ(made, c.choices) << LogText();
-  };
-  expect(iwiSetFeaturesMinimum, {"0", "server", "", "", "", server + "-Explorer-Client-FTA_Client" + least});
-  expect(iwiSetFeaturesMinimum, {"YES", " SERVER", "501", "", "", fromServer + least});
-  expect(iwiSetFeaturesMinimum, {"1", "xa", "501", "", "", onlyClient + least});
-  expect(iwiSetFeaturesTypical, {"", "CLIENT", "501", "", "server", onlyClient + most});
-  expect(iwiSetFeaturesTypical, {"", "server", "", "", "server", fromServer + most});
-  expect(iwiSetFeaturesTypical, {"", "server", "501", "00:00:00", "Client", fromServer + most});
-  const std::string typical = server + "+Explorer-Client-FTA_Client" + most;
-  expect(iwiSetFeaturesTypical, {"maybe", "client", "", "1", "client", typical});
-  expect(iwiSetFeaturesTypical, {"", "server", "501", "", "client", typical});
-  expect(iwiSetFeaturesTypical, {"", "", "501", "1", "server", typical});
+    EXPECT_EQ(made, choices) << LogText();
+  }
   EXPECT_EQ(world.properties["INSTALLLEVEL"], "100");
   EXPECT_EQ(world.installLevels, std::vector<int>(9, 100));
 }

@@ -60,17 +60,11 @@ TEST_F(FrameTest, EveryRunModeHasItsNameAndItsPlace) {
   };
   const std::string user = "User name is 'tester'\n";
   std::string deferred = user, immediate = user;
-  for (const auto &[mode, name] : {std::pair(16, "SCHEDULED"),
-                                   {18, "COMMIT"},
-                                   {17, "ROLLBACK"},
-                                   {7, "REBOOTNOW"},
-                                   {6, "REBOOTATEND"},
-                                   {5, "OPERATIONS"},
-                                   {4, "LOGENABLED"},
-                                   {3, "ROLLBACKENABLED"},
-                                   {2, "MAINTENANCE"},
-                                   {1, "ADVERTISE"},
-                                   {0, "ADMIN"}}) {
+  const std::pair<int, const char *> names[] = {
+      {16, "SCHEDULED"},  {18, "COMMIT"},    {17, "ROLLBACK"},  {7, "REBOOTNOW"},
+      {6, "REBOOTATEND"}, {5, "OPERATIONS"}, {4, "LOGENABLED"}, {3, "ROLLBACKENABLED"},
+      {2, "MAINTENANCE"}, {1, "ADVERTISE"},  {0, "ADMIN"}};
+  for (const auto &[mode, name] : names) {
     const std::string line = "MSIRUNMODE_" + std::string(name) + "\n";
     EXPECT_EQ(logged({mode}), user + line);
     (mode < 16 ? immediate : deferred) += line;

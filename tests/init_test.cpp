@@ -234,18 +234,14 @@ TEST_F(InitTest, VersionsAndServiceLevels) {
 }
 
 TEST_F(InitTest, EachReadHasItsLongestValue) {
-  for (const auto &[length, names] :
-       {std::pair<std::size_t, std::vector<const char *>>{64, {"ONLYINI"}},
-        {260, {"MsiNTProductType", "UpgradeCode", "ProductVersion", "Installed", "SystemLanguageID", "ZQVLICENSETYPE"}},
-        {260, {"PATCH", "ZQVCLIENT", "VersionNT", "SAVEINI", "UILevel", "KEEPWEBDATA", "REINSTALLMODE", "USEINI"}},
-        {260, {"STARTSERVICE", "STARTTASKBAR", "ZQVSERVICESHIPLEVEL"}},
-        {516, {"HIGHCONTRAST", "USERCHOICE", "AGREETOLICENSE", "ZQVCHECKMSCS", "ZQVCHECKPUBSUB", "KEEPQMDATA"}},
-        {516, {"WIZPARMFILE"}},
-        {2048, {"REMOVE", "ADDLOCAL", "ADDSOURCE", "ADDDEFAULT", "REINSTALL", "ADVERTISE"}}}) {
-    for (const char *name : names) {
-      ExpectLength(iwiInstallInitPri, name, length);
-    }
-  }
+  ExpectLength(iwiInstallInitPri, 64, "ONLYINI");
+  ExpectLength(iwiInstallInitPri, 260,
+               "MsiNTProductType UpgradeCode ProductVersion Installed SystemLanguageID ZQVLICENSETYPE PATCH ZQVCLIENT "
+               "VersionNT SAVEINI UILevel KEEPWEBDATA REINSTALLMODE USEINI STARTSERVICE STARTTASKBAR "
+               "ZQVSERVICESHIPLEVEL");
+  ExpectLength(iwiInstallInitPri, 516,
+               "HIGHCONTRAST USERCHOICE AGREETOLICENSE ZQVCHECKMSCS ZQVCHECKPUBSUB KEEPQMDATA WIZPARMFILE");
+  ExpectLength(iwiInstallInitPri, 2048, "REMOVE ADDLOCAL ADDSOURCE ADDDEFAULT REINSTALL ADVERTISE");
 }
 
 TEST_F(InitTest, EachLanguageIdentifierHasItsCodeAndLetter) {

@@ -62,33 +62,26 @@ TEST_F(PropertyTest, EachReadHasItsLongestValue) {
   const auto stack = [](MSIHANDLE) -> UINT { return iwiStackFilesForDeletion("C:\\a\\x", "c", 1); };
   Set("ZQVTEMPFILENUM=0007|ZQVPROPERTYNAMELIST1=PLAIN;PGMFOLDER|SAVEINI=C:\\temp\\r.ini");
   world.modules["C:\\temp\\zqvl0007.dll"].strings = {{2041, "It failed."}};
-  for (const auto &[action, length, names] :
-       {std::tuple<EntryPoint, std::size_t, std::vector<const char *>>{
-            iwiUserExit, 260, {"ProductName", "ZQVEXTCA60000"}},
-        {iwiStartLogs, 260, {"USEINI"}},
-        {iwiStartLogs, 516, {"INSTALLTRACE", "INSTALLLOG"}},
-        {iwiUnSetTempLogPath, 32, {"ZQVKEEPTEMPLOG", "ZQVTEMPFILENUM"}},
-        {iwiWriteDeferredProperties, 260, {"ZQVTEMP", "PLAIN"}},
-        {iwiWriteDeferredProperties, 516, {"PGMFOLDER"}},
-        {iwiWriteDeferredProperties, 2048, {"ZQVPROPERTYNAMELIST1", "ZQVPROPERTYNAMELIST2", "ZQVPROPERTYNAMELIST3"}},
-        {iwiWriteResponseFile, 260, {"SAVEINI", "ZQVLOGFOLDER", "KEEPWEBDATA", "STARTTASKBAR", "HIGHCONTRAST"}},
-        {iwiSetFeaturesTypical, 32, {"ZQVPRODUCT"}},
-        {iwiSetFeaturesTypical, 260, {"ZQVCLIENT", "VersionNT"}},
-        {iwiStopIfOnlyIni, 260, {"UILevel", "ONLYINI"}},
-        {iwiStopAllQv, 260, {"ZQVPGMFOLDER", "ZQVDATFOLDER", "ZQVPREVPGM"}},
-        {iwiStopAllQv, 16, {"ZQVPREVVERSION"}},
-        {iwiSetZqvBoot, 64, {"ReplacedInUseFiles"}},
-        {stack, 260, {"ZQVRECORDCOUNTER"}},
-        {stack, 32, {"ZQVPROPERTYCOUNTER"}}}) {
-    for (const char *name : names) {
-      ExpectLength(action, name, length);
-    }
-  }
+  ExpectLength(iwiUserExit, 260, "ProductName ZQVEXTCA60000");
+  ExpectLength(iwiStartLogs, 260, "USEINI");
+  ExpectLength(iwiStartLogs, 516, "INSTALLTRACE INSTALLLOG");
+  ExpectLength(iwiUnSetTempLogPath, 32, "ZQVKEEPTEMPLOG ZQVTEMPFILENUM");
+  ExpectLength(iwiWriteDeferredProperties, 260, "ZQVTEMP PLAIN");
+  ExpectLength(iwiWriteDeferredProperties, 516, "PGMFOLDER");
+  ExpectLength(iwiWriteDeferredProperties, 2048, "ZQVPROPERTYNAMELIST1 ZQVPROPERTYNAMELIST2 ZQVPROPERTYNAMELIST3");
+  ExpectLength(iwiWriteResponseFile, 260, "SAVEINI ZQVLOGFOLDER KEEPWEBDATA STARTTASKBAR HIGHCONTRAST");
+  ExpectLength(iwiSetFeaturesTypical, 32, "ZQVPRODUCT");
+  ExpectLength(iwiSetFeaturesTypical, 260, "ZQVCLIENT VersionNT");
+  ExpectLength(iwiStopIfOnlyIni, 260, "UILevel ONLYINI");
+  ExpectLength(iwiStopAllQv, 260, "ZQVPGMFOLDER ZQVDATFOLDER ZQVPREVPGM");
+  ExpectLength(iwiStopAllQv, 16, "ZQVPREVVERSION");
+  ExpectLength(iwiSetZqvBoot, 64, "ReplacedInUseFiles");
+  ExpectLength(stack, 260, "ZQVRECORDCOUNTER");
+  ExpectLength(stack, 32, "ZQVPROPERTYCOUNTER");
   world.properties["UILevel"] = "5";
-  ExpectLength(test, "UILevel", 516);
-  ExpectLength(test, "ZQVLANGUAGECODE", 516);
+  ExpectLength(test, 516, "UILevel ZQVLANGUAGECODE");
   world.modes = {MSIRUNMODE_ROLLBACK};
-  ExpectLength(iwiUserExit, "CustomActionData", 324);
+  ExpectLength(iwiUserExit, 324, "CustomActionData");
 }
 
 TEST_F(PropertyTest, AValueListIsLoadedOnceAndTriedAgainAfterAFailure) {
@@ -231,18 +224,19 @@ TEST_F(MessageTest, InsertsAreFilledOrTheFormatIsGiven) {
 }
 
 TEST(TextTest, PathsAreTidied) {
-  for (const auto &[given, without, with] : {std::tuple("", "", "\\"),
-                                             {"   ", "", "\\"},
-                                             {"\"", "", "\\"},
-                                             {" \"C:\\a b\\\" ", "C:\\a b", "C:\\a b\\"},
-                                             {" \tC:\t ", "\tC:\t", "\tC:\t\\"},
-                                             {"C:\\", "C:", "C:\\"},
-                                             {"C:\\\\\\a\\\\b", "C:\\a\\b", "C:\\a\\b\\"},
-                                             {"\\\\\\\\server\\share", "\\\\server\\share", "\\\\server\\share\\"},
-                                             {"C:/a", "C:/a", "C:/a\\"}}) {
+  const std::pair<std::string, std::string> paths[] = {{"", ""},
+                                                       {"   ", ""},
+                                                       {"\"", ""},
+                                                       {" \"C:\\a b\\\" ", "C:\\a b"},
+                                                       {" \tC:\t ", "\tC:\t"},
+                                                       {"C:\\", "C:"},
+                                                       {"C:\\\\\\a\\\\b", "C:\\a\\b"},
+                                                       {"\\\\\\\\server\\share", "\\\\server\\share"},
+                                                       {"C:/a", "C:/a"}};
+  for (const auto &[given, tidied] : paths) {
     std::string path = given;
-    EXPECT_EQ(Trimmed(path), without);
-    EXPECT_EQ(iwiTidyPath(kWithBackslash, path), with);
+    EXPECT_EQ(Trimmed(path), tidied);
+    EXPECT_EQ(iwiTidyPath(kWithBackslash, path), tidied + "\\");
   }
 }
 
@@ -257,15 +251,10 @@ TEST(TextTest, AFolderIsAbsoluteWhenItIsTheSameFromEverywhere) {
 }
 
 TEST(TextTest, NumbersAreReadWithoutThrowing) {
-  for (const auto &[text, value] : {std::pair("", 0),
-                                    {" 12x", 12},
-                                    {"-7", -7},
-                                    {"+7", 7},
-                                    {"x", 0},
-                                    {"2147483647", 2147483647},
-                                    {"99999999999999999999", 2147483647},
-                                    {"-99999999999999999999", -2147483647 - 1}}) {
-    EXPECT_EQ(DecimalValue(text), value) << text;
+  for (const auto &[text, value] :
+       Properties("=0| 12x=12|-7=-7|+7=7|x=0|2147483647=2147483647|99999999999999999999=2147483647|"
+                  "-99999999999999999999=-2147483648")) {
+    EXPECT_EQ(std::to_string(DecimalValue(text)), value) << text;
   }
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -119,17 +120,21 @@ class LibraryTest : public testing::Test {
     world.failCall = {call, nth, code};
   }
 
-  /// The action reads a property of one character less than `length`, and says of one more that it cannot.
-  void ExpectLength(EntryPoint action, const std::string &property, std::size_t length) {
+  /// The action reads each of these properties with one character less than `length`, and says of one more that it
+  /// cannot.
+  void ExpectLength(EntryPoint action, std::size_t length, const std::string &properties) {
     const auto before = world.properties;
-    for (const std::size_t size : {length - 1, length}) {
-      Reload();
-      world.properties = before;
-      world.properties[property] = std::string(size, 'x');
-      action(kSession);
-      const auto logs = [&](const std::string &text) { return LogText().find(text) != std::string::npos; };
-      EXPECT_TRUE(size == length || logs("Property '" + property + "' value 'xxx")) << property;
-      EXPECT_EQ(logs("***msiGetProperty('" + property + "') failed (234)\n"), size == length) << property;
+    std::istringstream names(properties);
+    for (std::string name; names >> name;) {
+      for (const std::size_t size : {length - 1, length}) {
+        Reload();
+        world.properties = before;
+        world.properties[name] = std::string(size, 'x');
+        action(kSession);
+        const auto logs = [&](const std::string &text) { return LogText().find(text) != std::string::npos; };
+        EXPECT_TRUE(size == length || logs("Property '" + name + "' value 'xxx")) << name;
+        EXPECT_EQ(logs("***msiGetProperty('" + name + "') failed (234)\n"), size == length) << name;
+      }
     }
     world.properties = before;
   }

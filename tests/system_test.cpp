@@ -143,11 +143,11 @@ TEST_F(SystemTest, BytesBecomeHexadecimalTextAndVersionsAreCompared) {
   std::string text = "old";
   EXPECT_EQ(iwiHexText(text, reinterpret_cast<const BYTE *>("\x00\x9f\xFA"), 3), "009FFA");
   EXPECT_EQ(iwiHexText(text, nullptr, 0), "");
-  using Case = std::tuple<const char *, const char *, int>;
-  for (const auto &[a, b, order] :
-       {Case("6.0.1", "6.0.1.0", 0), Case("6.0.10", "6.0.9", 1), Case("6.0.0.0.1", "6.0.0.0.2", 0),
-        Case("5.9", "6", -1), Case("", "0.0", 0), Case("..1", "0.0.1", 0), Case("1.x.2", "1.0.2", 0),
-        Case("99999999999", "1", 1), Case("1.0.0.1", "1", 1), Case("1.-1", "1", -1)}) {
+  const std::tuple<const char *, const char *, int> versions[] = {
+      {"6.0.1", "6.0.1.0", 0}, {"6.0.10", "6.0.9", 1},       {"5.9", "6", -1},    {"", "0.0", 0},
+      {"..1", "0.0.1", 0},     {"1.x.2", "1.0.2", 0},        {"1.0.0.1", "1", 1}, {"1.-1", "1", -1},
+      {"99999999999", "1", 1}, {"6.0.0.0.1", "6.0.0.0.2", 0}};
+  for (const auto &[a, b, order] : versions) {
     EXPECT_EQ(iwiCompareVersions(a, b), order) << a << " " << b;
     EXPECT_EQ(iwiCompareVersions(b, a), -order) << a << " " << b;
   }
