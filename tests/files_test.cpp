@@ -241,19 +241,42 @@ Stacked file for deletion upon reboot: 'C:\a\s\1.txt'
 TEST_F(FilesTest, AWalkThatMeetsAnErrorGoesOn) {
   const std::string files = "Deleted file: 'C:\\a\\2.txt'\nDeleted file: 'C:\\a\\1.txt'\n",
                     below = "Deleted file: 'C:\\a\\t\\u\\1.txt'\nDeleted file: 'C:\\a\\s\\1.txt'\n";
-  const std::tuple<DWORD, int, bool, std::string> cases[] = {
+  const std::tuple<DWORD, int, bool, std::string> deletions[] = {
       {3, 2, true, files},
       {5, 2, false, files + "***FindFirstFile(7) error 5, path 'C:\\a\\*'\n"},
       {5, 1, true, ""},  // what may not be searched is passed over with all below
       {21, 1, false, "***FindFirstFile(6) error 21, path 'C:\\a\\?.txt'\n" + below}};
-  for (const auto &[code, nth, result, lines] : cases) {
+  for (const auto &[code, nth, result, lines] : deletions) {
     world.WriteFile("C:\\a\\1.txt", "");
     world.WriteFile("C:\\a\\2.txt", "");
     Fail("FindFirstFileA", code, nth);
     EXPECT_EQ(DeleteTree("C:\\a\\?.txt", true, false), result);
     EXPECT_EQ(Lines(), lines);
   }
-  world.failCall = {};
+  const std::tuple<const char *, DWORD, int, UINT, const char *> copies[] = {
+      {"CopyFileExA", 5, 1, 1603u, "***Error ERROR_ACCESS_DENIED copying '1.txt'\n"},
+      {"CopyFileExA", 1223, 2, 1603u, "***Error ERROR_CANCELLED copying '2.txt'\n"},
+      {"FindFirstFileA", 5, 1, 1603u, "***FindFirstFile(8) error 5, path 'C:\\a\\*'\n"},
+      {"FindFirstFileA", 3, 1, 0u, "to 'C:\\n\\'\nCreated 'C:\\n'\nCopying pattern"},
+      {"FindFirstFileA", 21, 2, 1603u, "***FindFirstFile(9) error 21, path 'C:\\a\\*'\n"},
+      {"CreateDirectoryA", 112, 1, 1603u, "***Error 112 creating 'C:\\n'\n"}};
+  for (const auto &[call, code, nth, result, line] : copies) {
+    world.Remove("C:\\n");
+    Fail(call, code, nth);
+    EXPECT_EQ(iwiCopyPattern("C:\\a", "C:\\n", "*", true), result) << line;
+    EXPECT_NE(Lines().find(line), std::string::npos) << line;
+    EXPECT_EQ(world.Exists("C:\\n\\3.log"), nth == 2 || std::string_view(call) == "CopyFileExA");
+  }
+  for (const bool recurse : {false, true}) {  // the search itself breaks off
+    Fail("FindNextFileA", 1117, recurse ? 7 : 1);
+    EXPECT_EQ(iwiCopyPattern("C:\\a", "C:\\n", "*", recurse), 1603u);
+    EXPECT_EQ(world.failedCall, "FindNextFileA");
+    Fail("FindNextFileA", 1117, recurse ? 7 : 1);
+    EXPECT_FALSE(DeleteTree("C:\\a\\*", true, false));
+  }
+}
+
+TEST_F(FilesTest, WhatVanishesUnderAWalkIsNoError) {
   world.onCall = [this](std::string_view call) {  // the others vanish as the first one goes
     if (call == "DeleteFileA" && world.Exists("C:\\a\\t")) {
       world.Remove("C:\\a\\t");
@@ -270,18 +293,18 @@ TEST_F(FilesTest, ATreeCannotLeadTheWalkOutOfIt) {
   world.MakeJunction("C:\\link", "C:\\keep");
   World::codePage = 932;
   Node &odd = world.MakeFolder("C:\\a\\t");
-  for (const char *name : {".. ", "..\\keep", " .", "...", "x\\y", "?", "\x83"}) {
-    odd.entries[name] = std::make_shared<Node>(Node{.attributes = FILE_ATTRIBUTE_DIRECTORY});
-  }
-  for (const char *name : {"*", "..\\..\\keep\\1.txt", "1.txt."}) {
-    (*name == '*' ? world.MakeFolder("C:\\a\\s") : odd).entries[name] = std::make_shared<Node>();
+  const std::string names[] = {".. ",   "..\\keep", " .", "...", "x\\y", "?", "\x83", "*", "..\\..\\keep\\1.txt",
+                               "1.txt."};
+  for (const std::string &name : names) {
+    const DWORD attributes = name == "*" || name.find("1.txt") != std::string::npos ? 0 : FILE_ATTRIBUTE_DIRECTORY;
+    (name == "*" ? world.MakeFolder("C:\\a\\s") : odd).entries[name] = std::make_shared<Node>(Node{attributes});
   }
   // A copy tells of each, and tries those that no other file can be taken for.
   EXPECT_EQ(iwiCopyPattern("C:\\a", "C:\\n", "*", true), 1603u);
   EXPECT_EQ(world.callCount["CopyFileExA"], 6);
   EXPECT_FALSE(world.Exists("C:\\n\\keep") || world.Exists("C:\\n\\t\\1.txt"));
-  for (const char *name : {".. ", "..\\keep", " .", "...", "x\\y", "?", "\x83", "*", "..\\..\\keep\\1.txt", "1.txt."}) {
-    ExpectInLog({"***Error 123 copying '" + std::string(name) + "'\n"});
+  for (const std::string &name : names) {
+    ExpectInLog({"***Error 123 copying '" + name + "'\n"});
   }
   EXPECT_TRUE(DeleteTree("C:\\a\\*"));
   EXPECT_TRUE(DeleteTree("C:\\link\\*"));
@@ -330,11 +353,12 @@ TEST_F(FilesTest, NobodyCanSwapALinkInUnderAWalk) {
 }
 
 TEST_F(FilesTest, WhatIsInAFolderThatCannotBeHeldIsNotTouched) {
-  const std::tuple<bool, int, DWORD, int, const char *> cases[] = {
-      {true, 2, 32, 0,
+  const char deleted[] = "Deleted file: 'C:\\a\\1.txt'\nDeleted file: 'C:\\a\\s\\1.txt'\n";
+  const std::tuple<bool, int, DWORD, UINT, const char *> cases[] = {
+      {true, 2, 32, FALSE,
        "***FindFirstFile(6) error 32, path 'C:\\a\\t\\*'\n***FindFirstFile(7) error 32, path 'C:\\a\\t\\*'"},
-      {true, 2, 5, 1, "Deleted file: 'C:\\a\\1.txt'\nDeleted file: 'C:\\a\\s\\1.txt'\n"},
-      {true, 2, 2, 1, "Deleted file: 'C:\\a\\1.txt'\nDeleted file: 'C:\\a\\s\\1.txt'\n"},
+      {true, 2, 5, TRUE, deleted},
+      {true, 2, 2, TRUE, deleted},
       {false, 1, 32, 1603,
        "Created 'C:\\n'\n***FindFirstFile(8) error 32, path 'C:\\a\\*'\n***FindFirstFile(9) error 32"},
       {false, 2, 5, 1603, "***Error ERROR_ACCESS_DENIED copying '1.txt'\n"},
@@ -346,11 +370,10 @@ TEST_F(FilesTest, WhatIsInAFolderThatCannotBeHeldIsNotTouched) {
       world.WriteFile("C:\\a\\s\\1.txt", "");
       world.Remove("C:\\n");
       Fail(call, code, nth);
-      const int got =
-          deletes ? DeleteTree("C:\\a\\*", true, false) : static_cast<int>(iwiCopyPattern("C:\\a", "C:\\n", "*", true));
+      const UINT got = deletes ? DeleteTree("C:\\a\\*", true, false) : iwiCopyPattern("C:\\a", "C:\\n", "*", true);
       EXPECT_EQ(got, result) << line;
       const std::string log = Lines();
-      EXPECT_NE(log.find(line), std::string::npos) << log;
+      EXPECT_NE(log.find(line), std::string::npos) << line << log;
       EXPECT_TRUE(world.Exists("C:\\a\\t\\u\\1.txt"));
       EXPECT_TRUE(deletes || world.Find("C:\\n").node->entries.empty()) << line;
     }
@@ -408,45 +431,19 @@ Created 'C:\n\s'
   EXPECT_EQ(world.ReadFile("C:\\n\\2.txt"), "C:\\a\\2.txt");
 }
 
-TEST_F(FilesTest, FailuresOfACopyAreKeptAndDoNotStopIt) {
-  const std::tuple<const char *, DWORD, int, UINT, const char *> cases[] = {
-      {"CopyFileExA", 5, 1, 1603u, "***Error ERROR_ACCESS_DENIED copying '1.txt'\n"},
-      {"CopyFileExA", 1223, 2, 1603u, "***Error ERROR_CANCELLED copying '2.txt'\n"},
-      {"FindFirstFileA", 5, 1, 1603u, "***FindFirstFile(8) error 5, path 'C:\\a\\*'\n"},
-      {"FindFirstFileA", 3, 1, 0u, "to 'C:\\n\\'\nCreated 'C:\\n'\nCopying pattern"},
-      {"FindFirstFileA", 21, 2, 1603u, "***FindFirstFile(9) error 21, path 'C:\\a\\*'\n"},
-      {"CreateDirectoryA", 112, 1, 1603u, "***Error 112 creating 'C:\\n'\n"}};
-  for (const auto &[call, code, nth, result, line] : cases) {
-    world.Remove("C:\\n");
-    Fail(call, code, nth);
-    EXPECT_EQ(iwiCopyPattern("C:\\a", "C:\\n", "*", true), result) << line;
-    EXPECT_NE(Lines().find(line), std::string::npos) << line;
-    EXPECT_EQ(world.Exists("C:\\n\\3.log"), nth == 2 || std::string_view(call) == "CopyFileExA");
-  }
-  world.failCall = {};
+TEST_F(FilesTest, WhatIsNotThereIsCopiedOnlyWhereItMust) {
   EXPECT_EQ(iwiCopyFile(false, "C:\\a\\none", "C:\\n\\x", ""), 0u);
   EXPECT_EQ(iwiCopyFile(true, "C:\\a\\none", "C:\\n\\x", ""), 1603u);
   EXPECT_EQ(Lines(),
             "Copying from 'C:\\a\\none' to 'C:\\n\\x'\nCopy bypassed; source file 'C:\\a\\none' does not exist\n"
-            "Copying from 'C:\\a\\none' to 'C:\\n\\x'\n***Error 2 copying 'C:\\a\\none'\n");
+            "Copying from 'C:\\a\\none' to 'C:\\n\\x'\nProperty 'ZQVTEMP' value 'C:\\temp' from property table\n"
+            "***Error 2 copying 'C:\\a\\none'\n");
+  Fail("GetFileAttributesA", 2);  // of the target, before and after
+  EXPECT_EQ(iwiCopyFile(true, "C:\\a\\1.txt", "C:\\x", ""), 0u);
+  EXPECT_EQ(Lines(), "Copying from 'C:\\a\\1.txt' to 'C:\\x'\nRemoveReadOnly: File 'C:\\x' not found\n");
 }
 
-TEST_F(FilesTest, OfSeveralFailuresOfACopyTheLastIsItsResult) {
-  world.onCall = [this](std::string_view call) {
-    if (call == "CopyFileExA") {
-      world.WriteFile("C:\\temp\\zqvcancl.txt", "");
-    }
-  };
-  Fail("CopyFileExA", 5, 1);
-  EXPECT_EQ(iwiCopyPattern("C:\\a", "C:\\n", "*", false), 1602u);
-  EXPECT_EQ(iwiCopyFile(false, "C:\\a\\none", "C:\\n\\x", ""), 0u) << "what is not there cannot be cancelled";
-  copyCancelled = FALSE;
-  world.Remove("C:\\temp\\zqvcancl.txt");
-  world.MakeFolder("C:\\temp\\zqvcancl.txt");
-  EXPECT_FALSE(iwiIsCopyCancelled());
-}
-
-TEST_F(FilesTest, ReportsAreWantedOfWhatWasDelayedAndCopied) {
+TEST_F(FilesTest, ReportsAreWantedOfWhatWasDelayed) {
   const std::string file = "C:\\a\\1.txt", inUse = "***Delete file in use: '" + file + "'\n";
   world.held.insert(file);
   Fail("MoveFileExA", 2);
@@ -454,33 +451,29 @@ TEST_F(FilesTest, ReportsAreWantedOfWhatWasDelayedAndCopied) {
     EXPECT_TRUE(iwiDeleteFile({.execute = true, .path = file, .report = report}));
     EXPECT_EQ(Lines(), inUse + (report ? "MoveFileEx file not found: '" + file + "'\n" : ""));
   }
-  world.held.clear();
-  Fail("GetFileAttributesA", 2);  // of the target, before and after
-  EXPECT_EQ(iwiCopyFile(true, file, "C:\\x", ""), 0u);
-  EXPECT_TRUE(Lines().ends_with("table\nRemoveReadOnly: File 'C:\\x' not found\n"));
-}
-
-TEST_F(FilesTest, AWalkThatBreaksOffIsNoSuccess) {
-  for (const bool recurse : {false, true}) {
-    Fail("FindNextFileA", 1117, recurse ? 7 : 1);
-    EXPECT_EQ(iwiCopyPattern("C:\\a", "C:\\n", "*", recurse), 1603u);
-    EXPECT_EQ(world.failedCall, "FindNextFileA");
-    Fail("FindNextFileA", 1117, recurse ? 7 : 1);
-    EXPECT_FALSE(DeleteTree("C:\\a\\*", true, false));
-  }
 }
 
 TEST_F(FilesTest, TheMarkerCancelsCopyingForGood) {
-  world.properties["ZQVTEMP"] = "";
-  EXPECT_FALSE(iwiIsCopyCancelled());
-  world.properties["ZQVTEMP"] = "C:\\temp\\";
-  EXPECT_FALSE(iwiIsCopyCancelled());
-  world.WriteFile("C:\\temp\\ZQVCANCL.TXT", "");
-  EXPECT_EQ(iwiCopyPattern("C:\\a", "C:\\n", "*", true), 1602u);
-  world.Remove("C:\\temp\\zqvcancl.txt");
-  EXPECT_EQ(iwiCopyFile(false, "C:\\a", "C:\\n", "1.txt"), 1602u);
-  EXPECT_EQ(world.callCount["CopyFileExA"], 0);
+  const std::string marker = "C:\\temp\\zqvcancl.txt";
+  const auto copy = [] { return iwiCopyPattern("C:\\a", "C:\\n", "*", true); };
+  for (const char *folder : {"", "C:\\temp\\"}) {
+    world.properties["ZQVTEMP"] = folder;
+    EXPECT_FALSE(iwiIsCopyCancelled());
+  }
+  world.onCall = [&](std::string_view call) {
+    if (call == "CopyFileExA") {
+      world.WriteFile(marker, "");
+    }
+  };
+  Fail("CopyFileExA", 5, 1);
+  EXPECT_EQ(copy(), 1602u) << "of several failures the last";
+  EXPECT_EQ(iwiCopyFile(false, "C:\\a\\none", "C:\\n\\x", ""), 0u) << "what is not there cannot be cancelled";
+  world.Remove(marker);
+  EXPECT_EQ(iwiCopyFile(false, "C:\\a", "C:\\n", "1.txt") + copy(), 2 * 1602u);
+  EXPECT_EQ(world.callCount["CopyFileExA"], 1);
   copyCancelled = FALSE;
+  world.MakeFolder(marker);
+  EXPECT_FALSE(iwiIsCopyCancelled());
   Reload();
   world.properties["ZQVTEMP"] = std::string(260, 'x');
   EXPECT_TRUE(iwiIsCopyCancelled());
