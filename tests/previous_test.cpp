@@ -44,7 +44,7 @@ class PreviousTest : public LibraryTest {
 };
 
 TEST_F(PreviousTest, EachMemberHasItsOwnNames) {
-  const std::tuple<UINT (*)(MSIHANDLE), std::string, std::string, std::string, UINT, bool> members[] = {
+  const std::tuple<EntryPoint, std::string, std::string, std::string, UINT, bool> members[] = {
       {iwiDeleteOldDe_de, "de_de", "DEDE", "German", 10, true},
       {iwiDeleteOldEn_us, "en_us", "ENUS", "English", 10, false},
       {iwiDeleteOldEs_es, "es_es", "ESES", "Spanish", 13, false},
@@ -66,18 +66,16 @@ TEST_F(PreviousTest, EachMemberHasItsOwnNames) {
     values += "'" + kLanguages + (code == "de_de" ? "en_us" : code) + "'\n";
     const std::string lists = pdfFirst ? "pdf" + list + "htm" + list : "htm" + list + "pdf" + list;
     for (const bool stays : {false, true}) {
-      Reload();
       world.features["docs_" + code + "_eclipse"] = {INSTALLSTATE_LOCAL,
                                                      stays ? INSTALLSTATE_LOCAL : INSTALLSTATE_SOURCE};
-      world.properties.insert_or_assign("ZQVDELOLD" + decision, "old");
-      EXPECT_EQ(action(kSession), 0u);
+      ExpectRun(action, 0, "ZQVDELOLD" + decision + "=old",
+                {": Executing in script generation\n",
+                 stays ? ": New feature replaces old\n" : ": Deleting old Additional " + documents + " Documents\n"});
       EXPECT_EQ(world.properties["ZQVDELOLD" + decision], stays ? "" : "1");
       const std::string log = LogText(), removal = "StackDeleteRegistryValue '" + kVersion + "\\Components' ";
       EXPECT_EQ(Behind(removal, log), stays ? "" : values);
       EXPECT_EQ(Behind("***Can't find binary Name: '", log), (stays ? "" : "chm" + list) + lists);
       EXPECT_EQ(Behind(": 'docs_", log), code + "_eclipse' Installed: 3 Action: " + (stays ? "3\n" : "4\n"));
-      ExpectInLog({": Executing in script generation\n",
-                   stays ? ": New feature replaces old\n" : ": Deleting old Additional " + documents + " Documents\n"});
     }
   }
   EXPECT_EQ(removals.size(), 110u);
@@ -85,41 +83,36 @@ TEST_F(PreviousTest, EachMemberHasItsOwnNames) {
 
 TEST_F(PreviousTest, TheModeDecidesWhatAnActionDoes) {
   for (const auto &[mode, line] : {std::pair{16, "Deferred execution\n"}, {17, "Executing in rollback\n"}}) {
-    Reload();
     world.modes = {mode};
-    EXPECT_EQ(iwiDeleteOldEn_us(kSession), 0u);
+    ExpectRun(iwiDeleteOldEn_us, 0);
     EXPECT_EQ(TakeLog("iwiDeleteOldEn_us"), line + "Returning with rc 0\n"s);
   }
-  Reload();
   world.modes = {18};
-  EXPECT_EQ(iwiDeleteOldEn_us(kSession), 0u);
-  ExpectInLog({"'docs_en_us_eclipse' Installed: -1 Action: -1\n",  // there is no such feature
-               "SETPROPERTY('ZQVDELOLDENUS', '1') ignored during deferred execution\n",
-               "SETPROPERTY('ZQVRECORDCOUNTER', '1') ignored during deferred execution\n"});
-  Reload();
+  ExpectRun(iwiDeleteOldEn_us, 0, {},
+            {"'docs_en_us_eclipse' Installed: -1 Action: -1\n",  // there is no such feature
+             "SETPROPERTY('ZQVDELOLDENUS', '1') ignored during deferred execution\n",
+             "SETPROPERTY('ZQVRECORDCOUNTER', '1') ignored during deferred execution\n"});
   world.modes = {};
   world.ownModule.strings[10].clear();
   world.ownModule.strings.erase(30);
-  EXPECT_EQ(iwiDeleteOldEn_us(kSession), 0u);
-  ExpectInLog({"***LoadString(10) failed (0)\n", "***LoadString(30) failed (1814)\n"});
-  Reload();
+  ExpectRun(iwiDeleteOldEn_us, 0, {}, {"***LoadString(10) failed (0)\n", "***LoadString(30) failed (1814)\n"});
   Fail("MsiSetPropertyA", 87, 1);
-  EXPECT_EQ(iwiDeleteOldEn_us(kSession), 1603u);
-  ExpectInLog({"***msiSetProperty('ZQVDELOLDENUS') value('1') failed (87)\n"});
+  ExpectRun(iwiDeleteOldEn_us, 1603, {}, {"***msiSetProperty('ZQVDELOLDENUS') value('1') failed (87)\n"});
 }
 
 TEST_F(PreviousTest, KeysNameTheirRootAndRowsAreNumbered) {
   std::vector<Row> rows;
-  const auto stack = [&](const std::string &key, int root, const std::string &below) {
+  const std::tuple<std::string, int, std::string> keys[] = {{"HKEY_CLASSES_ROOT\\a\\b", 0, "a\\b"},
+                                                            {"HKEY_CURRENT_USER\\HKEY_USERS\\a", 1, "HKEY_USERS\\a"},
+                                                            {"HKEY_LOCAL_MACHINE\\a", 2, "a"},
+                                                            {"HKEY_USERS\\a", 3, "a"},
+                                                            {"HKEY_USERS", 2, "HKEY_USERS"},
+                                                            {"hkey_users\\a", 2, "hkey_users\\a"},
+                                                            {"HKEY_CURRENT_CONFIG\\a", 2, "HKEY_CURRENT_CONFIG\\a"},
+                                                            {"\\HKEY_USERS\\a", 2, "\\HKEY_USERS\\a"}};
+  for (const auto &[key, root, below] : keys) {
     EXPECT_EQ(StackDeleteRegistryValue(key, " ", "comp"), 0u);
     rows.push_back({"ZQVRECORD" + std::to_string(rows.size()), root, below, " ", "comp"});
-  };
-  stack("HKEY_CLASSES_ROOT\\a\\b", 0, "a\\b");
-  stack("HKEY_CURRENT_USER\\HKEY_USERS\\a", 1, "HKEY_USERS\\a");
-  stack("HKEY_LOCAL_MACHINE\\a", 2, "a");
-  stack("HKEY_USERS\\a", 3, "a");
-  for (const std::string key : {"HKEY_USERS", "hkey_users\\a", "HKEY_CURRENT_CONFIG\\a", "\\HKEY_USERS\\a"}) {
-    stack(key, 2, key);
   }
   EXPECT_EQ(removals, rows);
   world.properties["ZQVRECORDCOUNTER"] = std::string(53, '0') + "2147483646";  // the longest text that is read
