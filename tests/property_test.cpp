@@ -191,9 +191,7 @@ TEST_F(MessageTest, ABoxBelongsToTheForegroundWindowAndHasASecondWay) {
   }
   EXPECT_EQ(world.boxes.size(), 2u);
   ExpectInLog({": ***iwiLoadNlsString() failed (ID '2027'). (ZQV4701)\n"});
-}
-
-TEST_F(MessageTest, TheSeverityComesFromTheIcon) {
+  world.properties["UILevel"] = "2";  // its line says how severe it is, after the icon
   for (const auto &[type, word] :
        {std::pair{0x10u, "error"}, {0x21u, "warning"}, {0x34u, "warning"}, {0x40u, "info"}, {0x01u, ""}}) {
     Reload();

@@ -136,18 +136,18 @@ TEST_F(TablesTest, ARelatedProductCountsWhenItsNameCanBeRead) {
 }
 
 TEST_F(TablesTest, AFoldersPropertyStaysItsOwn) {
+  std::vector<Row> &rows = world.tables["RemoveFile"].rows;
   for (const int failing : {1, 2}) {  // the property, its counter
+    Reload();
+    rows.clear();
     Fail("MsiSetPropertyA", 87, failing);
     EXPECT_EQ(iwiStackFolderForDeletion("C:\\a\\", "comp", 1), 1603u);
     world.failCall = {};
     EXPECT_EQ(iwiStackFolderForDeletion("C:\\b\\", "comp", 1) + iwiStackFolderForDeletion("C:\\a\\", "comp", 1), 0u);
-    for (const std::string folder : {"C:\\a\\", "C:\\b\\"}) {
-      const Row &row = world.tables["RemoveFile"].rows[folder == "C:\\a\\" ? 1 : 0];
-      EXPECT_EQ(world.properties[std::get<std::string>(row[3])], folder);
-    }
-    Reload();
-    world.tables["RemoveFile"].rows.clear();
+    EXPECT_EQ(world.properties[std::get<std::string>(rows[0][3])], "C:\\b\\");
+    EXPECT_EQ(world.properties[std::get<std::string>(rows[1][3])], "C:\\a\\");
   }
+  Reload();
   world.properties["ZQVPROPERTYCOUNTER"] = "2147483647";
   EXPECT_EQ(iwiStackFolderForDeletion("C:\\c\\", "comp", 1), 1603u);
   ExpectInLog({"***No path property left for 'C:\\c\\'\n"});
