@@ -42,18 +42,19 @@ class FilesTest : public LibraryTest {
   /// forbids it or a link is above it. True when it was done.
   bool Swap(const std::string &folder) {
     const auto isLink = [this](const std::string &path) { return !world.Find(path).node->target.empty(); };
+    const auto isFolder = [&](const std::string &path) { return world.Exists(path) && !isLink(path); };
     for (std::size_t cut = folder.find('\\', 3); cut != std::string::npos; cut = folder.find('\\', cut + 1)) {
-      if (!world.Exists(folder.substr(0, cut)) || isLink(folder.substr(0, cut))) {
+      if (!isFolder(folder.substr(0, cut))) {
         return false;
       }
     }
-    std::string aside = folder;
+    std::string aside = folder + "-aside";
     std::replace(aside.begin() + 3, aside.end(), '\\', '-');
-    const bool real = world.Exists(folder) && !isLink(folder);
-    if (world.Exists(folder) && !world.Move(folder, real ? aside + "-aside" : "C:\\link")) {
+    const bool real = isFolder(folder);
+    if (world.Exists(folder) && !world.Move(folder, real ? aside : "C:\\link")) {
       return false;
     }
-    if (real || !world.Move(aside + "-aside", folder)) {
+    if (real || !world.Move(aside, folder)) {
       world.MakeJunction(folder, "C:\\keep");
     }
     return true;
