@@ -32,8 +32,7 @@ class FeaturesTest : public LibraryTest {
     return iwiReadResponseFile(kIni);
   }
   /// The keywords' values, each in angle brackets; "-" for one that is not found.
-  std::string Answers(std::initializer_list<const char *> keywords, bool exactCase = false,
-                      const char *stanza = "Response") {
+  std::string Answers(std::vector<const char *> keywords, bool exactCase = false, const char *stanza = "Response") {
     std::string values, value;
     for (const char *keyword : keywords) {
       values += iwiGetResponseValue(exactCase, stanza, keyword, value) ? "<" + value + ">" : "-" + value;

@@ -235,10 +235,10 @@ TEST_F(InitTest, VersionsAndServiceLevels) {
 
 TEST_F(InitTest, EachReadHasItsLongestValue) {
   ExpectLength(iwiInstallInitPri, 64, "ONLYINI");
-  ExpectLength(iwiInstallInitPri, 260,
-               "MsiNTProductType UpgradeCode ProductVersion Installed SystemLanguageID ZQVLICENSETYPE PATCH ZQVCLIENT "
-               "VersionNT SAVEINI UILevel KEEPWEBDATA REINSTALLMODE USEINI STARTSERVICE STARTTASKBAR "
-               "ZQVSERVICESHIPLEVEL");
+  ExpectLength(
+      iwiInstallInitPri, 260,
+      "MsiNTProductType UpgradeCode ProductVersion Installed SystemLanguageID ZQVLICENSETYPE PATCH ZQVCLIENT USEINI "
+      "VersionNT SAVEINI UILevel KEEPWEBDATA REINSTALLMODE STARTSERVICE STARTTASKBAR ZQVSERVICESHIPLEVEL");
   ExpectLength(iwiInstallInitPri, 516,
                "HIGHCONTRAST USERCHOICE AGREETOLICENSE ZQVCHECKMSCS ZQVCHECKPUBSUB KEEPQMDATA WIZPARMFILE");
   ExpectLength(iwiInstallInitPri, 2048, "REMOVE ADDLOCAL ADDSOURCE ADDDEFAULT REINSTALL ADVERTISE");

@@ -131,15 +131,14 @@ TEST_F(PreviousTest, AListStacksWhatIsBelowItsFolders) {
       Process(" \t ; c\r\n#c\n\n \t\n\ta b\\*.chm \r\nPGM,doc\\\nDAT,x\nTMP,y\\z\npgm,n\n..a\n" + blanks + "PGM," +
               longest + blanks + "\r\n;" + longest + "12345\n12345" + longest + "\n..\\a\na\\.. \\b\n\\a\n" +
               "DAT,c:a\nPGM,\na\0b\na\x1A\na\rb\nx/a\nx*\\a\nx?\\\nlast"s);
-  const std::string leaves = "' leaves the folder 'C:\\", below = leaves + "old'\n",
-                    bad = " of list 'chmxx' is no path\n";
+  const std::string left = "' leaves the folder 'C:\\", below = left + "old'\n", bad = " of list 'chmxx' is no path\n";
   std::string lines = "13 of list 'chmxx' is longer than a path\n";
   for (int number = 18; number <= 24; ++number) {
     lines += std::to_string(number) + bad;
   }
   EXPECT_EQ(Behind("***Line ", log), lines);
   EXPECT_EQ(Behind("***Path ", log),
-            "'..\\a" + below + "'a\\.. \\b" + below + "'\\a" + below + "'c:a" + leaves + "data'\n");
+            "'..\\a" + below + "'a\\.. \\b" + below + "'\\a" + below + "'c:a" + left + "data'\n");
   EXPECT_EQ(Behind("Stacking ", log), file + "old\\a b\\*.chm'\nfolder for deletion: 'C:\\old\\doc\\'\n" + file +
                                           "data\\x'\n" + file + "temp\\y\\z'\n" + file + "old\\pgm,n'\n" + file +
                                           "old\\..a'\n" + file + "old\\" + longest + end + file + "old\\last'\n");

@@ -12,7 +12,7 @@ namespace {
 class RunningTest : public LibraryTest {
  protected:
   RunningTest() {
-    world.properties.insert({{"ZQVPGMFOLDER", "C:\\qv\\"}, {"ZQVDATFOLDER", "C:\\data"}, {"ZQVTEMPFILENUM", "0007"}});
+    Set("ZQVPGMFOLDER=C:\\qv\\|ZQVDATFOLDER=C:\\data|ZQVTEMPFILENUM=0007");
     for (const char *file : {"zqvxssvn.exe", "zqvsvc.exe", "zqvxcs2.dll", "zqvmperf.dll", "zqvzxma0.exe",
                              "runqvlsr.exe", "endqvm.exe", "endqvlsr.exe"}) {
       world.WriteFile(Bin(file), "MZ");
@@ -98,16 +98,14 @@ TEST_F(RunningTest, AFileInUseIsOneThatCannotBeSharedAndIsNoLongerReadOnly) {
 }
 
 TEST_F(RunningTest, WhatIsRunningIsPublished) {
-  using Case = std::tuple<NameSet, const char *, const char *>;
-  for (const auto &[held, running, monitor] :
-       {Case({}, "", ""), Case({Bin("zqvxssvn.exe")}, "1", ""),
-        Case({Bin("zqvsvc.exe"), Bin("zqvmperf.dll")}, "1", "1"), Case({Bin("zqvxcs2.dll")}, "1", ""),
-        Case({Bin("zqvxcs2.dll"), Bin("zqvmperf.dll")}, "", "1")}) {
+  using Case = std::pair<NameSet, const char *>;
+  for (const auto &[held, published] :
+       {Case({}, "||"), Case({Bin("zqvxssvn.exe")}, "1||"), Case({Bin("zqvsvc.exe"), Bin("zqvmperf.dll")}, "1|1|"),
+        Case({Bin("zqvxcs2.dll")}, "1||"), Case({Bin("zqvxcs2.dll"), Bin("zqvmperf.dll")}, "|1|")}) {
     Immediate();
     world.held = held;
     EXPECT_EQ(iwiIsQvRunning(kSession), 0u);
-    EXPECT_EQ(world.properties["ZQVQVISRUNNING"], running);
-    EXPECT_EQ(world.properties["ZQVPERFMONISRUNNING"], monitor);
+    EXPECT_EQ(Values({"ZQVQVISRUNNING", "ZQVPERFMONISRUNNING"}), published);
   }
   world.properties["ZQVPGMFOLDER"] = std::string(260, 'x');  // cannot be read: nothing runs, but the listeners may
   Immediate();
@@ -117,12 +115,10 @@ TEST_F(RunningTest, WhatIsRunningIsPublished) {
 }
 
 TEST_F(RunningTest, OnlyIniEndsAnInstallationWithoutTheFullInterface) {
-  for (const auto &[given, result] : {std::pair("UILevel=5|ONLYINI=1", 0u),
-                                      {"UILevel=2|ONLYINI=1", 1602u},
-                                      {"UILevel=2|ONLYINI=", 0u},
-                                      {"UILevel=|ONLYINI=no", 1602u}}) {
-    ExpectRun(iwiStopIfOnlyIni, result, given);
-  }
+  ExpectRun(iwiStopIfOnlyIni, 0, "UILevel=5|ONLYINI=1");
+  ExpectRun(iwiStopIfOnlyIni, 0, "UILevel=2|ONLYINI=");
+  ExpectRun(iwiStopIfOnlyIni, 1602, "UILevel=2|ONLYINI=1");
+  ExpectRun(iwiStopIfOnlyIni, 1602, "UILevel=|ONLYINI=no");
 }
 
 TEST_F(RunningTest, AStopRequestGoesToActiveServicesAndItsFailuresHaveTheirLines) {
@@ -165,14 +161,11 @@ TEST_F(RunningTest, EveryProcessOfAnImageIsEnded) {
   }
   for (const DWORD code : {5u, 87u}) {  // the first may not be opened, or has ended meanwhile
     Immediate();
-    world.processes.merge(std::map<DWORD, std::string>{{0, ""},
-                                                       {4, "C:\\qv\\bin\\other.exe"},
-                                                       {8, image},
-                                                       {12, "C:\\QV\\BIN\\RUNQVLSR.EXE"},
-                                                       {16, "C:\\x\\myrunqvlsr.exe"},
-                                                       {20, "C:\\runqvlsr.exe\\x"},
-                                                       {24, "runqvlsr.exe2"},
-                                                       {28, "runqvlsr"}});
+    for (const auto &[id, path] :
+         Properties("0=|4=C:\\qv\\bin\\other.exe|8=C:\\qv\\bin\\runqvlsr.exe|12=C:\\QV\\BIN\\RUNQVLSR.EXE|"
+                    "16=C:\\x\\myrunqvlsr.exe|20=C:\\runqvlsr.exe\\x|24=runqvlsr.exe2|28=runqvlsr")) {
+      world.processes[static_cast<DWORD>(std::stoi(id))] = path;
+    }
     iwiTerminateProcessByImage("C:\\qv\\bin", "runqvlsr.exe");
     EXPECT_EQ(world.processes.size(), 4908u) << "nobody uses it";
     world.held.insert(image);
@@ -190,9 +183,8 @@ TEST_F(RunningTest, EveryProcessOfAnImageIsEnded) {
   }
   EXPECT_EQ(CountLines(") error 1 8\n"), 4905);
   ExpectOnce({"***EnumProcesses() error 8\n", "***Can't load 'C:\\temp\\psapi.dll'.\n",
-              "***Unable to get EnumProcesses() address; code 8.\n"});
-  // Only where all processes were seen.
-  ExpectOnce({"'runqvlsr.exe': process not found\n"});
+              "***Unable to get EnumProcesses() address; code 8.\n",
+              "'runqvlsr.exe': process not found\n"});  // only where all processes were seen
 }
 
 TEST_F(RunningTest, PsapiIsUnpackedWhereItIsMissing) {
@@ -222,8 +214,8 @@ TEST_F(RunningTest, NothingIsLoadedOrRunFromAFolderThatIsNotAbsolute) {
   }
   world.tables["Binary"].rows = {{"psapi.dll", Bytes{1, 2}}};
   world.held.insert(Bin("runqvlsr.exe"));
-  for (const std::string &folder : {std::string(), std::string("\\"), std::string("qv"), std::string("\\qv"),
-                                    std::string("\\\\server"), std::string(260, 'x')}) {
+  const std::string folders[] = {"", "\\", "qv", "\\qv", "\\\\server", std::string(260, 'x')};
+  for (const std::string &folder : folders) {
     Immediate();
     world.properties["ZQVPREVPGM"] = world.properties["ZQVTEMP"] = folder;
     world.callCount.clear();

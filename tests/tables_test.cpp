@@ -27,14 +27,14 @@ TEST_F(TablesTest, ARowIsAddedAndAFailingCallLoggedAndItsCodeReturned) {
       << "calls, but for seven a line and three for the run mode";
   EXPECT_EQ(Lines(), "Field 1 'key'\nField 1 '0xfffffffe'\nField 3 NULL\nTable 'Demo' row added; 3 fields\n");
   EXPECT_EQ(world.tables["Demo"].rows, (std::vector<Row>{{"key", -2, {}}}));
-  const std::string first = "Field 1 'key'\nField 1 '0xfffffffe'\n", all = first + "Field 3 NULL\n",
+  const std::string one = "Field 1 'key'\nField 1 '0xfffffffe'\n", all = one + "Field 3 NULL\n",
                     failed = " failed (87)\n";
   const std::tuple<const char *, int, UINT, std::size_t, std::string> cases[] = {
       // the lines' own calls count too
       {"MsiGetActiveDatabase", 1, 1603, 0, "***MsiGetActiveDatabase(Demo) failed\n"},
       {"MsiDatabaseOpenViewA", 1, 87, 0, "***MsiDatabaseOpenView('SELECT * FROM Demo')" + failed},
       {"MsiCreateRecord", 1, 1603, 0, "***MsiCreateRecord(Demo, 3) failed\n"},
-      {"MsiRecordSetInteger", 1, 87, 1, first + "***MsiRecordSetInteger('0xfffffffe')" + failed + "Field 3 NULL\n"},
+      {"MsiRecordSetInteger", 1, 87, 1, one + "***MsiRecordSetInteger('0xfffffffe')" + failed + "Field 3 NULL\n"},
       {"MsiRecordSetStringA", 4, 87, 0, all + "***MsiRecordSetString('')" + failed},
       {"MsiViewModify", 1, 87, 0, all + "***MsiViewModify('MSIMODIFY_INSERT_TEMPORARY')" + failed},
       {"MsiCloseHandle", 4, 87, 1, all + "***MsiCloseHandle('')" + failed},
