@@ -88,8 +88,7 @@ TEST_F(FilesTest, Existence) {
       {findFile, "C:\\a", 5, false, "FindFirstFile(C:\\a) failed: '5'\n"},
       {extension, "C:\\x\\TEMP", 0, true, "Found extension 'C:\\x\\temporary'\n"},
       {extension, "x", 0, false, "Can't find extension 'x\\dummy*'\n"},
-      {extension, "C:\\x", 5, false, "***FindFirstFile(2) error 5, path 'C:\\x*'\nCan't find extension 'C:\\x*'\n"},
-  };
+      {extension, "C:\\x", 5, false, "***FindFirstFile(2) error 5, path 'C:\\x*'\nCan't find extension 'C:\\x*'\n"}};
   for (const auto &[check, path, failure, answer, lines] : cases) {
     found.clear();
     Fail(failure != 0 ? "FindFirstFileA" : "", failure);
@@ -127,17 +126,15 @@ TEST_F(FilesTest, EachOutcomeOfADeletion) {
   const struct {
     DWORD code;
     std::string file, folder, folderNow, restart;
-  } rows[] = {
-      {0, "1 Deleted file:", "1 Deleted path:", "1 Deleted path:", "1 Stacked file for deletion upon reboot:"},
-      {2, "? Delete file not found:", missing, "1 Delete path not found:", "? MoveFileEx file not found:"},
-      {3, "? Delete file not found:", missing, "1 Delete path not found:", "? MoveFileEx file not found:"},
-      {123,
-       "? Invalid name:", "! ***Delete path not valid:", "0 ***Delete path not valid:", "? MoveFileEx invalid name:"},
-      {145, "", "! ***Delete path not empty:", "1 Delete path not empty:", ""},
-      {32, "1 ***Delete file in use:", "", "0 ***Delete path in use:", ""},
-      {5, "1 ***Delete file access denied:", denied, denied, ""},
-      {19, "0 ***Delete file error: 19", other, other, "0 ***MoveFileEx error: 19"},
-  };
+  } rows[] = {{0, "1 Deleted file:", "1 Deleted path:", "1 Deleted path:", "1 Stacked file for deletion upon reboot:"},
+              {2, "? Delete file not found:", missing, "1 Delete path not found:", "? MoveFileEx file not found:"},
+              {3, "? Delete file not found:", missing, "1 Delete path not found:", "? MoveFileEx file not found:"},
+              {123, "? Invalid name:", "! ***Delete path not valid:", "0 ***Delete path not valid:",
+               "? MoveFileEx invalid name:"},
+              {145, "", "! ***Delete path not empty:", "1 Delete path not empty:", ""},
+              {32, "1 ***Delete file in use:", "", "0 ***Delete path in use:", ""},
+              {5, "1 ***Delete file access denied:", denied, denied, ""},
+              {19, "0 ***Delete file error: 19", other, other, "0 ***MoveFileEx error: 19"}};
   for (const auto &row : rows) {
     for (const bool report : {false, true}) {
       int error = 0;
@@ -466,7 +463,11 @@ TEST_F(FilesTest, TheMarkerCancelsCopyingForGood) {
   EXPECT_EQ(iwiCopyFile(false, "C:\\a\\none", "C:\\n\\x", ""), 0u) << "what is not there cannot be cancelled";
   world.Remove(marker);
   EXPECT_EQ(iwiCopyFile(false, "C:\\a", "C:\\n", "1.txt") + copy(), 2 * 1602u);
-  EXPECT_EQ(world.callCount["CopyFileExA"], 1);
+  copyCancelled = FALSE;
+  world.WriteFile("C:\\temp\\ZQVCANCL.TXT", "");
+  EXPECT_EQ(copy(), 1602u);
+  EXPECT_EQ(world.callCount["CopyFileExA"], 1) << "none is begun behind the marker";
+  world.Remove(marker);
   copyCancelled = FALSE;
   world.MakeFolder(marker);
   EXPECT_FALSE(iwiIsCopyCancelled());
