@@ -62,7 +62,7 @@ class Success(Installation):
         names += ["ZQVRECORDCOUNTER", "NoSuchProperty", "ZQVPREVVERSION"]
         values = {"ZQVTEMP": TEMP, "ZQVTEMPFILENUM": NUMBER, "UILevel": "2", "ZQVLANGUAGECODE": "a"}
         values |= {"ZQVUSERTRACEPATH": rf"{TEMP}\zqvt0001.log", "ZQVTEMPLOGPATH": rf"{TEMP}\zqvg{NUMBER}.txt"}
-        values |= {"ProductName": "Vantrel QV", "ZQVPREVVERSION": "5.3=a b"}
+        values |= {"ProductName": "Vantrel QV", "ZQVPREVVERSION": "5.3=a b", "ZQVSAVEQMUNITS": "0"}
         values |= {"ZQVPGMFOLDER": "C:\\Program Files\\Korvex\\Vantrel QV\\"}
         values |= {"ZQVDATFOLDER": "C:\\ProgramData\\Korvex\\Vantrel QV\\"}
         values |= {"ZQVLOGFOLDER": "C:\\ProgramData\\Korvex\\Vantrel QV\\log\\"}

@@ -115,7 +115,7 @@ class Running(Case):
         for program in ("zqvmtbrn.exe", "zqvmtbrn.exe", "zqvxssvn.exe"):
             self.product.start(program)
         (self.product.programs / "zqvmsrvn.exe").chmod(stat.S_IRUSR | stat.S_IRGRP)
-        runs = self.again()
+        runs = self.again(more=(*STOPPING, "iwiSaveQmConfigExec"))
         self.assertEqual(self.product.outlived(), 0)
         immediate, deferred = self.stops(runs)
         self.expect_order(immediate, "Queue manager 'QM.ONE'", "Found endqvlsr")

@@ -46,6 +46,12 @@ class Upgrade(Case):
         for name in ("old/bin/private.dll", "data/locked.ini"):
             (self.folder / name).chmod(0o444)
 
+    def clear(self):
+        """What has been migrated is the user's, and no removal takes it away."""
+        for name in ("own settings.ini", "locked.ini"):
+            (machine.drive / "ProgramData/Korvex/Vantrel QV" / name).unlink(missing_ok=True)
+        super().clear()
+
     def write(self, texts):
         self.place(*texts)
         for name, text in texts.items():
