@@ -10,14 +10,8 @@ const std::string kVersion = "hklm\\Software\\Korvex\\QVSeries\\CurrentVersion";
 class UpgradeTest : public LibraryTest {
  protected:
   UpgradeTest() {
-    world.properties.merge(std::map<std::string, std::string>{{"ZQVPREVPGM", "C:\\old\\"},
-                                                              {"ZQVPREVDAT", "C:\\older\\"},
-                                                              {"ZQVPGMFOLDER", "C:\\qv\\"},
-                                                              {"ZQVDATFOLDER", "C:\\data\\"},
-                                                              {"ZQVTEMPFILENUM", "0001"},
-                                                              {"ZQVMIGRATE", "1"},
-                                                              {"ZQVREMOVE", "0"},
-                                                              {"ZQVPREVVERSION", "5.3.0.1"}});
+    Set("ZQVPREVPGM=C:\\old\\|ZQVPREVDAT=C:\\older\\|ZQVPGMFOLDER=C:\\qv\\|ZQVDATFOLDER=C:\\data\\|"
+        "ZQVTEMPFILENUM=0001|ZQVMIGRATE=1|ZQVREMOVE=0|ZQVPREVVERSION=5.3.0.1");
     world.registry[kVersion]["VRMF"] = RegistryValue::Text("5.3.0.1");
     world.MakeFolder("C:\\data");
   }
@@ -79,9 +73,11 @@ TEST_F(UpgradeTest, NothingIsStackedBelowAFolderOfTheSystemOrTheUser) {
   for (const char *name : barred) {
     world.properties[name] = "C:\\Sys\\"s + name + "\\";
   }
-  std::vector<std::string> hostile = {"C:\\",         "\\\\server\\share", "\\\\server",        "old",    "C:old",
-                                      "C:\\a\\..\\b", "C:\\a\\con",        "C:\\a;b",           "C:\\a?", "C:\\sys",
-                                      "c:\\USERS",    "C:\\Users\\me\\",   "\"C:\\users\\me\" "};
+  std::vector<std::string> hostile = {
+      "C:\\",      "\\\\server\\share", "\\\\server",        "old",
+      "C:old",     "C:\\a\\..\\b",      "C:\\a\\con",        "C:\\a;b",
+      "C:\\a?",    "C:\\sys",           "C:\\a\x1f",         "C:\\" + std::string(244, 'x'),
+      "c:\\USERS", "C:\\Users\\me\\",   "\"C:\\users\\me\" "};
   for (const char *name : barred) {
     hostile.push_back("c:\\sYS\\\\"s + name);
   }
@@ -102,9 +98,7 @@ TEST_F(UpgradeTest, NothingIsStackedBelowAFolderOfTheSystemOrTheUser) {
   for (const char *path : {"C:\\windows\\c", "C:\\sys\\TempFolder\\1.t"}) {
     world.WriteFile(path, "");
   }
-  world.properties.insert_or_assign("ZQVPREVPGM", "C:\\Sys");
-  world.properties.insert_or_assign("ZQVPREVDAT", "C:\\windows");
-  world.properties.insert_or_assign("ZQVTEMP", "C:\\Sys\\TempFolder");
+  Set("ZQVPREVPGM=C:\\Sys|ZQVPREVDAT=C:\\windows|ZQVTEMP=C:\\Sys\\TempFolder");
   const std::string log = Run(iwiDeleteOldServer);
   EXPECT_EQ(log.find("***Refusing to delete below 'C:\\Sys\\'\n"), log.rfind("***"));
   EXPECT_EQ(Stacked(), "C:\\windows\\c 1\nC:\\Sys\\TempFolder\\*.t 1\n");
@@ -341,9 +335,12 @@ TEST_F(UpgradeTest, QueueManagersAreListedSavedAndDeleted) {
                                         "four;5\\qm.ini 2\n" + folder + "four;5\\ 2\n" + folder +
                                         " 2\nC:\\data\\zqvqmgrs.txt 2\n");
   }
-  world.properties["WindowsFolder"] = "C:\\DATA\\w";
-  Run(iwiStackDeleteQMgrs);
-  EXPECT_EQ(Stacked(), "");
+  for (const char *given : {"WindowsFolder=C:\\DATA\\w", "ZQVDATFOLDER=\\"}) {
+    Set(given);
+    ExpectRun(iwiStackDeleteQMgrs, 0, {}, {"***Refusing to delete below '"});
+    EXPECT_EQ(Stacked(), "");
+  }
+  Set("ZQVDATFOLDER=C:\\data");
 
   std::string names, expected;
   for (int name = 1000; name < 1500; ++name) {

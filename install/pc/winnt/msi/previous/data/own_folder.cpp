@@ -1,6 +1,6 @@
 #include "previous/data/own_folder.h"
 
-#include "base/path.h"
+#include "base/folder_rule.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
 #include "services/files/delete.h"
@@ -13,7 +13,7 @@ bool FindOwnFolder(const char *name, std::string &path) {
     return false;
   }
   const std::string &temporary = ValueOf(Kept::tempFolder);
-  if (!IsAbsoluteFolder(temporary)) {
+  if (!IsValidFolder(TidiedFolder(temporary))) {
     Log("***No temporary folder for '%s'", name);
     return false;
   }

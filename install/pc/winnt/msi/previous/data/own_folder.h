@@ -9,8 +9,8 @@ namespace zqv {
 inline constexpr char kMigrationFolder[] = "zqvmigr";  ///< an earlier version's settings, on their way
 inline constexpr char kSavedFolder[] = "zqvsave";      ///< what the support engineer may need
 
-/// Where the folder is, without a backslash at its end. False, with a line, when ZQVTEMP cannot be read or is not
-/// absolute.
+/// Where the folder is, without a backslash at its end. False, with a line, when ZQVTEMP cannot be read or is no valid
+/// folder.
 [[nodiscard]] bool FindOwnFolder(const char *name, std::string &path);
 
 /// The same, for an immediate pass that is about to have it filled: what an earlier installation has left there is

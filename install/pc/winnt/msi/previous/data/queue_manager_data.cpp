@@ -42,7 +42,11 @@ bool ReadQueueManagers(QueueManagers &found) {
     return false;
   }
   found.data = ValueOf(Kept::dataFolder);
-  found.names = ListQueueManagers(found.data);
+  if (IsAbsoluteFolder(found.data)) {
+    found.names = ListQueueManagers(found.data);
+  } else {
+    LogLine("No data folder; no queue managers");
+  }
   return true;
 }
 
