@@ -3,42 +3,28 @@
 #include <string>
 
 #include "base/code_page.h"
-#include "base/folder_rule.h"
 #include "previous/base_component.h"
 #include "runtime/log.h"
-#include "runtime/property.h"
 #include "services/files/existence.h"
+#include "services/files/folder_check.h"
 #include "services/removal/deletion_guard.h"
 #include "services/removal/stacked_tree.h"
 #include "services/tables/remove_file.h"
 
 namespace zqv {
 
-namespace {
-
-constexpr int kWhenInstalled = 1;
-
-bool ReadFolder(const char *property, std::string &folder) {
-  std::string value;
-  const bool read = GetProperty(property, value);
-  folder = TidiedFolder(value);
-  return read;
-}
-
-}  // namespace
-
 ResultCode DeletePrevious() {
   std::string previous;
   std::string program;
   std::string data;
   std::string previousData;
-  if (!ReadFolder("ZQVPREVPGM", previous)) {
+  if (!GetFolderProperty("ZQVPREVPGM", previous)) {
     return ERROR_INSTALL_FAILURE;
   }
   if (previous.empty()) {
     return ERROR_SUCCESS;
   }
-  if (!ReadFolder("ZQVPGMFOLDER", program)) {
+  if (!GetFolderProperty("ZQVPGMFOLDER", program)) {
     return ERROR_INSTALL_FAILURE;
   }
   if (EqualName(previous, program)) {
@@ -46,7 +32,7 @@ ResultCode DeletePrevious() {
     return ERROR_SUCCESS;
   }
   DeletionGuard guard;
-  if (!ReadFolder("ZQVDATFOLDER", data) || !ReadFolder("ZQVPREVDAT", previousData) || !guard.Prepare()) {
+  if (!GetFolderProperty("ZQVDATFOLDER", data) || !GetFolderProperty("ZQVPREVDAT", previousData) || !guard.Prepare()) {
     return ERROR_INSTALL_FAILURE;
   }
   if (!guard.MayDeleteBelow(previous)) {

@@ -5,7 +5,6 @@
 #include <string_view>
 #include <vector>
 
-#include "base/text.h"
 #include "base/yes_no.h"
 #include "features/answers/response_property.h"
 #include "platform/msi.h"
@@ -14,13 +13,13 @@
 #include "runtime/log.h"
 #include "runtime/message.h"
 #include "runtime/property.h"
+#include "runtime/user_interface.h"
 #include "services/tables/feature_state.h"
 
 namespace zqv {
 
 namespace {
 
-constexpr int kFullUserInterface = 5;
 constexpr char kFallback[] =
     "Installing would remove these features of the earlier version: %1. To allow this, set REMOVEFEATURES to yes.";
 
@@ -52,12 +51,12 @@ std::string ListLosing() {
 bool AskWhetherAllowed(bool &allowed) {
   std::string removal;
   std::string agreed;
-  std::string level;
+  bool full = false;
   if (!GetProperty("ZQVREMOVE", removal) || !GetPropertyWithResponse("REMOVEFEATURES", agreed) ||
-      !GetProperty("UILevel", level)) {
+      !AskFullUserInterface(full)) {
     return false;
   }
-  allowed = removal == "1" || IsYes(agreed) || DecimalValue(level) == kFullUserInterface;
+  allowed = removal == "1" || IsYes(agreed) || full;
   return true;
 }
 

@@ -22,8 +22,6 @@ namespace zqv {
 
 namespace {
 
-constexpr int kWhenInstalled = 1;
-
 /// An entry's longest text: no path that the system takes is longer.
 constexpr std::size_t kEntryLength = MAX_PATH;
 

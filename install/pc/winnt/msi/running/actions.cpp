@@ -2,19 +2,18 @@
 
 #include <string>
 
-#include "base/text.h"
 #include "running/product_files.h"
 #include "running/service.h"
 #include "runtime/log.h"
 #include "runtime/phase.h"
 #include "runtime/property.h"
 #include "runtime/session.h"
+#include "runtime/user_interface.h"
 
 namespace zqv {
 
 namespace {
 
-constexpr int kFullUserInterface = 5;
 constexpr DWORD kReplacedFilesLength = 64;
 
 }  // namespace
@@ -34,11 +33,11 @@ ResultCode StartStopping() {
 }
 
 ResultCode StopIfOnlyIni() {
-  std::string level;
-  if (!GetProperty("UILevel", level)) {
+  bool full = false;
+  if (!AskFullUserInterface(full)) {
     return ERROR_INSTALL_FAILURE;
   }
-  if (DecimalValue(level) == kFullUserInterface) {
+  if (full) {
     return ERROR_SUCCESS;
   }
   std::string onlyIni;

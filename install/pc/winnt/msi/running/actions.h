@@ -12,8 +12,8 @@ ResultCode IsQvRunning();
 /// iwiStartStopping: asks the product's services to stop, without waiting. Always ERROR_SUCCESS.
 ResultCode StartStopping();
 
-/// iwiStopIfOnlyIni: ends an installation that has not the full user interface as a user would when ONLYINI is set:
-/// ERROR_INSTALL_USEREXIT.
+/// iwiStopIfOnlyIni: where ONLYINI is set, an installation without the full user interface ends here, as if its user
+/// had ended it: ERROR_INSTALL_USEREXIT.
 ResultCode StopIfOnlyIni();
 
 /// iwiRenameQvService: hides the old service under another display name, and undoes that in a rollback.

@@ -102,13 +102,6 @@ bool ChosenOrRecorded(const FolderNames &names, const std::string &recorded, con
   return true;
 }
 
-bool ReadFolder(const char *property, std::string &folder) {
-  std::string value;
-  const bool read = GetProperty(property, value);
-  folder = TidiedFolder(value);
-  return read;
-}
-
 }  // namespace
 
 ResultCode SetDirs() {
@@ -161,7 +154,7 @@ ResultCode RecalcDatFolder() {
   std::string oldLog;
   bool movesDirectories = false;
   if (!ChosenOrRecorded(kDataFolder, FindPreviousInstallation().dataFolder, kDataFolderValue, data) ||
-      !ReadFolder(kDataFolder.directory, oldData) || !ReadFolder(kLogFolder.directory, oldLog) ||
+      !GetFolderProperty(kDataFolder.directory, oldData) || !GetFolderProperty(kLogFolder.directory, oldLog) ||
       !AskCosting(movesDirectories)) {
     return ERROR_INSTALL_FAILURE;
   }
@@ -180,7 +173,7 @@ ResultCode RecalcLogFolder() {
   }
   if (choice.folder.empty()) {
     std::string data;
-    if (!ReadFolder(kDataFolder.directory, data)) {
+    if (!GetFolderProperty(kDataFolder.directory, data)) {
       return ERROR_INSTALL_FAILURE;
     }
     choice.folder = data.empty() ? data : LogFolderBelow(data);

@@ -6,7 +6,6 @@
 #include <string_view>
 #include <vector>
 
-#include "base/text.h"
 #include "features/answers/response_property.h"
 #include "features/feature_lists.h"
 #include "init/removal.h"
@@ -14,13 +13,12 @@
 #include "previous/replacement.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
+#include "runtime/user_interface.h"
 #include "services/files/create.h"
 
 namespace zqv {
 
 namespace {
-
-constexpr int kFullUserInterface = 5;
 
 /// Longer versions cannot be read by the actions that ask for ZQVPREVVERSION.
 constexpr std::size_t kLongestVersion = 15;
@@ -36,10 +34,11 @@ bool AskWhetherTaken(bool &taken) {
     LogLine("Installed already; no feature lists are taken from the response file");
     return true;
   }
-  if (!GetProperty("UILevel", value)) {
+  bool full = false;
+  if (!AskFullUserInterface(full)) {
     return false;
   }
-  if (DecimalValue(value) == kFullUserInterface) {
+  if (full) {
     LogLine("The dialogs choose the features; no lists are taken from the response file");
     return true;
   }

@@ -24,7 +24,6 @@ namespace zqv {
 
 namespace {
 
-constexpr int kWhenRemoved = 2;
 constexpr char kQueueManagerFolder[] = "qmgrs";
 constexpr char kProductSettings[] = "QVSeries.ini";
 constexpr char kQueueManagerSettings[] = "qm.ini";

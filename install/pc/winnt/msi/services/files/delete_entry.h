@@ -18,7 +18,7 @@ struct DeletionRequest {
   bool report = false;    ///< whether something that is not there is logged, and for a folder is a failure
   int *error = nullptr;   ///< gets the system's code of an executed deletion, 0 for success. May be null
   std::string component;  ///< the row's component
-  int installMode = 0;    ///< the row's install mode: 1 when the component is installed, 2 when it is removed, 3 both
+  int installMode = 0;    ///< the row's, as remove_file.h has it
 
   // Of iwiDeletePattern only; without any of the three it does nothing.
 

@@ -2,8 +2,16 @@
 
 #include "base/folder_rule.h"
 #include "runtime/log.h"
+#include "runtime/property.h"
 
 namespace zqv {
+
+bool GetFolderProperty(const char *name, std::string &folder) {
+  std::string value;
+  const bool read = GetProperty(name, value);
+  folder = TidiedFolder(value);
+  return read;
+}
 
 bool JudgeFolder(const std::string &folder, const char *source) {
   if (IsValidFolder(folder)) {

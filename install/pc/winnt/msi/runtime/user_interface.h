@@ -1,0 +1,9 @@
+#pragma once
+
+namespace zqv {
+
+/// Finds out whether the installation has the full user interface, with dialogs that ask (UILevel 5). False when that
+/// cannot be read.
+[[nodiscard]] bool AskFullUserInterface(bool &full);
+
+}  // namespace zqv
