@@ -179,10 +179,10 @@ TEST_F(UpgradeTest, WhatAnUpgradeWouldLose) {
   }
   world.features = {{"Server", {INSTALLSTATE_LOCAL, INSTALLSTATE_UNKNOWN}},
                     {"Client", {INSTALLSTATE_LOCAL, INSTALLSTATE_ABSENT}},
-                    {"Toolkit", {INSTALLSTATE_ABSENT, INSTALLSTATE_BROKEN}},
+                    {"Toolkit", {INSTALLSTATE_LOCAL, INSTALLSTATE_BROKEN}},
                     {"docs_en_us_eclipse", {INSTALLSTATE_LOCAL, INSTALLSTATE_SOURCE}},
                     {"JavaMsg", {INSTALLSTATE_ABSENT, INSTALLSTATE_LOCAL}}};
-  const std::string lost = "Client,Toolkit,docs_en_us_eclipse";
+  const std::string lost = "Client,docs_en_us_eclipse";
   const std::string line = "***Features would be lost: '" + lost + "'\n";
   const auto expect = [&](UINT result) {
     EXPECT_EQ(Run(iwiTestLosingFeatures, result).find(line) != std::string::npos, result != 0);
@@ -222,6 +222,7 @@ TEST_F(UpgradeTest, SettingsComeAlongAndAreNeverOverwritten) {
   EXPECT_EQ(world.Find("C:\\temp\\zqvmigr").node->entries.size(), std::size(names));
   world.Remove("C:\\older");
   world.messages.clear();
+  Set("ZQVMIGRATEFILES2=stale.ini");
   EXPECT_NE(Run(iwiDirectMigrateScripts).find(": 'C:\\data\\kept.ini' exists; kept\n"), std::string::npos);
   EXPECT_FALSE(world.Exists("C:\\temp\\zqvm0001.txt"));
   EXPECT_EQ(world.properties["ZQVMIGRATEFILES1"], "a b.ini|c?d.ini|" + names[3] + "|z.INI");
@@ -244,6 +245,13 @@ TEST_F(UpgradeTest, SettingsComeAlongAndAreNeverOverwritten) {
   EXPECT_NE(RunIn(18, iwiDirectMigrateScripts).find(": Executing in commit\n"), std::string::npos);
   EXPECT_EQ(world.Find("C:\\data").node->entries.size(), 5u);
   EXPECT_FALSE(world.Exists("C:\\temp\\zqvm0001.txt"));
+  // One failure is the result, whatever follows it; and so is the user's end.
+  world.held.insert("C:\\data\\a b.ini");
+  RunIn(16, iwiDirectMigrateScripts, 1603);
+  world.held.clear();
+  world.WriteFile("C:\\temp\\zqvcancl.txt", "");
+  RunIn(16, iwiDirectMigrateScripts, 1602);
+  world.Remove("C:\\temp\\zqvcancl.txt");
   // More names than can be handed over; a link in the folder's place; nothing to migrate; no earlier folder.
   for (int file = 0; file < 9; ++file) {
     world.WriteFile("C:\\temp\\zqvmigr\\" + std::to_string(file) + std::string(200, 'y') + ".ini", "");
@@ -287,6 +295,18 @@ TEST_F(UpgradeTest, TheLevelMigratedFromIsRecordedAndPutBack) {
   RunIn(17, iwiMigrateRegistry);
   EXPECT_EQ(values["MigratedFrom"].bytes.size(), 129u);
   RunIn(18, iwiMigrateRegistry, 1603);
+  Reload();
+  Fail("RegQueryValueExA", 5);
+  iwiMigrateRegistry(kSession);
+  Fail("", 0);
+  EXPECT_EQ(world.properties["ZQVMIGRATEDFROM"], "");
+  values.erase("MigratedFrom");
+  for (const char *given : {"ZQVMIGRATE=", "ZQVMIGRATE=1|ZQVPREVVERSION="}) {
+    Set(given);
+    Run(iwiMigrateRegistry);
+    RunIn(16, iwiMigrateRegistry);
+    EXPECT_FALSE(values.contains("MigratedFrom"));
+  }
   world.properties["ZQVREMOVE"] = "1";
   Run(iwiMigrateRegistry);
   EXPECT_EQ(world.tables["Registry"].rows,
@@ -320,7 +340,8 @@ TEST_F(UpgradeTest, QueueManagersAreListedSavedAndDeleted) {
   RunIn(18, iwiSaveQmConfigExec, 1603);
   world.Remove("C:\\temp\\zqvsave\\qmgrs");
   world.MakeJunction("C:\\temp\\zqvsave\\qmgrs", "C:\\qv");
-  RunIn(16, iwiSaveQmConfigExec, 1603);
+  EXPECT_NE(RunIn(16, iwiSaveQmConfigExec, 1603).find("***Can't use folder 'C:\\temp\\zqvsave\\qmgrs' 0\n"),
+            std::string::npos);
   EXPECT_EQ(Ticks(2), 1000000);
 
   for (const auto &[removal, fate, deleted] :
@@ -342,14 +363,13 @@ TEST_F(UpgradeTest, QueueManagersAreListedSavedAndDeleted) {
   }
   Set("ZQVDATFOLDER=C:\\data");
 
-  std::string names, expected;
-  for (int name = 1000; name < 1500; ++name) {
-    names += std::to_string(name) + "\n";
-    expected += name < 1409 ? "," + std::to_string(name) : "";
+  // As many whole names as fit into 2,047 characters.
+  for (const std::size_t last : {1046u, 1047u}) {
+    const std::string first(1000, 'x');
+    world.WriteFile("C:\\data\\zqvqmgrs.txt", first + "\n" + std::string(last, 'y') + "\nz\n");
+    Run(iwiStackLoadQMgrs);
+    EXPECT_EQ(world.properties["ZQVQMGRLIST"].size(), last == 1046 ? 2047u : 1000u);
   }
-  world.WriteFile("C:\\data\\zqvqmgrs.txt", names);
-  Run(iwiStackLoadQMgrs);
-  EXPECT_EQ("," + world.properties["ZQVQMGRLIST"], expected);
 }
 
 }  // namespace
