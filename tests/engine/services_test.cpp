@@ -11,7 +11,6 @@
 #include "services/system/environment.h"
 #include "services/system/process.h"
 #include "services/system/registry.h"
-#include "services/tables/binary_stream.h"
 #include "session.h"
 #include "zqviwicn/entry_points.h"
 #include "zqviwicn/load.h"
@@ -46,11 +45,12 @@ class ServicesTest : public SessionTest {
 
   static bool Exists(const std::string &path) { return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
 
-  /// The bytes of a value in the 32-bit view, as Windows itself reads it.
-  static std::string RegistryValue(const char *key, const char *name) {
+  /// What is left to the restart, as Windows itself reads it.
+  static std::string PendingOperations() {
     char data[4096];
     DWORD size = sizeof data;
-    const LONG error = RegGetValueA(HKEY_LOCAL_MACHINE, key, name, RRF_RT_ANY, nullptr, data, &size);
+    const LONG error = RegGetValueA(HKEY_LOCAL_MACHINE, kSessionManager, "PendingFileRenameOperations", RRF_RT_ANY,
+                                    nullptr, data, &size);
     return error == ERROR_SUCCESS ? std::string(data, size) : "none";
   }
 
@@ -66,14 +66,6 @@ TEST_F(ServicesTest, ActionsLeaveNoHandleOpenAndFailCleanlyWithoutASession) {
       Load();
       EXPECT_EQ(action(handle), result);
     }
-  }
-}
-
-TEST_F(ServicesTest, StreamsAreUnpackedByteForByte) {
-  for (const char *size : {"0", "255", "256", "257", "512", "100000"}) {
-    const std::string out = folder + "\\" + size;
-    EXPECT_TRUE(iwiUnpackBinary("STREAM_", size, out, nullptr)) << size;
-    EXPECT_TRUE(Exists(out) && ReadFile(out) == ReadFile("engine_package\\Binary\\stream_"s + size + ".ibd")) << size;
   }
 }
 
@@ -102,28 +94,12 @@ TEST_F(ServicesTest, FilesInUseAndReadOnlyOnesAreLeftToTheRestart) {
     EXPECT_TRUE(iwiDeleteFile({.execute = true, .path = path, .error = &error}));
     EXPECT_EQ(error, code);
     EXPECT_TRUE(Logged("Stacked file for deletion upon reboot: '" + path + "'"));
-    EXPECT_TRUE(Contains(RegistryValue(kSessionManager, "PendingFileRenameOperations"), path + '\0' + '\0'));
+    EXPECT_TRUE(Contains(PendingOperations(), path + '\0' + '\0'));
     EXPECT_TRUE(Exists(path));
   }
   EXPECT_TRUE(RemoveReadOnly(locked, true));
   EXPECT_TRUE(iwiDeleteFile({.execute = true, .path = folder + "\\lo*.txt"}));
   EXPECT_FALSE(Exists(locked));
-}
-
-TEST_F(ServicesTest, TreesAreCopied) {
-  const std::string copy = folder + "\\new\\copy";
-  EXPECT_FALSE(iwiCreateFolderTree(folder + "\\source\\one\\two\\"));
-  for (const char *name : {"source\\a.txt", "source\\b.dat", "source\\one\\c.txt", "source\\one\\two\\d.txt"}) {
-    Write(name, FILE_ATTRIBUTE_READONLY);
-  }
-  EXPECT_FALSE(iwiCreateFolderTree(copy + "\\"));
-  Write("new\\copy\\a.txt", FILE_ATTRIBUTE_READONLY);
-  EXPECT_EQ(iwiCopyPattern(folder + "\\source", copy, "*.txt", true), 0u);
-  for (const std::string name : {"\\a.txt", "\\one\\c.txt", "\\one\\two\\d.txt"}) {
-    EXPECT_EQ(ReadFile(copy + name), "source" + name);
-    EXPECT_EQ(GetFileAttributesA((copy + name).c_str()) & FILE_ATTRIBUTE_READONLY, 0u) << name;
-  }
-  EXPECT_FALSE(Exists(copy + "\\b.dat"));
 }
 
 TEST_F(ServicesTest, AHeldFolderStaysInItsPlace) {
@@ -159,18 +135,7 @@ TEST_F(ServicesTest, ProcessesAreLaunchedAndWaitedFor) {
   EXPECT_EQ(ReadFile(folder + "\\here.txt"), folder + "\r\n");
 }
 
-TEST_F(ServicesTest, RegistryValuesAndTheEnvironment) {
-  RegSetKeyValueA(HKEY_LOCAL_MACHINE, kKey, "Odd", REG_MULTI_SZ, "abc", 2);
-  std::vector<BYTE> data;
-  DWORD size = 0;
-  UINT result = 0;
-  EXPECT_TRUE(iwiRegReadValue(nullptr, kKey, "Odd", &data, &size, &result));
-  EXPECT_EQ(data, (std::vector<BYTE>{'a', 'b', 0, 0}));
-  EXPECT_EQ(size, 2u);
-  EXPECT_TRUE(iwiRegWriteValue(nullptr, kKey, "Bytes", REG_BINARY, "\1\0\2", 3, &result));
-  EXPECT_EQ(RegistryValue(kKey, "Bytes"), std::string("\1\0\2", 3));
-  RegDeleteKeyExA(HKEY_LOCAL_MACHINE, kKey, KEY_WOW64_32KEY, 0);
-
+TEST_F(ServicesTest, AVariableOfTheRegistryIsTakenIntoTheEnvironment) {
   const std::string environment = std::string(kSessionManager) + "\\Environment";
   EXPECT_TRUE(iwiRegSetValue(nullptr, environment, "ZQVENGINETEST", REG_EXPAND_SZ, "%SystemDrive%\\x", -1));
   EXPECT_TRUE(iwiRefreshEnvironmentVariable("ZQVENGINETEST"));
