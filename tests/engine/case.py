@@ -32,9 +32,8 @@ def message(number, language="en_us"):
 
 
 class Case(unittest.TestCase):
-    """Each test installs `package`, with an empty temporary folder of its own, and leaves nothing of it."""
+    """Each test installs the package, with an empty temporary folder of its own, and leaves nothing of it."""
 
-    package = package
     options = (f"ZQVTEMP={TEMP}", "QVNOSTOP=1")
 
     def setUp(self):
@@ -57,17 +56,17 @@ class Case(unittest.TestCase):
     def remove(self, *options, **more):
         return self.msiexec("/x", *options, **more)
 
-    def msiexec(self, verb, *options, status=0, of=None, **more):
+    def msiexec(self, verb, *options, status=0, of=package, **more):
         """Runs the installer, which is to end with that status, and begins a new trace log."""
         (self.folder / TRACE).unlink(missing_ok=True)
-        run = machine.msiexec(verb, (of or self.package).path, FOLDER, *self.options, *options, **more)
+        run = machine.msiexec(verb, of.path, FOLDER, *self.options, *options, **more)
         self.assertEqual(run.status, status)
         return run
 
     def expect_actions(self, run, *more, first=True):
         """Every action without a condition, and those of `more`, ran once and gave 0; gives their number."""
         ran = [(outcome.action, outcome.value, outcome.results) for outcome in run.outcomes() if outcome.results]
-        expected = self.package.actions(first and run.verb == "/i", more, run.verb == "/x")
+        expected = package.actions(first and run.verb == "/i", more, run.verb == "/x")
         self.assertCountEqual(ran, [(action, 1, [0]) for action in expected])
         return len(expected)
 

@@ -7,8 +7,8 @@ import sys
 import unittest
 
 sys.dont_write_bytecode = True
-from case import FOLDER, LATER, OWN, TEMP, VERSION, Case, build, machine, message
-from installation import CANCELLED, FAILED, Package, read_text, response_answers, taken_answers, trace_problems
+from case import FOLDER, LATER, OWN, TEMP, VERSION, Case, build, machine, message, package
+from installation import CANCELLED, FAILED, read_text, response_answers, taken_answers, trace_problems
 
 NUMBER = "0001"  # of a fresh folder, in all names there
 UNKNOWN_PRODUCT = 1605 & 0xFF
@@ -21,14 +21,14 @@ class Installation(Case):
         """An installation that is rolled back."""
         run = self.install(*options, status=status, **more)
         self.assertEqual(machine.product_files(), {})
-        removed = machine.wine("wine", "msiexec", "/x", self.package.properties["ProductCode"], "/qn")
+        removed = machine.wine("wine", "msiexec", "/x", package.properties["ProductCode"], "/qn")
         self.assertEqual(removed, UNKNOWN_PRODUCT)
         return run
 
 
 class Success(Installation):
     def test_installation_and_removal(self):
-        for step, files in ((self.install, self.package.files()), (self.remove, {})):
+        for step, files in ((self.install, package.files()), (self.remove, {})):
             name = f"new/{step.__name__}.log"
             run = step(rf"INSTALLTRACE={TEMP}\{name}".replace("/", "\\"))
             self.assertEqual(machine.product_files(), files)
@@ -58,7 +58,7 @@ class Success(Installation):
         self.assertIn("Property 'ZQVTEMPLOGPATH' value set to ''", merged[-2])
         self.assertFalse((self.folder / f"zqvg{NUMBER}.txt").exists())
 
-        names = [name for n in "12" for name in self.package.properties[f"ZQVPROPERTYNAMELIST{n}"].split(";")]
+        names = [name for n in "12" for name in package.properties[f"ZQVPROPERTYNAMELIST{n}"].split(";")]
         names += ["ZQVRECORDCOUNTER", "NoSuchProperty", "ZQVPREVVERSION"]
         values = {"ZQVTEMP": TEMP, "ZQVTEMPFILENUM": NUMBER, "UILevel": "2", "ZQVLANGUAGECODE": "a"}
         values |= {"ZQVUSERTRACEPATH": rf"{TEMP}\zqvt0001.log", "ZQVTEMPLOGPATH": rf"{TEMP}\zqvg{NUMBER}.txt"}
@@ -70,7 +70,7 @@ class Success(Installation):
         self.assertEqual(self.read(f"zqvp{NUMBER}.txt"), [expected])
         path = rf"value set to '{TEMP}\zqvp{NUMBER}.txt'"
         told = [line for line in self.texts() if line.endswith(path)]
-        deferred = [row["Action"] for row in self.package.table("CustomAction") if int(row["Type"]) & 0x401 == 0x401]
+        deferred = [row["Action"] for row in package.table("CustomAction") if int(row["Type"]) & 0x401 == 0x401]
         self.assertCountEqual(told, [f"iwiSetCustomActionData: Property '{name}' {path}" for name in deferred])
 
     def test_the_temporary_log_is_kept_on_request_and_a_pause_passes(self):
@@ -135,56 +135,6 @@ class Failure(Installation):
         self.assertNotIn("(CaProlog): MSIRUNMODE_COMMIT", said)
 
 
-class Services(Installation):
-    """The package of the engine tests, whose own actions leave work to the engine and delete a tree."""
-
-    package = Package(build / "engine_package/engine.msi")
-    key = r"HKLM\Software\ZqvEngineTest"
-
-    def left(self, folder):
-        return sorted(path.name for path in (self.folder / folder).iterdir())
-
-    def has(self, name):
-        return self.registry("query", self.key, "/v", name) == 0
-
-    def expect_good(self, run):
-        """What the actions of a run that went well have logged."""
-        self.assertEqual(trace_problems(self.read(), self.expect_actions(run)), [])
-        return self.texts()
-
-    def test_the_engine_removes_what_was_stacked(self):
-        self.place("stacked/1.txt", "stacked/2.txt", "stacked/3.txt", "stacked/other.txt")
-        (self.folder / "stacked/empty").mkdir()
-        self.addCleanup(self.registry, "delete", self.key)
-        for name in ("Doomed", "Kept"):
-            self.value(self.key, name, "text")
-        lines = self.expect_good(self.install())
-        self.assertEqual(self.left("stacked"), ["2.txt", "other.txt"])
-        self.assertEqual((self.has("Doomed"), self.has("Kept")), (False, True))
-        self.assertIn("StackRemovals:  - Not installed", lines)
-
-        # On removal, only the files that were stacked for it go, and no row of the registry.
-        self.place("stacked/1.txt", "stacked/3.txt")
-        self.value(self.key, "Doomed", "text")
-        lines = self.expect_good(self.remove())
-        self.assertEqual(self.left("stacked"), ["1.txt", "other.txt"])
-        self.assertTrue(self.has("Doomed"))
-        self.assertIn(f"StackRemovals: Found product '{self.package.properties['ProductCode']}'", lines)
-        self.assertIn("StackRemovals:  - 'Vantrel QV' is installed", lines)
-
-    def test_a_deferred_action_deletes_a_tree(self):
-        self.place("tree/a.txt", "tree/sub/b.txt", "tree/sub/deep/c.txt", "stacked/kept.txt")
-        (self.folder / "tree/link").symlink_to("../stacked")
-        lines = self.expect_good(self.install())
-        self.assertEqual(self.left("tree"), ["link"])  # Wine cannot remove it
-        self.assertEqual(self.left("stacked"), ["kept.txt"])
-        tree = rf"{TEMP}\tree"
-        deleted = [line.split(": Deleted ")[1] for line in lines if line.startswith("DeleteTree: Deleted ")]
-        files = [rf"file: '{tree}\a.txt'", rf"file: '{tree}\sub\b.txt'", rf"file: '{tree}\sub\deep\c.txt'"]
-        folders = [rf"path: '{tree}\sub\deep'", rf"path: '{tree}\sub'"]
-        self.assertEqual(deleted, files + folders)
-
-
 class Replacement(Installation):
     """A later version with a product code of its own."""
 
@@ -192,24 +142,24 @@ class Replacement(Installation):
         # The engine hands a product that gives way nothing of the command line.
         insert = "INSERT INTO `Property` (`Property`, `Value`) VALUES ('%s', '%s')"
         own = [insert % ("QVNOSTOP", "1"), insert % ("ZQVTEMP", TEMP)]
-        this = self.package.variant(self.folder / "this.msi", *own)
+        this = package.variant(self.folder / "this.msi", *own)
         update = "UPDATE `Property` SET `Value`='%s' WHERE `Property`='%s'"
         own += [update % (LATER, "ProductCode"), update % ("6.0.3", "ProductVersion")]
         # Limits are part of the key.
         columns, row = "`UpgradeCode`, `VersionMax`, `Attributes`, `ActionProperty`", "'6.0.3', 0, 'QVOLDER'"
-        code = self.package.properties["UpgradeCode"]
+        code = package.properties["UpgradeCode"]
         own += ["DELETE FROM `Upgrade`", f"INSERT INTO `Upgrade` ({columns}) VALUES ('{code}', {row})"]
-        later = self.package.variant(self.folder / "later.msi", *own)
-        for package in (this, later):
-            self.assertEqual(machine.msiexec("/i", package.path, FOLDER).status, 0)
-            self.assertEqual(machine.product_files(), self.package.files())
+        later = package.variant(self.folder / "later.msi", *own)
+        for version in (this, later):
+            self.assertEqual(machine.msiexec("/i", version.path, FOLDER).status, 0)
+            self.assertEqual(machine.product_files(), package.files())
         # The earlier version's own removal has its trace log between the two.
         removal = self.texts("zqvt0003.log")
         self.assertIn("iwiInstallInitPri: Property 'ZQVREMOVE' value set to '1'", removal)
         self.assertEqual(removal[-1], FOLDED_AWAY)
         run = machine.msiexec("/i", this.path, FOLDER)
-        self.assertEqual((run.status, machine.product_files()), (FAILED, self.package.files()))
-        codes = (self.package.properties["ProductCode"], LATER)
+        self.assertEqual((run.status, machine.product_files()), (FAILED, package.files()))
+        codes = (package.properties["ProductCode"], LATER)
         removed = [machine.wine("wine", "msiexec", "/x", code, "/qn") for code in codes]
         self.assertEqual((removed, machine.product_files()), ([UNKNOWN_PRODUCT, 0], {}))
 
@@ -247,7 +197,7 @@ class ResponseFiles(Installation):
         options = [f"{name}={value}" for name, value in given.items()]
         run = self.install(rf"SAVEINI={TEMP}\saved.ini", "QVSETUPTYPE=minimum", *options)
         self.expect_actions(run, "iwiSetFeaturesMinimum")
-        files = self.package.files(["Base", "Server"])
+        files = package.files(["Base", "Server"])
         self.assertEqual(machine.product_files(), files)
 
         saved = (self.folder / "saved.ini").read_bytes()
@@ -276,7 +226,7 @@ class ResponseFiles(Installation):
         answers = {**self.places, "ADDLOCAL": ",".join(features)}
         other = rf"PGMFOLDER={TEMP}\own folders\other programs"
         for options, programs in (((), "QV programs"), ((other,), "other programs")):
-            files = self.package.files(features, ZQVPGMFOLDER=f"{OWN}/{programs}", ZQVDATFOLDER=f"{OWN}/QV data")
+            files = package.files(features, ZQVPGMFOLDER=f"{OWN}/{programs}", ZQVDATFOLDER=f"{OWN}/QV data")
             self.expect_actions(self.install(self.answer(answers), *options))
             self.assertEqual(machine.product_files(OWN), files)
             for path in files:

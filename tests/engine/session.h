@@ -14,7 +14,7 @@
 
 inline constexpr char kPackage[] = "engine_package\\engine.msi";
 
-/// The engine tests' package opened in this process, silent, with a temporary folder of its own. When the test ends, no
+/// The package opened in this process, silent, with a temporary folder of its own. When the test ends, no
 /// installer handle but the package's may be open, and the folder goes.
 class SessionTest : public testing::Test {
  protected:

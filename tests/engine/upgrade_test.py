@@ -38,6 +38,7 @@ class Upgrade(Case):
             for kind, books in BOOKS.items():
                 self.place(*(f"old/doc/{kind}/{language}/{book}.{kind}" for book in books))
         self.place(*(f"old/{name}" for name in (*LISTED, "bin/private.dll", "bin/sub/deep.dll", "readme.txt")))
+        (self.folder / "old/bin/link").symlink_to("../../data")
         self.place("data/zqvsrv5.cfg", *(f"data/docindex/{language}.idx" for language in OLD_LANGUAGES))
         self.write({f"data/{name}": text for name, text in SETTINGS.items()})
         self.write({"data/zqvqmgrs.txt": "\n".join(MANAGERS)})
@@ -82,9 +83,10 @@ class Upgrade(Case):
         held.start("held.exe")
         before = self.left("data")
         self.upgrade()
-        # Wine leaves what is read-only, and leaves what is in use for good.
-        left = {str(path.relative_to(self.folder)) for path in (self.folder / "old").rglob("*")}
-        self.assertEqual(left, {"old/bin", "old/bin/held.exe", "old/bin/private.dll", "old/readme.txt"})
+        # Wine leaves what is read-only, links, and for good what is in use.
+        old = self.folder / "old"
+        left = {str(path.relative_to(old)) for path in old.rglob("*")}
+        self.assertEqual(left, {"bin", "bin/held.exe", "bin/link", "bin/private.dll", "readme.txt"})
         gone = {"data/zqvsrv5.cfg", *(f"data/docindex/{language}.idx" for language in OLD_LANGUAGES)}
         kept = {name: text for name, text in before.items() if name not in gone}
         self.assertEqual(self.left("data"), kept | {"data/docindex": None})
