@@ -244,7 +244,7 @@ TEST_F(InitTest, EachReadHasItsLongestValue) {
   ExpectLength(iwiInstallInitPri, 2048, "REMOVE ADDLOCAL ADDSOURCE ADDDEFAULT REINSTALL ADVERTISE");
 }
 
-TEST_F(InitTest, EachLanguageHasItsCodeAndLetter) {
+TEST_F(InitTest, EachLanguageHasItsCodeLetterAndName) {
   // The last identifier of each language, and some that are of none.
   std::istringstream rows(
       "404 zh_TWt 1004 zh_CNz 1407 de_DEg 500a es_ESs 180c fr_FRf 810 it_ITi 411 ja_JPj 812 ko_KRk 416 pt_BRb "
@@ -254,6 +254,13 @@ TEST_F(InitTest, EachLanguageHasItsCodeAndLetter) {
   for (std::string number, code; rows >> number >> code;) {
     ExpectRun(iwiInstallInitPri, 1603, {{"SystemLanguageID", std::to_string(std::stoi(number, nullptr, 16))}});
     EXPECT_EQ(world.properties["ZQVSYSTEMLANGUAGECODE"] + world.properties["ZQVLANGUAGECODE"], code) << number;
+  }
+  for (const auto &[letter, name] :
+       Properties("a=English|b=Portuguese|f=French|g=German|h=Hungarian|i=Italian|j=Japanese|k=Korean|r=Russian|"
+                  "s=Spanish|t=Traditional Chinese|z=Simplified Chinese")) {
+    world.tables["UIText"].rows = {{kUi, letter}};
+    ExpectRun(iwiInstallInitPri, 0);
+    EXPECT_EQ(Values({"ZQVLANGUAGECODE", "ZQVLANGUAGE"}), letter + "|" + name + "|");
   }
 }
 

@@ -12,6 +12,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[1]
 CATALOGUE = ROOT / "catalogue"
+SOURCES = ROOT / "install/pc/winnt/msi"
 CONVERTER = CATALOGUE / "message_table.py"
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(CATALOGUE))
@@ -81,15 +82,20 @@ class MessageTable(unittest.TestCase):
 class Catalogue(unittest.TestCase):
     def test_languages_agree(self):
         rules = (CATALOGUE / "CMakeLists.txt").read_text()
-        libraries = re.findall(r"^add_message_library\(\w+ (\w+) (\d+)\)$", rules, re.MULTILINE)
-        self.assertCountEqual([int(language) for _, language in libraries], CODE_PAGES)
-        self.assertEqual({folder for folder, _ in libraries}, {path.parent.name for path in CATALOGUE.glob("*/*.txt")})
-        header = (ROOT / "install/pc/winnt/msi/runtime/message.h").read_text()
+        libraries = re.findall(r"^add_message_library\((\w+) (\w+) (\d+)\)$", rules, re.MULTILINE)
+        self.assertEqual({folder for _, folder, _ in libraries}, {path.parent.name for path in CATALOGUE.glob("*/*.txt")})
+        # What the library knows of the languages that are not English: the first of its identifiers, and the letter.
+        known = (SOURCES / "init/primary/language.cpp").read_text()
+        rows = re.findall(r"{{0x(\w+).*?},\s*\"(\w+)\",\s*'([^a])'}", known, re.DOTALL)
+        expected = [(f"zqvirc{letter}n", code.lower(), str(int(number, 16))) for number, code, letter in rows]
+        expected += [("zqvircan", "en_us", "1033"), ("zqviwiln", "en_us", "0")]
+        self.assertCountEqual(libraries, expected)
+        header = (SOURCES / "runtime/message.h").read_text()
         used = {int(number) for number in re.findall(r"^constexpr UINT k\w+ = (\d+);", header, re.MULTILINE)}
         self.assertGreater(len(used), 9)
         english, _ = read_table(CATALOGUE / "en_us/messages.txt", CODE_PAGES[1033])
         self.assertLessEqual(used, english.keys())
-        for folder, language in libraries:
+        for _, folder, language in libraries:
             texts, wrong = read_table(CATALOGUE / folder / "messages.txt", CODE_PAGES[int(language)])
             self.assertEqual(wrong, [])
             self.assertEqual(texts.keys(), english.keys(), folder)

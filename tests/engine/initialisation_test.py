@@ -12,10 +12,8 @@ from case import KEY, TEMP, VERSION, Case, machine, message, package
 from installation import FAILED, PATIENCE, published
 
 CLIENT, TEST = "{5A8B5D80-6DCC-4317-9922-99EC0093BF24}", "{62F00881-AC47-458F-BF38-2B84B38DBA50}"
-LANGUAGES = {"a": ("English", "en_us"), "b": ("Portuguese", "pt_br"), "f": ("French", "fr_fr")}
-LANGUAGES |= {"g": ("German", "de_de"), "h": ("Hungarian", "hu_hu"), "i": ("Italian", "it_it")}
-LANGUAGES |= {"j": ("Japanese", "ja_jp"), "k": ("Korean", "ko_kr"), "r": ("Russian", "ru_ru")}
-LANGUAGES |= {"s": ("Spanish", "es_es"), "t": ("Traditional Chinese", "zh_tw"), "z": ("Simplified Chinese", "zh_cn")}
+# Letters that the code page of the prefix has, that take two bytes, and that are of another alphabet.
+LANGUAGES = {"g": ("German", "de_de"), "j": ("Japanese", "ja_jp"), "r": ("Russian", "ru_ru")}
 NO_LANGUAGE = "DELETE FROM `UIText` WHERE `Key`='ZQV__setup_language'"
 
 
@@ -74,7 +72,7 @@ class Initialisation(Case):
             state = f"Product {product} ({'Client' if code == CLIENT else 'Server'}) state is INSTALLSTATE_DEFAULT"
             self.assertEqual(state in lines, code != TEST)
 
-    def test_each_language(self):
+    def test_languages(self):
         for letter, (name, folder) in LANGUAGES.items():
             lines, found = self.stopped(self.variant(language(letter.upper() + "x")), r"WIZPARMFILE=C:\none")
             self.assertEqual((found["ZQVLANGUAGECODE"], found["ZQVLANGUAGE"]), (letter, name))
