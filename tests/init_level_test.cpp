@@ -115,7 +115,7 @@ TEST_F(LevelTest, ListsOfFeaturesNameThoseOfThePackage) {
   std::vector<Row> &rows = world.tables["Feature"].rows;
   rows = {{"F0"}, {"F1"}, {"F3"}, {"F5"}};
   Set("ADDLOCAL=all,, ALL |USEINI=C:\\temp\\r.ini");
-  world.WriteFile("C:\\temp\\r.ini", "[Response]\nRemove=F1\nReinstall= f2 ,x y,F3\n");
+  world.WriteFile("C:\\temp\\r.ini", "[Response]\nRemove=F1\nReinstall= f3 ,x y,F3\n");
   Fail("MsiGetActiveDatabase", 5);
   EXPECT_FALSE(ValidateFeatureLists());
   ExpectInLog({"Property 'REMOVE', value 'F1' from response file\n(CaProlog): ***MsiGetActiveDatabase() failed\n"});
@@ -126,7 +126,7 @@ TEST_F(LevelTest, ListsOfFeaturesNameThoseOfThePackage) {
   Set("ADDSOURCE=F5|ADVERTISE=F0," + std::string(2044, 'x'));
   EXPECT_FALSE(ValidateFeatureLists());
   EXPECT_EQ(world.callCount["MsiGetActiveDatabase"], 1);
-  ExpectInLog({"Unknown feature(s) 'f2,x y' in property 'REINSTALL' in 'C:\\temp\\r.ini'. (ZQV4742)\n",
+  ExpectInLog({"Unknown feature(s) 'f3,x y' in property 'REINSTALL' in 'C:\\temp\\r.ini'. (ZQV4742)\n",
                "xxx...' in command-line property 'ADVERTISE'. (ZQV4740)\n",
                "'F5' from property table\n(CaProlog): Property 'ADDDEFAULT'",
                "\n(CaProlog): ***Stopping because of unknown features\n"});

@@ -14,7 +14,6 @@ from installation import FAILED, PATIENCE, published
 CLIENT, TEST = "{5A8B5D80-6DCC-4317-9922-99EC0093BF24}", "{62F00881-AC47-458F-BF38-2B84B38DBA50}"
 # Letters that the code page of the prefix has, that take two bytes, and that are of another alphabet.
 LANGUAGES = {"g": ("German", "de_de"), "j": ("Japanese", "ja_jp"), "r": ("Russian", "ru_ru")}
-NO_LANGUAGE = "DELETE FROM `UIText` WHERE `Key`='ZQV__setup_language'"
 
 
 def language(text):
@@ -102,20 +101,10 @@ class Initialisation(Case):
         self.assertIn("***Invalid Modification.Fix Level 'ZQVSERVICESHIPLEVEL'", lines)
         self.assertEqual(self.boxes(lines), [message(2041)])
 
-    def test_what_stops_an_installation(self):
+    def test_support_pacs_of_an_earlier_version(self):
         for pac, switch, number in (("MC74", "ZQVCHECKMSCS", 2053), ("MA0C", "ZQVCHECKPUBSUB", 2054)):
             self.value(rf"{VERSION}\SupportPacs Applied\{pac}")
             self.assertEqual(self.boxes(self.stopped(package, f"{switch}=1")[0]), [message(number)])
-        answers = self.folder / "answers.ini"
-        answers.write_text("[Response]\nADDLOCAL=Base,Nothing\n")
-        from_file = rf"Unknown feature(s) 'Nothing' in property 'ADDLOCAL' in '{TEMP}\answers.ini'. (ZQV4742)"
-        from_line = "Unknown feature(s) 'base' in command-line property 'ADDLOCAL'. (ZQV4740)"
-        for option, text in ((rf"USEINI={TEMP}\answers.ini", from_file), ("ADDLOCAL=Server,base", from_line)):
-            lines, _ = self.stopped(package, option)
-            self.assertEqual(self.boxes(lines), [text])
-            self.assertIn("***Stopping because of unknown features", lines)
-        for query in (NO_LANGUAGE, language("")):
-            self.assertEqual(self.boxes(self.stopped(self.variant(query))[0]), [message(2031)])
 
     def start(self, command, **options):
         """A process that the test ends at the latest."""
@@ -125,7 +114,7 @@ class Initialisation(Case):
         return process
 
     def test_a_person_sees_the_box_and_answers_it(self):
-        self.variant(NO_LANGUAGE)
+        self.variant("DELETE FROM `UIText` WHERE `Key`='ZQV__setup_language'")
         # A desktop that was made without a display would stay without one. What is killed while it starts might make it.
         machine.wine("wineserver", "--wait")
         self.addCleanup(machine.wine, "wineserver", "--kill")

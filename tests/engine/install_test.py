@@ -238,16 +238,6 @@ class ResponseFiles(Installation):
             self.assertEqual([*(machine.drive / OWN).rglob("*"), *machine.product_files()], [])
             self.assertNotEqual(self.registry("query", VERSION, "/v", "PgmFolder"), 0)
 
-    def test_one_bad_folder_moves_nothing(self):
-        bad = f"{TEMP}\\own folders\\QV: data\\"
-        self.stop(self.answer({**self.places, "DATFOLDER": bad}))
-        lines = self.texts()
-        self.assertIn(f"iwiSetDirs: ***Invalid folder '{bad}' in 'DATFOLDER'", lines)
-        said = message(2100).replace("%1", bad).replace("%2", "DATFOLDER")
-        self.assertIn(f"iwiSetDirs: QVCA iwiSetDirs MB error: {said}", lines)
-        for folder in (OWN, "Program Files/Korvex/Vantrel QV", "ProgramData/Korvex/Vantrel QV"):
-            self.assertFalse((machine.drive / folder).exists(), folder)
-
     def test_answers_are_written_but_for_a_removal(self):
         default = self.folder / "QVSeries.ini"
         self.install()

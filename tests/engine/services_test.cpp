@@ -34,7 +34,7 @@ class ServicesTest : public SessionTest {
   }
   ~ServicesTest() override { Unload(); }
 
-  bool Logged(const std::string &text) { return Contains(ReadFile(trace_), ": " + text + "\r\n"); }
+  bool Logged(const std::string &text) { return ReadFile(trace_).find(": " + text + "\r\n") != std::string::npos; }
 
   std::string Write(const std::string &name, DWORD attributes = FILE_ATTRIBUTE_NORMAL) {
     const std::string path = folder + "\\" + name;
@@ -94,7 +94,7 @@ TEST_F(ServicesTest, FilesInUseAndReadOnlyOnesAreLeftToTheRestart) {
     EXPECT_TRUE(iwiDeleteFile({.execute = true, .path = path, .error = &error}));
     EXPECT_EQ(error, code);
     EXPECT_TRUE(Logged("Stacked file for deletion upon reboot: '" + path + "'"));
-    EXPECT_TRUE(Contains(PendingOperations(), path + '\0' + '\0'));
+    EXPECT_NE(PendingOperations().find(path + '\0' + '\0'), std::string::npos);
     EXPECT_TRUE(Exists(path));
   }
   EXPECT_TRUE(RemoveReadOnly(locked, true));

@@ -45,10 +45,6 @@ class SessionTest : public testing::Test {
     return text.str();
   }
 
-  static bool Contains(const std::string &text, const std::string &part) {
-    return text.find(part) != std::string::npos;
-  }
-
   MSIHANDLE session = 0;
   std::string folder;
 
