@@ -4,79 +4,86 @@
     table.py BUILD [FILES...]
 
 BUILD holds the folders bench and windows, built. FILES are the sizes of the trees that are copied and deleted: 1000,
-10000 and 100000 if none is given, the last of which takes some ten minutes. A ratio above 1.15 is marked with what it
-pays for.
+10000 and 100000 if none is given, the last of which takes some minutes. What stands behind the colon is the floor.
+Figures are medians of several runs; the ratio is the median of theirs, and behind it are the lowest and the highest.
+A mark tells that a ratio is beyond the expected one. The exit status tells only of counts that differ, as times depend
+on the machine.
 """
 import json
 import pathlib
+import statistics
 import subprocess
 import sys
 
-LIMIT = 1.15
-
-# What a ratio above the limit pays for, by how the operation begins.
-REASONS = {
-    "size": "all that the library does",
-    "load": "the size of the image, and its imports",
-    "first action": "the load; run modes and properties that its frame asks for",
-    "copy": "asks for the cancel marker and for read-only copies",
-    "delete": "asks for what a failure means, and whether folders are empty",
-    "value list": "sorts the entries, once a load",
-    "calls, a log line, no log set": "an empty property is asked for anew, by rule",
-    "calls, a primary": "walks tables row by row; run modes, products",
+# How a row begins; the ratio that is expected of it, or the exact count of calls; how far above that a ratio may be.
+EXPECTED = {
+    "size of the DLL": (1.00, 0.05),
+    "load, unload": (1.30, 0.15),
+    "first action": (1.12, 0.15),
+    "log line": (1.03, 0.10),
+    "rows": (1.00, 0.10),
+    "copy": (1.90, 0.15),
+    "delete": (1.50, 0.15),
+    "response file, 100 lines": (2.5, 0.20),
+    "response file, 1000 lines": (3.6, 0.20),
+    "response file, 10000 lines": (3.6, 0.20),
+    "response file, 100000 lines": (3.6, 0.20),
+    "installer calls, a log line": (4, 0),
+    "installer calls, a property read": (5, 0),
+    "installer calls, a row of 5 fields": (37, 0),
 }
-# The same, by how the row ends.
-FLOOR_REASONS = {
-    "rows: bare inserts": "logs 7 lines a row",
-    "fgets loop": "keeps and indexes each line",
-    "hash map": "keeps the order of the lines besides, and expands %NAME%",
-}
-
-
-def host_rows(program):
-    """Runs that take turns, and their medians."""
-    report = json.loads(subprocess.run(
-        [program, "--benchmark_format=json", "--benchmark_repetitions=7", "--benchmark_min_time=0.05",
-         "--benchmark_enable_random_interleaving=true", "--benchmark_report_aggregates_only=true"],
-        check=True, stdout=subprocess.PIPE, text=True).stdout)
-    in_order = sorted(report["benchmarks"], key=lambda run: run["family_index"])
-    medians = {run["run_name"].removesuffix("/iterations:1"): run
-               for run in in_order if run["aggregate_name"] == "median"}
-    for name, own in medians.items():
-        if name.endswith("/own"):
-            row = name.removesuffix("/own")
-            floor = medians[row + "/floor"]
-            if "calls" in own:
-                yield row, own["calls"], floor["calls"], "calls"
-            else:
-                yield row, own["cpu_time"] / 1e3, floor["cpu_time"] / 1e3, "us"
 
 
 def windows_rows(folder, sizes):
     library, empty = ((folder / name).stat().st_size for name in ("zqviwicn.dll", "throwing_action.dll"))
-    yield "size of the DLL: an empty one in C++ that throws", library / 1024, empty / 1024, "KB"
+    rows = {("size of the DLL: an empty one in C++ that throws", "KB"): [(library / 1024, empty / 1024)]}
     wine_env = pathlib.Path(__file__).parents[1] / "tools" / "wine-env"
-    with subprocess.Popen([wine_env, folder.parent / "wine", "wine", "windows_bench.exe", *sizes], cwd=folder,
-                          stdout=subprocess.PIPE, text=True) as bench:
-        for line in bench.stdout:
-            name, own, floor = line.rstrip("\r\n").split("\t")
-            yield name, float(own), float(floor), "us"
-    if bench.returncode != 0:
-        sys.exit(f"windows_bench.exe ended with {bench.returncode}")
+    report = subprocess.run([wine_env, folder.parent / "wine", "wine", "windows_bench.exe", *sizes], cwd=folder,
+                            check=True, stdout=subprocess.PIPE, text=True).stdout
+    for line in report.splitlines():
+        name, own, floor = line.split("\t")
+        rows.setdefault((name, "us"), []).append((float(own), float(floor)))
+    return rows
+
+
+def host_rows(program):
+    report = json.loads(subprocess.run(
+        [program, "--benchmark_format=json", "--benchmark_repetitions=7", "--benchmark_min_time=0.05",
+         "--benchmark_enable_random_interleaving=true"], check=True, stdout=subprocess.PIPE, text=True).stdout)
+    counts, sides = {}, {}
+    for run in sorted(report["benchmarks"], key=lambda run: run["family_index"]):
+        if run["run_type"] != "iteration":
+            continue
+        if "own" in run:
+            counts.setdefault((run["run_name"].removesuffix("/iterations:1"), "calls"), []).append(
+                (run["own"], run["floor"]))
+        else:
+            name, side = run["run_name"].split("/")
+            sides.setdefault((name, "us"), {"own": [], "floor": []})[side].append(run["cpu_time"] / 1e3)
+    return {row: list(zip(times["own"], times["floor"])) for row, times in sides.items()} | counts
 
 
 def main():
     build = pathlib.Path(sys.argv[1]).resolve()
-    rows = [*windows_rows(build / "windows", sys.argv[2:] or ["1000", "10000", "100000"]),
-            *host_rows(build / "bench" / "bench" / "host_bench")]
-    print(f'{"operation":34} {"figure":>12} {"floor":>12}       {"ratio":>6}   {"the floor is":40}')
-    for name, own, floor, unit in rows:
-        operation, beside = name.split(": ")
-        ratio = own / floor
-        reasons = [text for start, text in REASONS.items() if name.startswith(start)]
-        reasons += [text for end, text in FLOOR_REASONS.items() if name.endswith(end)]
-        mark = f'* {(reasons or ["why?"])[0]}' if ratio > LIMIT else ""
-        print(f"{operation:34} {own:12,.2f} {floor:12,.2f} {unit:5} {ratio:6.2f}   {beside:40} {mark}".rstrip())
+    rows = windows_rows(build / "windows", sys.argv[2:] or ["1000", "10000", "100000"])
+    rows |= host_rows(build / "bench" / "bench" / "host_bench")
+    print(f'{"what: its floor":62} {"measured":>10} {"floor":>10} {"":5} {"ratio":>6} {"(min..max)":14} expected')
+    differ = False
+    for (name, unit), runs in rows.items():
+        own, floor = map(statistics.median, zip(*runs))
+        ratios = [a / b for a, b in runs]
+        ratio = statistics.median(ratios)
+        spread = f"({min(ratios):.2f}..{max(ratios):.2f})"
+        expected, tolerance = next(value for start, value in EXPECTED.items() if name.startswith(start))
+        if unit == "calls":
+            text = f"{expected} calls"
+            mark = "<- differs" if any(count != expected for count, _ in runs) else ""
+            differ = differ or mark != ""
+        else:
+            text = f"{expected:.2f} +{tolerance:.0%}"
+            mark = "<- beyond" if ratio > expected * (1 + tolerance) else ""
+        print(f"{name:62} {own:10,.2f} {floor:10,.2f} {unit:5} {ratio:6.2f} {spread:14} {text:10} {mark}".rstrip())
+    sys.exit(1 if differ else 0)
 
 
 if __name__ == "__main__":
