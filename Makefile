@@ -27,8 +27,8 @@ fuzz:
 	mkdir -p build/fuzz/corpus
 	cd build/fuzz && tests/response_file_fuzz -max_total_time=60 -print_final_stats=1 corpus ../../tests/fuzz/corpus
 
-# FILES are the sizes of the trees that are copied and deleted. Those that it has by itself take a quarter of an hour;
-# `make bench FILES=1000` takes three minutes.
+# FILES are the sizes of the trees that are copied and deleted. Those that it has by itself take some ten minutes;
+# `make bench FILES=1000` takes two.
 bench: windows
 	@tools/setup bench
 	cmake --preset bench

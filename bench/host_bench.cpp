@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <functional>
-#include <map>
 #include <string>
 
 #include "fake/world.h"
@@ -25,11 +24,10 @@ constexpr char kLine[] = "12:00:00 QVCA info (CaProlog): As long a line as most 
 
 using Work = std::function<void()>;
 
-/// The library anew in a world with these properties.
-World &Restart(const std::map<std::string, std::string> &properties = {}) {
+/// The library anew in a new world.
+World &Restart() {
   Unload();
   World &world = ResetWorld();
-  world.properties = properties;
   world.MakeFolder("C:\\temp");
   Load();
   Session().handle = kSession;
@@ -55,9 +53,8 @@ void ReadByLibrary() {
   responseFileState.End();
   responseFileState.Begin();
   std::string value;
-  Expect(iwiReadResponseFile(kResponses) && iwiGetResponseValue(false, "response", "zqvproperty7", value),
-         "reading a response file");
-  Expect(value == "C:\\Program Files\\7", "finding a response");
+  const bool read = iwiReadResponseFile(kResponses) && iwiGetResponseValue(false, "response", "zqvproperty7", value);
+  Expect(read && value == "C:\\Program Files\\7", "reading a response file");
 }
 
 void ReadBare() {
@@ -70,10 +67,11 @@ void ReadBare() {
 
 /// The installer calls that `work` makes, once the library has asked for the run modes and for the paths of the logs.
 int CountCalls(const Work &work) {
-  World &world = Restart({{"ZQVUSERTRACEPATH", "C:\\temp\\trace.log"},
-                          {"ZQVUSERLOGPATH", "C:\\temp\\user.log"},
-                          {"ZQVTEMPLOGPATH", "C:\\temp\\temp.log"},
-                          {"ZQVPRODUCT", "server"}});
+  World &world = Restart();
+  world.properties = {{"ZQVUSERTRACEPATH", "C:\\temp\\trace.log"},
+                      {"ZQVUSERLOGPATH", "C:\\temp\\user.log"},
+                      {"ZQVTEMPLOGPATH", "C:\\temp\\temp.log"},
+                      {"ZQVPRODUCT", "server"}};
   LogLine("The first line");
   world.installerLog.clear();
   world.callCount.clear();

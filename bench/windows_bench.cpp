@@ -29,18 +29,13 @@ const std::string kText = "Property 'ZQVPRODUCT' value 'server' from property ta
 const std::string kLine = "12:00:00 QVCA info iwiUserExit: " + kText;
 
 /// The folder that everything lies in, and the logs in it.
-std::string base;
-std::string traceLog;
-std::string userLog;
-std::string tempLog;
+std::string base, traceLog, userLog, tempLog;
 
 using Work = std::function<void()>;
 
 /// Microseconds that each of `count` runs takes.
 double Time(int count, const Work &work) {
-  LARGE_INTEGER frequency;
-  LARGE_INTEGER begin;
-  LARGE_INTEGER end;
+  LARGE_INTEGER frequency, begin, end;
   QueryPerformanceFrequency(&frequency);
   QueryPerformanceCounter(&begin);
   for (int run = 0; run < count; ++run) {
@@ -52,7 +47,6 @@ double Time(int count, const Work &work) {
 
 void Print(const std::string &name, double library, double floor) {
   std::printf("%s\t%.3f\t%.3f\n", name.c_str(), library, floor);
-  std::fflush(stdout);
 }
 
 /// Runs the library and the floor in turn.
@@ -176,7 +170,11 @@ void BareLoop(const std::string &tree, const std::string &target) {
     const std::string from = tree + "\\" + name;
     const std::string to = copying ? target + "\\" + name : "";
     if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-      copying ? CopyFileExA(from.c_str(), to.c_str(), nullptr, nullptr, nullptr, 0) : DeleteFileA(from.c_str());
+      if (copying) {
+        CopyFileExA(from.c_str(), to.c_str(), nullptr, nullptr, nullptr, 0);
+      } else {
+        DeleteFileA(from.c_str());
+      }
       BareLines(1, kLine);
     } else if (name != "." && name != "..") {
       BareLoop(from, to);
