@@ -343,6 +343,8 @@ TEST_F(UpgradeTest, QueueManagersAreListedSavedAndDeleted) {
   EXPECT_NE(RunIn(16, iwiSaveQmConfigExec, 1603).find("***Can't use folder 'C:\\temp\\zqvsave\\qmgrs' 0\n"),
             std::string::npos);
   EXPECT_EQ(Ticks(2), 1000000);
+  Set("ZQVSAVEQMUNITS=2147483647");
+  RunIn(16, iwiSaveQmConfigExec, 1603);  // soon
 
   for (const auto &[removal, fate, deleted] :
        {std::tuple{"1", "keep", false}, {"0", "delete", false}, {"1", "delete", true}}) {

@@ -52,10 +52,11 @@ bool ReadQueueManagers(QueueManagers &found) {
 std::string JoinThatFit(const std::vector<std::string> &names) {
   std::string list;
   for (const std::string &name : names) {
-    if (list.size() + 1 + name.size() >= kNameListLength) {
+    const std::string added = (list.empty() ? "" : ",") + name;
+    if (list.size() + added.size() >= kNameListLength) {
       break;
     }
-    list.append(list.empty() ? "" : ",").append(name);
+    list += added;
   }
   return list;
 }
@@ -76,8 +77,7 @@ class Save {
  public:
   explicit Save(int units) : unitsLeft_(units) {}
 
-  /// Makes the folder of the library's own, or one in it that is called `name`, and holds it. A link would lead what is
-  /// copied elsewhere.
+  /// Makes a folder of the library's own, or one in it, and holds it. A link would lead what is copied elsewhere.
   bool Enter(const std::string &folder, HeldFolder &held) {
     CreateTargetFolder(folder);
     held = HeldFolder(folder);
@@ -95,6 +95,15 @@ class Save {
     Report();
   }
 
+  /// Reports what is left of the announced units, in one step: the number comes from a file. Gives the last failure.
+  ResultCode End() const {
+    if (unitsLeft_ > 0) {
+      SendProgress(0, AddUnits(0, unitsLeft_));
+    }
+    return result_;
+  }
+
+ private:
   void Report() {
     if (unitsLeft_ > 0) {
       --unitsLeft_;
@@ -102,15 +111,6 @@ class Save {
     }
   }
 
-  /// Reports what is left of the announced units; gives the last failure.
-  ResultCode End() {
-    while (unitsLeft_ > 0) {
-      Report();
-    }
-    return result_;
-  }
-
- private:
   int unitsLeft_;
   ResultCode result_ = ERROR_SUCCESS;
 };
