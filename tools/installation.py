@@ -163,7 +163,12 @@ class Machine:
         """An installation (verb /i) or removal (/x), silent but for another level, that writes its log to `folder`."""
         log = self.drive / folder / "msiexec.log"
         log.unlink(missing_ok=True)
-        status = self.wine("wine", "msiexec", verb, package, level, "/l*v", rf"C:\{folder}\msiexec.log", *options)
+        try:
+            status = self.wine("wine", "msiexec", verb, package, level, "/l*v", rf"C:\{folder}\msiexec.log", *options)
+        except RuntimeError as error:
+            # Whoever clears the folder away takes the log with it.
+            end = "\n".join(read_text(log).splitlines()[-20:])
+            raise RuntimeError(f"{error}; its log ends:\n{end}") from error
         return Run(verb, status, read_text(log))
 
     def fresh_folder(self, name):
