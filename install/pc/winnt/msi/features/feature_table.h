@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 namespace zqv {
 
 /// The product's features, as the package's Feature table names them.
@@ -18,6 +20,15 @@ inline constexpr const char *kFeatureNames[] = {
 #include "features/feature_table.inc"
 #undef FEATURE
 };
+
+/// The language of a documentation feature, as in "de_de"; empty for any other feature.
+constexpr std::string_view DocumentationLanguageOf(std::string_view feature) {
+  constexpr std::string_view before = "docs_";
+  constexpr std::string_view behind = "_eclipse";
+  const bool isDocumentation = feature.starts_with(before) && feature.ends_with(behind);
+  return isDocumentation ? feature.substr(before.size(), feature.size() - before.size() - behind.size())
+                         : std::string_view();
+}
 
 constexpr const char *NameOf(Feature feature) { return kFeatureNames[static_cast<int>(feature)]; }
 

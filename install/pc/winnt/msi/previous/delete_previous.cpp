@@ -13,35 +13,48 @@
 
 namespace zqv {
 
+bool FindOtherProgramFolder(std::string &folder, DeletionGuard &guard) {
+  std::string program;
+  if (!GetFolderProperty("ZQVPREVPGM", folder)) {
+    return false;
+  }
+  if (folder.empty()) {
+    return true;
+  }
+  if (!GetFolderProperty("ZQVPGMFOLDER", program)) {
+    return false;
+  }
+  if (EqualName(folder, program)) {
+    LogLine("Previous version is in the same folder");
+    folder.clear();
+    return true;
+  }
+  if (!guard.Prepare()) {
+    return false;
+  }
+  if (!guard.MayDeleteBelow(folder)) {
+    folder.clear();
+  }
+  return true;
+}
+
 ResultCode DeletePrevious() {
   std::string previous;
-  std::string program;
-  std::string data;
-  std::string previousData;
-  if (!GetFolderProperty("ZQVPREVPGM", previous)) {
+  DeletionGuard guard;
+  if (!FindOtherProgramFolder(previous, guard)) {
     return ERROR_INSTALL_FAILURE;
   }
   if (previous.empty()) {
     return ERROR_SUCCESS;
   }
-  if (!GetFolderProperty("ZQVPGMFOLDER", program)) {
-    return ERROR_INSTALL_FAILURE;
-  }
-  if (EqualName(previous, program)) {
-    LogLine("Previous version is in the same folder");
-    return ERROR_SUCCESS;
-  }
-  DeletionGuard guard;
-  if (!GetFolderProperty("ZQVDATFOLDER", data) || !GetFolderProperty("ZQVPREVDAT", previousData) || !guard.Prepare()) {
-    return ERROR_INSTALL_FAILURE;
-  }
-  if (!guard.MayDeleteBelow(previous)) {
-    return ERROR_SUCCESS;
-  }
-  for (const std::string &kept : {program, data, previousData}) {
+  for (const char *name : {"ZQVPGMFOLDER", "ZQVDATFOLDER", "ZQVPREVDAT"}) {
+    std::string kept;
+    if (!GetFolderProperty(name, kept)) {
+      return ERROR_INSTALL_FAILURE;
+    }
     guard.Bar(kept);
   }
-  for (const char *name : {"bin", "uninst", "doc"}) {
+  for (const char *name : kProgramFolders) {
     const std::string folder = previous + name;
     if (iwiFolderExists(folder) && guard.MayDeleteBelow(folder)) {
       StackTree(folder, kBaseComponent, kWhenInstalled);

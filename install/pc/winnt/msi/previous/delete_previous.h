@@ -1,8 +1,19 @@
 #pragma once
 
+#include <string>
+
 #include "base/result_code.h"
+#include "services/removal/deletion_guard.h"
 
 namespace zqv {
+
+/// The folders of an earlier version's program folder that are nobody else's.
+inline constexpr const char *kProgramFolders[] = {"bin", "uninst", "doc"};
+
+/// Finds the earlier version's program folder (ZQVPREVPGM), with a backslash at its end. Empty when there is none, when
+/// it is the new one too, or when the guard lets nothing be deleted below it; the last two are told. False when a
+/// property cannot be read.
+[[nodiscard]] bool FindOtherProgramFolder(std::string &folder, DeletionGuard &guard);
 
 /// iwiDeletePrevious: where the earlier version's program folder (ZQVPREVPGM) is another one than the new, stacks the
 /// removal of its folders "bin", "uninst" and "doc" with all that is in them, and of itself, if it is empty then. One

@@ -94,6 +94,14 @@ void ProcessList(bool present, const char *format, const Member &member, Deletio
 
 }  // namespace
 
+std::vector<const char *> DocumentationDecisions() {
+  std::vector<const char *> decisions;
+  for (const Member &member : kMembers) {
+    decisions.push_back(member.decision);
+  }
+  return decisions;
+}
+
 ResultCode DeleteOldDocumentation(OldDocumentation language) {
   if (AnnouncePhase() != Phase::scriptGeneration) {
     return ERROR_SUCCESS;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "base/result_code.h"
 
 namespace zqv {
@@ -12,6 +14,9 @@ enum class OldDocumentation { deDe, enUs, esEs, frFr, itIt, jaJp, koKr, ptBr, zh
 /// feature takes its place, only the lists of the PDF and HTML documentation are carried out. Returns ERROR_SUCCESS, or
 /// ERROR_INSTALL_FAILURE when the property cannot be set.
 ResultCode DeleteOldDocumentation(OldDocumentation language);
+
+/// The properties that tell the decisions, one a language.
+std::vector<const char *> DocumentationDecisions();
 
 /// The same as the body of an action.
 template <OldDocumentation Language>

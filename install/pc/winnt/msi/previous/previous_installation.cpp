@@ -39,7 +39,7 @@ const PreviousInstallation &FindPreviousInstallation() {
   PreviousInstallation &found = state->installation;
   if (!state->asked) {
     state->asked = true;
-    found.exists = ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, "VRMF", found.version);
+    found.exists = ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, kVrmfValue, found.version);
     found.programFolder = ReadFolder(kProgramFolderValue);
     found.dataFolder = ReadFolder(kDataFolderValue);
     found.logFolder = ReadFolder(kLogFolderValue);

@@ -62,8 +62,10 @@ std::string FindPsapi() {
   if (!iwiFileExists(path)) {
     static_cast<void>(iwiUnpackBinary("psapi", ".dll", path, nullptr));  // whether the file is there tells
     if (!iwiFileExists(path)) {
-      path.clear();
+      return {};
     }
+    // Without that, which is logged, it is not deleted at the end.
+    static_cast<void>(SetProperty(kUnpackedPsapi, path));
   }
   return path;
 }

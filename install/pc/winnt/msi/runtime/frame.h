@@ -36,6 +36,7 @@ inline constexpr RunModeGuard kImmediateOnly{RunModeGuard::error, {kScheduled, k
 inline constexpr RunModeGuard kNotInCommit{RunModeGuard::error, {kCommit}};
 inline constexpr RunModeGuard kNotInRollbackOrCommit{RunModeGuard::error, {kRollback, kCommit}};
 inline constexpr RunModeGuard kBypassedInRollback{RunModeGuard::bypass, {kRollback}};
+inline constexpr RunModeGuard kBypassedUnlessImmediate{RunModeGuard::bypass, {kRollback, kScheduled, kCommit}};
 
 /// One exported action.
 struct Action {

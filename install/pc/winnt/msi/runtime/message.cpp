@@ -79,7 +79,7 @@ bool LoadMessageLibrary(UINT id) {
     return false;
   }
   if (state->path.empty()) {
-    state->path = TempName(true, "zqvl", ".dll");
+    state->path = MessageLibraryName();
   }
   state->library = LoadModuleFile(state->path, LOAD_LIBRARY_AS_DATAFILE);
   if (!state->library) {

@@ -67,4 +67,8 @@ std::string ValueListName() { return TempName(true, "zqvp", ".txt"); }
 
 std::string TempLogName() { return TempName(true, "zqvg", ".txt"); }
 
+std::string MessageLibraryName() { return TempName(true, "zqvl", ".dll"); }
+
+std::string CatalogueName() { return TempName(true, "zqvg", ".dll"); }
+
 }  // namespace zqv

@@ -10,8 +10,12 @@ namespace zqv {
 /// the name is composed of it and the file is neither made nor looked for. Empty when no name could be found.
 std::string TempName(bool persistNumber, const char *prefix, const char *extension);
 
-/// The name of the file that hands values to deferred actions, and of the temporary log.
+// The files that an installation has by that number: what hands values to deferred actions, the temporary log, the
+// message library, and the catalogue.
+
 std::string ValueListName();
 std::string TempLogName();
+std::string MessageLibraryName();
+std::string CatalogueName();
 
 }  // namespace zqv

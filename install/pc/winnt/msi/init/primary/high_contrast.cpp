@@ -19,7 +19,7 @@ constexpr unsigned kBrightText = 3 * 255 / 2;  // deliberately the half rounded 
 /// What the product that is installed already was told.
 bool AskRegistry() {
   std::string mode;
-  if (!ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, "HighContrastMode", mode)) {
+  if (!ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, kHighContrastValue, mode)) {
     LogLine("Can't find QV registry high contrast flag");
     return true;
   }

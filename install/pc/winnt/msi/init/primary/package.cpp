@@ -132,7 +132,7 @@ bool PublishBuildStamp(Facts & /*facts*/) {
 }
 
 bool UnpackMessageLibrary(Facts &facts) {
-  const std::string path = TempName(true, "zqvl", ".dll");
+  const std::string path = MessageLibraryName();
   if (path.empty()) {
     facts.result = ERROR_INSTALL_FAILURE;
     return true;
@@ -146,7 +146,7 @@ bool UnpackMessageLibrary(Facts &facts) {
 }
 
 bool UnpackCatalogue(Facts & /*facts*/) {
-  const std::string path = TempName(true, "zqvg", ".dll");
+  const std::string path = CatalogueName();
   if (!path.empty()) {
     // Without it, which is logged, the installation goes on.
     static_cast<void>(iwiUnpackBinary("zqviwiln", ".dll", path, nullptr));

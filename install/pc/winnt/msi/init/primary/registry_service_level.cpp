@@ -8,6 +8,7 @@
 #include "base/vrmf.h"
 #include "runtime/log.h"
 #include "services/files/existence.h"
+#include "services/system/product_key.h"
 #include "services/system/registry.h"
 #include "services/system/registry_values.h"
 
@@ -15,7 +16,7 @@ namespace zqv {
 
 namespace {
 
-constexpr std::string_view kMarker = "Maint";
+constexpr std::string_view kMarker = kMaintenanceMarker;
 constexpr char kShipped[] = "Shipped";
 constexpr char kValidFile[] = "Valid.csd";
 constexpr DWORD kShownBytes = 64;
@@ -112,7 +113,7 @@ bool ReadRegistryServiceLevel(const std::string &rootKey, ServiceLevel &level) {
   const std::string versionKey = rootKey + "\\CurrentVersion";
   ServiceLevel::Level installed;
   std::string vrmf;
-  if (ReadRegistryText(HKEY_LOCAL_MACHINE, versionKey, "VRMF", vrmf)) {
+  if (ReadRegistryText(HKEY_LOCAL_MACHINE, versionKey, kVrmfValue, vrmf)) {
     const Vrmf fields = SplitVrmf(vrmf);
     Log("Registry VRMF is '%s.%s.%s.%s' (%s)", fields.version.c_str(), fields.release.c_str(),
         fields.modification.c_str(), fields.fix.c_str(), vrmf.c_str());

@@ -1,11 +1,15 @@
+#include "init/primary/save_file.h"
+
 #include <string>
 
+#include "base/code_page.h"
 #include "base/path.h"
 #include "init/primary/sections.h"
 #include "platform/owner.h"
 #include "runtime/message.h"
 #include "runtime/property.h"
 #include "services/files/create.h"
+#include "services/files/delete_entry.h"
 
 namespace zqv {
 
@@ -21,6 +25,8 @@ int MakeEmptyFile(const std::string &path) {
   return file ? static_cast<int>(ERROR_SUCCESS) : static_cast<int>(GetLastError());
 }
 
+std::string DefaultPath() { return ValueOf(Kept::tempFolder) + "\\QVSeries.ini"; }
+
 }  // namespace
 
 bool DefaultSaveFile(Facts & /*facts*/) {
@@ -29,7 +35,7 @@ bool DefaultSaveFile(Facts & /*facts*/) {
   if (!GetProperty("ONLYINI", onlyIni, kOnlyIniLength) || !GetProperty(kSaveFileProperty, path)) {
     return false;
   }
-  return !path.empty() || SetProperty(kSaveFileProperty, ValueOf(Kept::tempFolder) + "\\QVSeries.ini");
+  return !path.empty() || SetProperty(kSaveFileProperty, DefaultPath());
 }
 
 bool MakeSaveFile(Facts &facts) {
@@ -45,6 +51,17 @@ bool MakeSaveFile(Facts &facts) {
   std::string format;
   if (error != ERROR_SUCCESS && iwiLoadNlsString(format, message::kSaveFileFailed)) {
     iiiDisplayMsgBox(FillInsert(format, "%d", std::to_string(error)), MB_ICONERROR);
+  }
+  return true;
+}
+
+bool DeleteDefaultSaveFile() {
+  std::string path;
+  if (!GetKeptProperty(Kept::tempFolder) || !GetTrimmedProperty(kSaveFileProperty, path)) {
+    return false;
+  }
+  if (IsAbsoluteFolder(ValueOf(Kept::tempFolder)) && EqualName(path, DefaultPath())) {
+    static_cast<void>(DeleteOneFile({.execute = true, .path = path}));
   }
   return true;
 }

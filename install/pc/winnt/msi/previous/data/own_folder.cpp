@@ -29,7 +29,7 @@ bool ClearOwnFolder(const char *name, std::string &path) {
       {.execute = true, .path = path + "\\*", .deleteFiles = true, .removeFolders = true, .recurse = true});
   // A file that is in use counts as deleted, but keeps the folder.
   if (!deleted || iwiFolderExists(path)) {
-    Log("***Earlier folder '%s' cannot be deleted", path.c_str());
+    Log("***Folder '%s' cannot be deleted", path.c_str());
     return false;
   }
   return true;

@@ -13,8 +13,8 @@ inline constexpr char kSavedFolder[] = "zqvsave";      ///< what the support eng
 /// folder.
 [[nodiscard]] bool FindOwnFolder(const char *name, std::string &path);
 
-/// The same, for an immediate pass that is about to have it filled: what an earlier installation has left there is
-/// deleted. False, with a line, also when that is still there.
+/// The same, and deletes the folder with all that is in it: before an immediate pass has it filled anew, or at the end.
+/// False, with a line, also when it is still there.
 [[nodiscard]] bool ClearOwnFolder(const char *name, std::string &path);
 
 }  // namespace zqv

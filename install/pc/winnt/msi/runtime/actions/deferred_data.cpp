@@ -12,6 +12,7 @@
 #include "runtime/installer_result.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
+#include "runtime/script.h"
 #include "runtime/table_query.h"
 #include "runtime/temp_name.h"
 
@@ -141,7 +142,7 @@ ResultCode SetCustomActionData() {
   }
   ResultCode result = ERROR_SUCCESS;
   VisitRows(kActionQuery, result, [&](MSIHANDLE row) { return SetDataOfRow(row, listPath, result); });
-  return result;
+  return result != ERROR_SUCCESS ? result : ResultOf(SetProperty(kScript, kScriptPlanned));
 }
 
 }  // namespace zqv

@@ -40,32 +40,39 @@ bool ReadLogSwitch(const char *name, std::string &value) {
   return true;
 }
 
-/// How many characters a text has, as it is read; it is left at its beginning.
-std::size_t Measure(std::FILE *file) {
-  std::size_t length = 0;
+/// Counts the characters that a text has, as it is read, and leaves it at its beginning. False when it cannot be read.
+bool Measure(std::FILE *file, std::size_t &length) {
   while (std::getc(file) != EOF) {
     ++length;
   }
+  const bool read = std::ferror(file) == 0;
   std::rewind(file);
-  return length;
+  return read;
 }
 
-void MergeLines(const std::string &path) {
+/// False, with a line, when some of the file's lines could not be read.
+bool MergeLines(const std::string &path) {
   OwnedStream file(OpenCFile(path.c_str(), "rt"));
   if (!file) {
     Log("Can't find '%s'", path.c_str());
-    return;
+    return true;
   }
   // The file may be one of the logs that the lines go to: it is read as far as it goes now.
-  std::size_t left = Measure(file.Get());
+  std::size_t left = 0;
+  bool isWhole = Measure(file.Get(), left);
   Log("Messages from temporary log file '%s':", path.c_str());
   std::string line;
   while (const std::size_t read = ReadLine(file.Get(), line, std::min(left, kMergedLineLength))) {
     LogRaw(">>" + std::string(CutAtLineBreak(line)));
     left -= read;
   }
+  isWhole = isWhole && std::ferror(file.Get()) == 0;
   file.Reset();
   LogLine("End of messages from temporary log file.");
+  if (!isWhole) {
+    Log("***Can't read all of '%s'", path.c_str());
+  }
+  return isWhole;
 }
 
 }  // namespace
@@ -83,8 +90,7 @@ void MergeTempLog(bool deleteAfter, std::string path) {
     LogLine("No log file available");
     return;
   }
-  MergeLines(path);
-  if (deleteAfter) {
+  if (MergeLines(path) && deleteAfter) {
     DeleteLog(path, true);
   }
 }

@@ -23,7 +23,7 @@ ResultCode UnSetTempLogPath();
 ResultCode PrintSummary();
 
 /// Copies the lines of the file `path` into the current logs, unstamped and marked ">>". An empty path stands for
-/// "zqvilogn.txt" in the data folder. `deleteAfter` deletes the file, also when it could not be read.
+/// "zqvilogn.txt" in the data folder. `deleteAfter` deletes the file, unless some of it could not be read.
 void MergeTempLog(bool deleteAfter, std::string path);
 
 }  // namespace zqv

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "base/load_state.h"
+#include "platform/msi.h"
 
 namespace zqv {
 
@@ -12,5 +13,11 @@ extern LoadStateEntry &componentState;
 /// component that rows of other tables can belong to. Looked up once; the answer, `otherwise` included, is kept for the
 /// life of the load.
 const std::string &iwiFindLocalComponent(const std::string &otherwise);
+
+/// The state that the installer brings a component to. Unknown, with a line, when that cannot be asked.
+INSTALLSTATE AskComponentAction(const std::string &component);
+
+/// The key of the first component of a feature that is going to be absent; empty when there is none.
+std::string FindAbsentComponent(const std::string &feature);
 
 }  // namespace zqv
