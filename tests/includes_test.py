@@ -28,6 +28,7 @@ LAYERS = [  # the lowest first
     "init/folders",
     "init/secondary",
     "runtime/actions",
+    "completion",
     "zqviwicn",
 ]
 MADE_BY_THE_BUILD = {"build_stamp.h"}

@@ -48,6 +48,11 @@ const Scenario kScenarios[] = {
      [](World &world) {
        world.properties.merge(Entries("ZQVUSERTRACEPATH=C:\\t|ZQVUSERLOGPATH=C:\\u|ZQVTEMPLOGPATH=C:\\l"));
      }},
+    {"early_end", iwiCleanUp,
+     [](World &world) {
+       world.properties["ZQVSCRIPT"] = "";
+       world.properties["ZQVTEMPLOGPATH"] = "C:\\temp\\zqvg0001.txt";
+     }},
     {"losing_silently", iwiTestLosingFeatures, [](World &world) { world.properties["UILevel"] = "2"; }},
     {"stacked_files", InFrame<[] { return iwiStackFilesForDeletion("C:\\tree\\a.txt", "Base", 1); }>},
     {"stacked_folder", InFrame<[] { return iwiStackFolderForDeletion("C:\\tree\\", "Base", 2); }>},
@@ -144,12 +149,16 @@ void FillWorld(World &world) {
       R"(ZQVDATFOLDER=C:\data|ZQVPREVPGM=C:\old|INSTALLLOG=C:\new\user.log|USEINI=C:\temp\r.ini|)"
       R"(SAVEINI=C:\temp\saved.ini|ZQVPROPERTYNAMELIST1=ProductName;PGMFOLDER|CostingComplete=1|ZQVVOLUMELABEL=QV|)"
       R"(ZQVPATHTOCHECK=ZQVPGMFOLDER|ZQVMIGRATE=1|ZQVPREVDAT=C:\older|ZQVPREVVERSION=5.3.0.1|ZQVREMOVE=0|)"
-      R"(ZQVMIGRATEFILES1=a.ini|ZQVMIGRATEDFROM=1:3600|ZQVSAVEQMUNITS=3|)");
+      R"(ZQVMIGRATEFILES1=a.ini|ZQVMIGRATEDFROM=1:3600|ZQVSAVEQMUNITS=3|ZQVSCRIPT=1|)"
+      R"(ZQVPSAPI=C:\temp\psapi.dll|ZQVTIDYFOLDER=C:\old\|ZQVVRMF=6.0.2.0|ZQVOLDVRMF=5.3.0.1|ZQVSETHIGHCONTRAST=1|)"
+      R"(ZQVLOGFOLDER=C:\log|ZQVLEAVEWEBDATAINSTALL=delete|)");
   for (const auto &[path, bytes] :
        Entries("C:\\temp\\r.ini=[Response]\nPGMFOLDER=%X%\nWIZPARMFILE=C:\\temp\\r.ini\nAGREETOLICENSE=maybe\n|"
                "C:\\temp\\zqvg0001.txt=a line\r\n|C:\\temp\\zqvcancl.txt=|C:\\qv\\bin\\zqvmtbrn.exe=MZ|"
                "C:\\temp\\zqvmigr\\a.ini=a|C:\\temp\\zqvm0001.txt=a.ini\r\n|C:\\temp\\zqvsave\\x=|C:\\older\\b.ini=b|"
                "C:\\old\\bin\\x.exe=MZ|C:\\data\\qmgrs\\one\\qm.ini=q|"
+               "C:\\qv\\bin\\a.trc=|C:\\qv\\docs\\fr_fr\\x.idx=|C:\\data\\conv\\a.tbl=|C:\\data\\web\\scripts\\a=|C:"
+               "\\log\\qv1.log=|"
                "C:\\qv\\bin\\endqvlsr.exe=MZ|C:\\data\\zqvqmgrs.txt=one\n|C:\\tree\\a.txt=a|C:\\tree\\sub\\b.txt=b")) {
     world.WriteFile(path, bytes);
   }
@@ -171,6 +180,10 @@ void FillWorld(World &world) {
     world.features[name] = {};
   }
   world.components["Base"] = {INSTALLSTATE_ABSENT, INSTALLSTATE_LOCAL};
+  world.features["Server"] = world.features["docs_fr_fr_eclipse"] = {INSTALLSTATE_LOCAL, INSTALLSTATE_ABSENT};
+  world.components["Base_base"] = {INSTALLSTATE_LOCAL, INSTALLSTATE_LOCAL};
+  world.components["cServer"] = {INSTALLSTATE_LOCAL, INSTALLSTATE_ABSENT};
+  world.tables["FeatureComponents"] = {{"Feature_", "Component_"}, {{"Server", "cServer"}}};
   world.tables["Feature"].rows = {{"Base"}, {"Server"}};
   world.tables["Component"].rows = {{"Base"}};
   world.tables["CustomAction"].rows = {{"One", 1}, {"Two", 0x401}};

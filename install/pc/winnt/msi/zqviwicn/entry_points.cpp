@@ -2,6 +2,10 @@
 
 #include <type_traits>
 
+#include "completion/clean_up.h"
+#include "completion/leftovers.h"
+#include "completion/registry_records.h"
+#include "completion/tidy_up.h"
 #include "features/answers/response_writer.h"
 #include "features/presets.h"
 #include "init/folders/folders.h"
