@@ -16,25 +16,14 @@ int Seconds(int steps) { return static_cast<int>(static_cast<long long>(steps) *
 
 }  // namespace
 
-// A last field of 0: action data does not move the bar.
-WaitBar::WaitBar() : progress_(MakeRecord({kProgressActionInfo, 1, 0})) {
-  if (progress_) {
-    SendProgress(progress_.Get(), 0);
-    SetFields(progress_.Get(), {kProgressIncrement, kTicksPerUnit, 0});
-  }
-  actionData_ = MakeRecord({"", ""});
-}
-
-void WaitBar::WaitWhile(int steps, UINT text, const std::string &subject, const std::function<bool()> &running,
-                        bool isOver) {
-  Begin(text);
+void WaitInSteps(int steps, const std::function<bool()> &running,
+                 const std::function<void(int left, bool waiting)> &onStep, bool isOver) {
   bool stillRunning = !isOver;
   int waited = 0;
   for (int step = 0; step < steps; ++step) {
-    if (stillRunning) {
-      ShowCountdown(steps - step, subject);
+    if (onStep) {
+      onStep(steps - step, stillRunning);
     }
-    Step();
     if (stillRunning) {
       stillRunning = running();
     }
@@ -48,6 +37,27 @@ void WaitBar::WaitWhile(int steps, UINT text, const std::string &subject, const 
   } else {
     Log("Waited %d seconds", Seconds(waited));
   }
+}
+
+// A last field of 0: action data does not move the bar.
+WaitBar::WaitBar() : progress_(MakeRecord({kProgressActionInfo, 1, 0})) {
+  if (progress_) {
+    SendProgress(progress_.Get(), 0);
+    SetFields(progress_.Get(), {kProgressIncrement, kTicksPerUnit, 0});
+  }
+  actionData_ = MakeRecord({"", ""});
+}
+
+void WaitBar::WaitWhile(int steps, UINT text, const std::string &subject, const std::function<bool()> &running,
+                        bool isOver) {
+  Begin(text);
+  const auto show = [&](int left, bool waiting) {
+    if (waiting) {
+      ShowCountdown(left, subject);
+    }
+    Step();
+  };
+  WaitInSteps(steps, running, show, isOver);
 }
 
 void WaitBar::iwiTimedPause(int steps) {

@@ -7,6 +7,12 @@
 
 namespace zqv {
 
+/// Waits until `running` is false, `steps` steps of half a second at the most, and logs for how long. `onStep`, if any,
+/// is called in each step first, also in those for which the wait is over already, as it is from the beginning where
+/// `isOver`: it gets the steps that are left and whether the wait goes on.
+void WaitInSteps(int steps, const std::function<bool()> &running,
+                 const std::function<void(int left, bool waiting)> &onStep = nullptr, bool isOver = false);
+
 /// Waiting in a deferred action, in steps of half a second, with a progress bar and a countdown in seconds. The bar
 /// always moves by one unit for each planned step, however soon the wait is over.
 class WaitBar {

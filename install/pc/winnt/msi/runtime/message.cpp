@@ -90,6 +90,8 @@ bool LoadMessageLibrary(UINT id) {
   return true;
 }
 
+HWND FindSplash() { return FindWindowExA(nullptr, nullptr, kSplashClass, nullptr); }
+
 void SendToInstallerLog(const std::string &text) {
   OwnedInstallerHandle record(MsiCreateRecord(1));
   if (!record) {
@@ -176,7 +178,7 @@ int iiiDisplayMsgBox(const std::string &text, UINT type) {
 void CloseSplash() {
   bool found = false;
   for (;;) {
-    const HWND window = FindWindowExA(nullptr, nullptr, kSplashClass, nullptr);
+    const HWND window = FindSplash();
     if (window == nullptr) {
       break;
     }
@@ -192,6 +194,8 @@ void CloseSplash() {
     Log("Splash bitmap not running");
   }
 }
+
+bool IsSplashShown() { return FindSplash() != nullptr; }
 
 bool FormatInserts(std::string &text, const std::string &format, const char *a1, const char *a2, const char *a3,
                    const char *a4) {

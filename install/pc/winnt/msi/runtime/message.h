@@ -65,6 +65,9 @@ int iiiDisplayMsgBox(const std::string &text, UINT type);
 /// Closes the product's splash window and waits, without a limit, until it is gone.
 void CloseSplash();
 
+/// True while the product's splash window is there.
+bool IsSplashShown();
+
 /// Fills the inserts %1 to %4 of a message text, as FormatMessage does; the result has at most 515 characters. False
 /// with the format itself in `text`.
 bool FormatInserts(std::string &text, const std::string &format, const char *a1 = "", const char *a2 = "",

@@ -6,4 +6,7 @@ namespace zqv {
 /// cannot be read.
 [[nodiscard]] bool AskFullUserInterface(bool &full);
 
+/// Finds out whether the installation is silent, with nothing shown at all (UILevel 2). Results as above.
+[[nodiscard]] bool AskSilent(bool &silent);
+
 }  // namespace zqv
