@@ -29,6 +29,7 @@ LAYERS = [  # the lowest first
     "init/secondary",
     "runtime/actions",
     "completion",
+    "completion/launching",
     "zqviwicn",
 ]
 MADE_BY_THE_BUILD = {"build_stamp.h"}

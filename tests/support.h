@@ -85,6 +85,28 @@ class LibraryTest : public testing::Test {
     ExpectInLog(texts);
   }
 
+  /// Runs an action after a reload; gives its lines.
+  std::string Run(EntryPoint action, UINT expected = 0) {
+    Reload();
+    copyCancelled = FALSE;
+    EXPECT_EQ(action(kSession), expected);
+    return LogText();
+  }
+
+  /// The same in a deferred mode, with the value list of now.
+  std::string RunIn(int mode, EntryPoint action, UINT expected = 0) {
+    std::string values;
+    for (const auto &[name, value] : world.properties) {
+      values += name + "=" + value + ";";
+    }
+    world.WriteFile("C:\\temp\\zqvp0001.txt", values);
+    world.properties["CustomActionData"] = "C:\\temp\\zqvp0001.txt";
+    world.modes = {mode};
+    const std::string log = Run(action, expected);
+    world.modes = {};
+    return log;
+  }
+
   /// All lines so far, stamps removed: each is "ACTION: text".
   std::string LogText() {
     std::string text;

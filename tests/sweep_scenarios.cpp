@@ -150,8 +150,9 @@ void FillWorld(World &world) {
       R"(SAVEINI=C:\temp\saved.ini|ZQVPROPERTYNAMELIST1=ProductName;PGMFOLDER|CostingComplete=1|ZQVVOLUMELABEL=QV|)"
       R"(ZQVPATHTOCHECK=ZQVPGMFOLDER|ZQVMIGRATE=1|ZQVPREVDAT=C:\older|ZQVPREVVERSION=5.3.0.1|ZQVREMOVE=0|)"
       R"(ZQVMIGRATEFILES1=a.ini|ZQVMIGRATEDFROM=1:3600|ZQVSAVEQMUNITS=3|ZQVSCRIPT=1|)"
-      R"(ZQVPSAPI=C:\temp\psapi.dll|ZQVTIDYFOLDER=C:\old\|ZQVVRMF=6.0.2.0|ZQVOLDVRMF=5.3.0.1|ZQVSETHIGHCONTRAST=1|)"
-      R"(ZQVLOGFOLDER=C:\log|ZQVLEAVEWEBDATAINSTALL=delete|)");
+      R"(ZQVPSAPI=C:\temp\psapi.dll|ZQVTIDYFOLDER=C:\old\|ZQVVRMF=5.3|ZQVOLDVRMF=5.3.0.1|ZQVSETHIGHCONTRAST=1|)"
+      R"(ZQVLOGFOLDER=C:\log|ZQVLEAVEWEBDATAINSTALL=delete|)"
+      R"(ARPREADME=C:\qv\readme.txt|ZQVMKDIR=1|ZQVSYSTEMLANGUAGECODE=de_DE|ZQVSERVICELEVELMESSAGE=later|)");
   for (const auto &[path, bytes] :
        Entries("C:\\temp\\r.ini=[Response]\nPGMFOLDER=%X%\nWIZPARMFILE=C:\\temp\\r.ini\nAGREETOLICENSE=maybe\n|"
                "C:\\temp\\zqvg0001.txt=a line\r\n|C:\\temp\\zqvcancl.txt=|C:\\qv\\bin\\zqvmtbrn.exe=MZ|"
@@ -161,6 +162,11 @@ void FillWorld(World &world) {
                "\\log\\qv1.log=|"
                "C:\\qv\\bin\\endqvlsr.exe=MZ|C:\\data\\zqvqmgrs.txt=one\n|C:\\tree\\a.txt=a|C:\\tree\\sub\\b.txt=b")) {
     world.WriteFile(path, bytes);
+  }
+  for (const char *name : {"bin\\zqvmjpse.exe", "bin\\zqvtcert.exe", "bin\\zqvlpad.exe", "bin\\zqvsslwz.exe",
+                           "bin\\setqvscp.exe", "bin\\zqvmkdir.exe", "doc\\sslinfo.htm", "readme.txt"}) {
+    world.WriteFile(std::string("C:\\qv\\") + name, "MZ");
+    world.programs[std::string("C:\\qv\\") + name] = {};
   }
   world.Attributes("C:\\tree\\sub\\b.txt") = FILE_ATTRIBUTE_READONLY;
   world.programs["C:\\tree\\a.txt"].runtimeMs = 10;
@@ -187,7 +193,7 @@ void FillWorld(World &world) {
   world.tables["Feature"].rows = {{"Base"}, {"Server"}};
   world.tables["Component"].rows = {{"Base"}};
   world.tables["CustomAction"].rows = {{"One", 1}, {"Two", 0x401}};
-  world.tables["File"].rows = {{"file", "A~1|a.txt"}};
+  world.tables["File"].rows = {{"file", "A~1|a.txt"}, {"readme", "README~1|readme_de_DE.txt"}};
   world.tables["UIText"] = {{"Key", "Text"}, {{"Other", "x"}, {"ZQV__setup_language", "German"}}};
   for (const char *name : {"stream", "zqviwiln.dll", "zqvircgn.dll", "chmde_de.u00", "server.u00"}) {
     world.tables["Binary"].rows.push_back({name, Bytes{'d', '\\'}});

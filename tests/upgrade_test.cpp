@@ -16,28 +16,6 @@ class UpgradeTest : public LibraryTest {
     world.MakeFolder("C:\\data");
   }
 
-  /// Runs an action after a reload; gives its lines.
-  std::string Run(UINT (*action)(MSIHANDLE), UINT expected = 0) {
-    Reload();
-    copyCancelled = FALSE;
-    EXPECT_EQ(action(kSession), expected);
-    return LogText();
-  }
-
-  /// The same in a deferred mode, with the value list of now.
-  std::string RunIn(int mode, UINT (*action)(MSIHANDLE), UINT expected = 0) {
-    std::string values;
-    for (const auto &[name, value] : world.properties) {
-      values += name + "=" + value + ";";
-    }
-    world.WriteFile("C:\\temp\\zqvp0001.txt", values);
-    world.properties["CustomActionData"] = "C:\\temp\\zqvp0001.txt";
-    world.modes = {mode};
-    const std::string log = Run(action, expected);
-    world.modes = {};
-    return log;
-  }
-
   /// What the RemoveFile table's rows would remove, a line each, with the install mode; forgets them.
   std::string Stacked() {
     std::string text;

@@ -130,4 +130,6 @@ ResultCode InitialiseScript() {
 
 ResultCode CheckWebAdmin() { return ResultOf(SetSwitch("ZQVWEBADMIN", HasOldComponent("Web Administration"))); }
 
+ResultCode SetZqvRemove() { return ResultOf(RepublishWholeRemoval()); }
+
 }  // namespace zqv

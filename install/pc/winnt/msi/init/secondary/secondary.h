@@ -18,4 +18,8 @@ ResultCode InitialiseScript();
 /// iwiCheckWebAdmin: tells by ZQVWEBADMIN, "1" or empty, whether the installed product has the web administration.
 ResultCode CheckWebAdmin();
 
+/// iwiSetZqvRemove: sets ZQVREMOVE anew, once the features are chosen. Returns ERROR_SUCCESS, or ERROR_INSTALL_FAILURE
+/// when a property cannot be read or set.
+ResultCode SetZqvRemove();
+
 }  // namespace zqv

@@ -8,7 +8,7 @@ namespace zqv {
 [[nodiscard]] bool GetFolderProperty(const char *name, std::string &folder);
 
 /// True for a folder that is valid by the rule of base/folder_rule.h; tells the other kind, with the name of what it
-/// came from: a user's choice, a property, or a value of the registry. `folder` is tidied and not empty.
+/// came from: a user's choice, a property, or a value of the registry. `folder` is tidied; an empty one is invalid.
 [[nodiscard]] bool JudgeFolder(const std::string &folder, const char *source);
 
 }  // namespace zqv
