@@ -12,6 +12,7 @@ TOOLS = Path(__file__).resolve().parent
 STAMPED = re.compile(r"\d\d:\d\d:\d\d QVCA info (\(CaProlog\)|[^:]+): (.*)")
 FAILED = 1603 & 0xFF  # what is left of the installer's result in an exit status
 CANCELLED = 1602 & 0xFF
+WIZARD_LOG = "zqvmjpse.txt"  # in the data folder
 PATIENCE = 300  # seconds; what takes longer, on however busy a machine, hangs
 
 # Custom action types, as the engine's documentation numbers them.
@@ -179,11 +180,12 @@ class Machine:
         return folder
 
     def product_files(self, *homes):
-        """Paths below drive C of all files in the maker's folders, and in others, with their sizes."""
+        """Paths below drive C of all files in the maker's folders, and in others, with their sizes; but for the log of the
+        preparation wizard, which no package brings."""
         found = {}
         for home in ("Program Files/Korvex", "ProgramData/Korvex", *homes):
             for path in (self.drive / home).rglob("*"):
-                if path.is_file():
+                if path.is_file() and path.name != WIZARD_LOG:
                     found[path.relative_to(self.drive)] = path.stat().st_size
         return found
 

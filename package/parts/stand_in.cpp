@@ -4,13 +4,18 @@
 //   NAME.exe -hold MANAGER       stays until the command that ends this part of the queue manager asks it to go
 //   endqvm.exe -i MANAGER        asks the zqvzxma0.exe of the queue manager to go
 //   endqvlsr.exe -m MANAGER      asks its runqvlsr.exe to go
+//   zqvmkdir.exe FOLDER          makes the folders of the product's data there
 //
-// One that stays says so on its standard output.
+// One that stays says so on its standard output. A call that is none of the first four appends a line of its name and
+// its arguments, "NAME|argument|argument", to the file that the environment variable QVCALLS names, if it does, and
+// ends with 0, or the number in QVEXITCODE.
 
 #include <windows.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <string>
 
 namespace {
 
@@ -40,6 +45,35 @@ int End(const char *program, const char *manager) {
   return asked != nullptr && SetEvent(asked) != FALSE ? 0 : 1;
 }
 
+/// One write for the whole line: others may be writing.
+void Record(const char *program, int count, char **arguments) {
+  std::string line = program;
+  for (int at = 1; at < count; ++at) {
+    line = line + "|" + arguments[at];
+  }
+  line += "\n";
+  const char *const path = std::getenv("QVCALLS");
+  const HANDLE file = CreateFileA(path != nullptr ? path : "", FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                  nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+  DWORD written = 0;
+  if (file != INVALID_HANDLE_VALUE) {
+    WriteFile(file, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+    CloseHandle(file);
+  }
+}
+
+bool MakeDataFolders(std::string home) {
+  if (home.empty() || home.back() != '\\') {
+    home += '\\';
+  }
+  for (const char *name : {"qmgrs", "errors", "conv", "web", "web\\scripts"}) {
+    if (CreateDirectoryA((home + name).c_str(), nullptr) == FALSE && GetLastError() != ERROR_ALREADY_EXISTS) {
+      return false;
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 int main(int count, char **arguments) {
@@ -59,6 +93,10 @@ int main(int count, char **arguments) {
   if (manager != nullptr && std::strcmp(verb, "-m") == 0) {
     return End("runqvlsr", manager);
   }
-  std::fputs("usage: -hold [MANAGER] | -i MANAGER | -m MANAGER\n", stderr);
-  return 2;
+  Record(program, count, arguments);
+  if (std::strcmp(program, "zqvmkdir") == 0 && (count != 2 || !MakeDataFolders(verb))) {
+    return 1;
+  }
+  const char *const exitCode = std::getenv("QVEXITCODE");
+  return exitCode != nullptr ? std::atoi(exitCode) : 0;
 }

@@ -65,7 +65,8 @@ class Upgrade(Case):
         """All files, with their texts, and empty folders below some folders."""
         paths = [path for top in tops for path in (self.folder / top).rglob("*")]
         ends = [path for path in paths if path.is_file() or not any(path.iterdir())]
-        return {str(path.relative_to(self.folder)): path.read_text() if path.is_file() else None for path in ends}
+        texts = [path.read_text(errors="replace") if path.is_file() else None for path in ends]
+        return {str(path.relative_to(self.folder)): text for path, text in zip(ends, texts)}
 
     def upgrade(self, *options):
         """Installs over the earlier version; gives the lines of the library's log."""
