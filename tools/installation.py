@@ -80,7 +80,7 @@ class Package:
         """The phase of each action of the library that runs in a successful first installation, or in another one or a
         removal: of those that always do, and of `more`, whose conditions hold."""
         holds = {"": True, "Installed": not first, "NOT Installed": first, 'NOT REMOVE~="ALL"': not removal}
-        holds |= {'REMOVE~="ALL"': removal, 'REMOVE~="ALL" OR ZQVMIGRATE AND NOT Installed': removal}
+        holds |= {"NOT QVKEEPFILES": True, 'REMOVE~="ALL"': removal, 'REMOVE~="ALL" OR ZQVMIGRATE AND NOT Installed': removal}
         types = {row["Action"]: int(row["Type"]) for row in self.table("CustomAction")}
         rows = sorted(self.table("InstallExecuteSequence"), key=lambda row: int(row["Sequence"]))
         phases = {}
@@ -234,6 +234,6 @@ def trace_problems(lines, actions):
     named = ("iwiStartLogs", "Property 'ZQVUSERTRACEPATH' value set to '")
     if not first or first[0][1] != named[0] or not first[0][2].startswith(named[1]):
         problems.append("the trace log does not begin with iwiStartLogs naming it")
-    if not own or own[-1].groups() != ("iwiUnSetTempLogPath", "Returning with rc 0"):
-        problems.append("the trace log does not end with iwiUnSetTempLogPath returning 0")
+    if not own or own[-1].groups() != ("iwiCleanUpFinal", "Returning with rc 0"):
+        problems.append("the trace log does not end with iwiCleanUpFinal returning 0")
     return problems

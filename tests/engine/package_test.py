@@ -74,10 +74,10 @@ class Agreement(unittest.TestCase):
             self.assertEqual(order[order.index(placing[-1]) - 3 :][:4], placing)
         standard = ["CostInitialize", "FileCost", "CostFinalize", "InstallValidate", "InstallInitialize"]
         standard += ["InstallAdminPackage", "InstallFiles", "InstallFinalize"]
-        own = ["iwiUnSetTempLogPathOnError", "iwiUnSetTempLogPathOnCancel", "SetProtectedTemp", "iwiStartLogs"]
+        own = ["iwiCleanUpOnError", "iwiCleanUpOnCancel", "SetProtectedTemp", "iwiStartLogs"]
         own += ["iwiInstallInitPri", "iwiSetTempLogPath", "iwiPrintSummary", "iwiSetAdminDir"]
         order = [action for action, _ in self.order("AdminExecuteSequence")]
-        self.assertEqual(order, [*own, *standard, "iwiUnSetTempLogPath"])
+        self.assertEqual(order, [*own, *standard, "iwiUnSetTempLogPath", "iwiCleanUp"])
 
     def test_an_earlier_version_is_one_in_a_first_installation_only(self):
         conditions = [row["Condition"] for row in package.table("InstallExecuteSequence")]

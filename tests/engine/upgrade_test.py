@@ -118,9 +118,10 @@ class Upgrade(Case):
         self.upgrade(own)
         users = {name: text for name, text in before.items() if "qmgrs" in name or name.endswith(".ini")}
         self.assertLessEqual(users.items(), self.left("data").items())
-        wanted = ["zqvqmgrs.txt", "QVSeries.ini", *(f"qmgrs/{name}/qm.ini" for name in MANAGERS)]
-        saved = {f"zqvsave/{name}": before[f"data/{name.replace('QVS', 'qvs')}"] for name in wanted}
-        self.assertEqual(self.left("zqvsave"), saved)
+        # What was saved for the support engineer has gone with the success.
+        saving = [line for line in self.texts() if line.startswith("iwiSaveQmConfigExec: Copying '")]
+        self.assertEqual(len(saving), 2 + len(MANAGERS))
+        self.assertFalse((self.folder / "zqvsave").exists())
         self.remove("KEEPQMDATA=keep")
         self.assertIn("iwiStackDeleteQMgrs: Queue-manager data is kept", self.texts())
         managers = {name: text for name, text in users.items() if "qmgrs" in name}
