@@ -15,23 +15,10 @@ class CompletionTest : public LibraryTest {
     world.registry[kVersion];
   }
 
-  std::string Run(EntryPoint action, const Properties &given = {}, UINT expected = 0) {
-    ExpectRun(action, expected, given);
-    return LogText();
-  }
-
-  /// The same in a deferred mode, with the value list of now.
-  std::string RunIn(int mode, EntryPoint action, UINT expected = 0) {
-    std::string values;
-    for (const auto &[name, value] : world.properties) {
-      values += name + "=" + value + ";";
-    }
-    world.WriteFile("C:\\temp\\zqvp0001.txt", values);
-    world.properties["CustomActionData"] = "C:\\temp\\zqvp0001.txt";
-    world.modes = {mode};
-    const std::string log = Run(action, {}, expected);
-    world.modes = {};
-    return log;
+  using LibraryTest::Run;
+  std::string Run(EntryPoint action, const Properties &given, UINT expected = 0) {
+    Set(given);
+    return Run(action, expected);
   }
 
   void Write(std::initializer_list<const char *> paths) {
@@ -170,17 +157,13 @@ TEST_F(CompletionTest, WhatTheProductHasLeftIsStackedWhereItGoes) {
       EXPECT_EQ(Stacked(), "");
     }
     world.properties = before;
-    // A folder of the system, and one that is not known to be none.
-    for (const auto &[given, result] : {std::pair{"WindowsFolder=C:\\DATA\\w|CommonFilesFolder=c:\\qv|SystemFolder="
-                                                  "C:\\log\\x|PersonalFolder=C:\\TEMP\\zqvmigr\\a|AppDataFolder="
-                                                  "C:\\temp\\zqvsave",
-                                                  0u},
-                                        std::pair{"ProgramFilesFolder", 1603u}}) {
-      Properties hostile(result == 0 ? given : "");
-      if (result != 0) {
-        hostile[given] = std::string(260, 'x');
-      }
-      EXPECT_NE(Run(each.action, hostile, result).find("***"), std::string::npos) << each.stacked;
+    // Folders of the system; then one that is not known to be none.
+    const Properties barred =
+        "WindowsFolder=C:\\DATA\\w|CommonFilesFolder=c:\\qv|SystemFolder=C:\\log\\x|PersonalFolder="
+        "C:\\TEMP\\zqvmigr\\a|AppDataFolder=C:\\temp\\zqvsave";
+    const Properties unknown{{"ProgramFilesFolder", std::string(260, 'x')}};
+    for (const auto &[given, result] : {std::pair{barred, 0u}, {unknown, 1603u}}) {
+      EXPECT_NE(Run(each.action, given, result).find("***"), std::string::npos) << each.stacked;
       EXPECT_EQ(Stacked(), "");
       world.properties = before;
     }
@@ -225,7 +208,7 @@ TEST_F(CompletionTest, MaintenanceGoesWithItsRecord) {
   }
   EXPECT_EQ(names, "Maint 1.1|Maint 3|Maint [\\[]2[\\]]|");
   Fail("MsiViewModify", 1627);
-  Run(iwiStackDeleteCsds, {}, 1603);
+  Run(iwiStackDeleteCsds, 1603);
   Fail("", 0);
   Run(iwiStackDeleteCsds, "ZQVREMOVE=0");
   EXPECT_EQ(Stacked(), "");
@@ -248,8 +231,8 @@ TEST_F(CompletionTest, TheRegistryRecordsTheProduct) {
     EXPECT_EQ(world.tables["Registry"].rows.size(), static_cast<std::size_t>(rows)) << given;
   }
   Fail("MsiViewModify", 1627);
-  Run(iwiStackRegistryUpdates, {}, 1603);
-  Run(iwiStackSetHighContrast, {}, 1603);
+  Run(iwiStackRegistryUpdates, 1603);
+  Run(iwiStackSetHighContrast, 1603);
 }
 
 TEST_F(CompletionTest, TheLevelIsSetAndPutBack) {

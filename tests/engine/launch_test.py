@@ -54,7 +54,7 @@ class Launch(Case):
         self.assertIn(rf"iwiSetARPREADME: Property 'ARPREADME' value set to '{PROGRAMS}\readme.txt'", lines)
         home = machine.drive / OWN / "QV data"
         self.assertEqual(sorted(str(p.relative_to(home)) for p in home.rglob("*") if p.is_dir()), DATA_FOLDERS)
-        self.remove()
+        self.remove("KEEPQMDATA=delete")
         self.assertEqual(list((machine.drive / OWN).rglob("*")), [])
 
     def test_a_silent_installation_has_its_folders_made_or_fails(self):

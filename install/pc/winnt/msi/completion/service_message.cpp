@@ -18,7 +18,7 @@ ResultCode DisplayApplyService() {
     return ERROR_INSTALL_FAILURE;
   }
   std::string installed;
-  if (!ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, "VRMF", installed) || installed.empty()) {
+  if (!ReadRegistryText(HKEY_LOCAL_MACHINE, kCurrentVersionKey, kVrmfValue, installed) || installed.empty()) {
     LogLine("No installed level in the registry");
   } else if (iwiCompareVersions(installed, package) <= 0) {
     Log("Installed level '%s' is not above '%s'", installed.c_str(), package.c_str());
