@@ -29,12 +29,7 @@ class RunningTest : public LibraryTest {
   /// The next action runs deferred, in a load of its own, with the values that it needs.
   void Defer(const std::set<int> &modes = {MSIRUNMODE_SCHEDULED}) {
     Immediate();
-    std::string list;
-    for (const auto &[name, value] : world.properties) {
-      list += name + "=" + value + ";";
-    }
-    world.WriteFile("C:\\temp\\list.txt", list);
-    world.properties["CustomActionData"] = "C:\\temp\\list.txt";
+    HandOver(world);
     world.modes = modes;
   }
 

@@ -32,6 +32,16 @@ struct Properties : std::map<std::string, std::string> {
   Properties(const char *text) : Properties(std::string(text)) {}
 };
 
+/// Hands all properties to the actions that run deferred, in a value list.
+inline void HandOver(World &world) {
+  std::string values;
+  for (const auto &[name, value] : world.properties) {
+    values += name + "=" + value + ";";
+  }
+  world.properties["CustomActionData"] = "C:\\temp\\zqvp0001.txt";
+  world.WriteFile("C:\\temp\\zqvp0001.txt", values);
+}
+
 /// A fresh world with the library loaded into it, as the engine's first action finds both. When the test ends the
 /// library is unloaded and must have left no handle open.
 class LibraryTest : public testing::Test {
@@ -95,12 +105,7 @@ class LibraryTest : public testing::Test {
 
   /// The same in a deferred mode, with the value list of now.
   std::string RunIn(int mode, EntryPoint action, UINT expected = 0) {
-    std::string values;
-    for (const auto &[name, value] : world.properties) {
-      values += name + "=" + value + ";";
-    }
-    world.WriteFile("C:\\temp\\zqvp0001.txt", values);
-    world.properties["CustomActionData"] = "C:\\temp\\zqvp0001.txt";
+    HandOver(world);
     world.modes = {mode};
     const std::string log = Run(action, expected);
     world.modes = {};

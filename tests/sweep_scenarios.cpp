@@ -1,7 +1,6 @@
 #include "sweep.h"
 
 #include <algorithm>
-#include <sstream>
 
 #include "features/feature_table.h"
 #include "platform/owner.h"
@@ -18,9 +17,7 @@
 #include "services/tables/components.h"
 #include "services/tables/products.h"
 #include "services/tables/remove_file.h"
-#include "zqviwicn/entry_points.h"
-
-using namespace zqv;
+#include "support.h"
 
 namespace {
 
@@ -30,23 +27,13 @@ UINT InFrame(MSIHANDLE session) {
   return RunAction({"operation", 0, kAnyMode, [] { return static_cast<UINT>(Operation()); }}, session);
 }
 
-/// The entries of a text in which they are written NAME=value, with bars between them.
-std::map<std::string, std::string> Entries(const std::string &text) {
-  std::map<std::string, std::string> entries;
-  std::istringstream stream(text);
-  for (std::string entry; std::getline(stream, entry, '|');) {
-    entries[entry.substr(0, entry.find('='))] = entry.substr(entry.find('=') + 1);
-  }
-  return entries;
-}
-
 const Scenario kScenarios[] = {
 #define ACTION_AS(action, ...) {#action, action},
 #include "zqviwicn/actions.inc"
     {"external_copy", iwiUserExit, [](World &world) { world.properties["ZQVEXTCA60000"] = "C:\\copy"; }},
     {"all_logs", iwiPrintSummary,
      [](World &world) {
-       world.properties.merge(Entries("ZQVUSERTRACEPATH=C:\\t|ZQVUSERLOGPATH=C:\\u|ZQVTEMPLOGPATH=C:\\l"));
+       world.properties.merge(Properties("ZQVUSERTRACEPATH=C:\\t|ZQVUSERLOGPATH=C:\\u|ZQVTEMPLOGPATH=C:\\l"));
      }},
     {"early_end", iwiCleanUp,
      [](World &world) {
@@ -128,12 +115,12 @@ void FillMachine(World &world) {
   world.relatedProducts["{8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}"] = {"{P}"};
   world.productStates["{P}"] = INSTALLSTATE_DEFAULT;
   world.productInfo["{P}"]["InstalledProductName"] = "QV";
-  for (const auto &[path, text] :
-       Entries(R"(Korvex\QVSeries\CurrentVersion\VRMF=5.3.0.1|Korvex\QVSeries\CurrentVersion\PgmFolder=C:\qv|K\v=x|)"
-               R"(Korvex\QVSeries\CurrentVersion\HighContrastMode=0|Korvex\QVSeries\CurrentVersion\Components\first=x|)"
-               R"(Korvex\QVSeries\CurrentVersion\Components\Server=x|)"
-               R"(Korvex\QVSeries\CurrentVersion\Maintenance Applied\Maint 1.2=C:\service|)"
-               R"(Korvex\QVSeries\CurrentVersion\Maintenance Applied\Shipped=1.1)")) {
+  for (const auto &[path, text] : Properties(
+           R"(Korvex\QVSeries\CurrentVersion\VRMF=5.3.0.1|Korvex\QVSeries\CurrentVersion\PgmFolder=C:\qv|K\v=x|)"
+           R"(Korvex\QVSeries\CurrentVersion\HighContrastMode=0|Korvex\QVSeries\CurrentVersion\Components\first=x|)"
+           R"(Korvex\QVSeries\CurrentVersion\Components\Server=x|)"
+           R"(Korvex\QVSeries\CurrentVersion\Maintenance Applied\Maint 1.2=C:\service|)"
+           R"(Korvex\QVSeries\CurrentVersion\Maintenance Applied\Shipped=1.1)")) {
     const std::size_t cut = path.rfind('\\');
     world.registry["hklm\\Software\\" + path.substr(0, cut)][path.substr(cut + 1)] = RegistryValue::Text(text);
   }
@@ -142,7 +129,7 @@ void FillMachine(World &world) {
 }
 
 void FillWorld(World &world) {
-  world.properties = Entries(
+  world.properties = Properties(
       R"(TempFolder=C:\temp\|ZQVTEMP=C:\temp|ZQVTEMPFILENUM=0001|UILevel=5|ProductName=QV|ProductVersion=6.0|Installed=1|)"
       R"(UpgradeCode={8D1C5EA1-A4C5-4967-97FA-77FE6D4B5EA7}|VersionNT=501|SystemLanguageID=1031|ADDLOCAL=Base,Server|)"
       R"(ZQVCHECKMSCS=1|ZQVLICENSETYPE=trial|TRIALTOPROD=yes|ZQVSERVICESHIPLEVEL=1.2|ZQVPGMFOLDER=C:\qv|)"
@@ -153,14 +140,14 @@ void FillWorld(World &world) {
       R"(ZQVPSAPI=C:\temp\psapi.dll|ZQVTIDYFOLDER=C:\old\|ZQVVRMF=5.3|ZQVOLDVRMF=5.3.0.1|ZQVSETHIGHCONTRAST=1|)"
       R"(ZQVLOGFOLDER=C:\log|ZQVLEAVEWEBDATAINSTALL=delete|)"
       R"(ARPREADME=C:\qv\readme.txt|ZQVMKDIR=1|ZQVSYSTEMLANGUAGECODE=de_DE|ZQVSERVICELEVELMESSAGE=later|)");
-  for (const auto &[path, bytes] :
-       Entries("C:\\temp\\r.ini=[Response]\nPGMFOLDER=%X%\nWIZPARMFILE=C:\\temp\\r.ini\nAGREETOLICENSE=maybe\n|"
-               "C:\\temp\\zqvg0001.txt=a line\r\n|C:\\temp\\zqvcancl.txt=|C:\\qv\\bin\\zqvmtbrn.exe=MZ|"
-               "C:\\temp\\zqvmigr\\a.ini=a|C:\\temp\\zqvm0001.txt=a.ini\r\n|C:\\temp\\zqvsave\\x=|C:\\older\\b.ini=b|"
-               "C:\\old\\bin\\x.exe=MZ|C:\\data\\qmgrs\\one\\qm.ini=q|"
-               "C:\\qv\\bin\\a.trc=|C:\\qv\\docs\\fr_fr\\x.idx=|C:\\data\\conv\\a.tbl=|C:\\data\\web\\scripts\\a=|C:"
-               "\\log\\qv1.log=|"
-               "C:\\qv\\bin\\endqvlsr.exe=MZ|C:\\data\\zqvqmgrs.txt=one\n|C:\\tree\\a.txt=a|C:\\tree\\sub\\b.txt=b")) {
+  for (const auto &[path, bytes] : Properties(
+           "C:\\temp\\r.ini=[Response]\nPGMFOLDER=%X%\nWIZPARMFILE=C:\\temp\\r.ini\nAGREETOLICENSE=maybe\n|"
+           "C:\\temp\\zqvg0001.txt=a line\r\n|C:\\temp\\zqvcancl.txt=|C:\\qv\\bin\\zqvmtbrn.exe=MZ|"
+           "C:\\temp\\zqvmigr\\a.ini=a|C:\\temp\\zqvm0001.txt=a.ini\r\n|C:\\temp\\zqvsave\\x=|C:\\older\\b.ini=b|"
+           "C:\\old\\bin\\x.exe=MZ|C:\\data\\qmgrs\\one\\qm.ini=q|"
+           "C:\\qv\\bin\\a.trc=|C:\\qv\\docs\\fr_fr\\x.idx=|C:\\data\\conv\\a.tbl=|C:\\data\\web\\scripts\\a=|C:"
+           "\\log\\qv1.log=|"
+           "C:\\qv\\bin\\endqvlsr.exe=MZ|C:\\data\\zqvqmgrs.txt=one\n|C:\\tree\\a.txt=a|C:\\tree\\sub\\b.txt=b")) {
     world.WriteFile(path, bytes);
   }
   for (const char *name : {"bin\\zqvmjpse.exe", "bin\\zqvtcert.exe", "bin\\zqvlpad.exe", "bin\\zqvsslwz.exe",
@@ -224,15 +211,10 @@ World &ResetWorld(const SweepCase &sweepCase) {
     FillMachine(world);
   }
   world.modes = setting.modes;
-  for (const auto &[name, value] : Entries(setting.properties)) {
+  for (const auto &[name, value] : Properties(setting.properties)) {
     world.properties[name] = value;
   }
-  std::string values;
-  for (const auto &[name, value] : world.properties) {
-    values += name + "=" + value + ";";
-  }
-  world.properties["CustomActionData"] = "C:\\temp\\zqvp0001.txt";
-  world.WriteFile(world.properties["CustomActionData"], values);
+  HandOver(world);
   if (const std::string_view name = scenario.name; name != "copy_cancelled" && name != "iwiInstallInitPri") {
     world.Remove("C:\\temp\\zqvcancl.txt");
   }
