@@ -13,7 +13,7 @@ STAMPED = re.compile(r"\d\d:\d\d:\d\d QVCA info (\(CaProlog\)|[^:]+): (.*)")
 FAILED = 1603 & 0xFF  # what is left of the installer's result in an exit status
 CANCELLED = 1602 & 0xFF
 WIZARD_LOG = "zqvmjpse.txt"  # in the data folder
-PATIENCE = 300  # seconds; what takes longer, on however busy a machine, hangs
+PATIENCE = 300  # seconds; what does nothing for longer, on however busy a machine, hangs
 
 # Custom action types, as the engine's documentation numbers them.
 FROM_LIBRARY, ROLLBACK, COMMIT, DEFERRED = 0x1, 0x100, 0x200, 0x400
@@ -151,21 +151,33 @@ class Machine:
         """Runs a command and gives the text that it prints."""
         return self.run(*command, stdout=subprocess.PIPE, text=True).stdout
 
-    def run(self, *command, stdout=subprocess.DEVNULL, **options):
-        """A command that hangs is ended with all else in the prefix."""
+    def run(self, *command, stdout=subprocess.DEVNULL, log=None, **options):
+        """A command that hangs is ended with all else in the prefix. While its log grows it does not hang: each line of
+        an installation is some ten changes of processes, which on a busy machine all wait for their turn."""
         options |= {"stdin": subprocess.DEVNULL, "stdout": stdout, "env": self.environment}
-        try:
-            return subprocess.run(self.command(*command), timeout=PATIENCE, **options)
-        except subprocess.TimeoutExpired as error:
-            subprocess.run(self.command("wineserver", "--kill"), timeout=PATIENCE, stdin=subprocess.DEVNULL)
-            raise RuntimeError(f"no end of {command}") from error
+
+        def size():
+            return log.stat().st_size if log and log.exists() else 0
+
+        with subprocess.Popen(self.command(*command), **options) as process:
+            while True:
+                before = size()
+                try:
+                    printed, _ = process.communicate(timeout=PATIENCE)
+                    return subprocess.CompletedProcess(command, process.returncode, printed)
+                except subprocess.TimeoutExpired as error:
+                    if size() == before:
+                        subprocess.run(self.command("wineserver", "--kill"), timeout=PATIENCE, stdin=subprocess.DEVNULL)
+                        process.kill()
+                        raise RuntimeError(f"no end of {command}") from error
 
     def msiexec(self, verb, package, folder, *options, level="/qn"):
         """An installation (verb /i) or removal (/x), silent but for another level, that writes its log to `folder`."""
         log = self.drive / folder / "msiexec.log"
         log.unlink(missing_ok=True)
+        command = ["wine", "msiexec", verb, package, level, "/l*v", rf"C:\{folder}\msiexec.log", *options]
         try:
-            status = self.wine("wine", "msiexec", verb, package, level, "/l*v", rf"C:\{folder}\msiexec.log", *options)
+            status = self.run(*command, log=log).returncode
         except RuntimeError as error:
             # Whoever clears the folder away takes the log with it.
             end = "\n".join(read_text(log).splitlines()[-20:])
