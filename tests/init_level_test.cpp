@@ -85,18 +85,13 @@ TEST_F(LevelTest, OtherValuesAreShownAndHaveNoSay) {
 
 TEST_F(LevelTest, ARegistryThatCannotBeReadLeavesNoLevel) {
   world.registry[kApplied]["Maint 1"] = RegistryValue::Text("C:");
-  const std::string key = "'K\\CurrentVersion\\Maintenance Applied'",
-                    enumerate = "***Can't enumerate Key values: " + key;
-  for (const auto &[call, nth, line] : {std::tuple("RegOpenKeyExA", 2, "***Open key error 5 " + key),
-                                        {"RegQueryInfoKeyA", 1, "***Can't query key info 5"},
-                                        {"RegEnumValueA", 2, enumerate + " 5"}}) {
-    Fail(call, 5, nth);
-    EXPECT_EQ(Read(), "-. . . . ");
-    EXPECT_TRUE(Lines().ends_with(line + "\n")) << line;
-  }
+  const std::string key = "'K\\CurrentVersion\\Maintenance Applied'";
+  Fail("RegOpenKeyExA", 5, 2);
+  EXPECT_EQ(Read(), "-. . . . ");
+  EXPECT_TRUE(Lines().ends_with("***Open key error 5 " + key + "\n"));
   Fail("RegEnumValueA", 234);  // a value that grows for ever
   EXPECT_EQ(Read(), "-. . . . ");
-  EXPECT_EQ(Lines(), enumerate + " 234\n");
+  EXPECT_EQ(Lines(), "***Can't enumerate Key values: " + key + " 234\n");
 }
 
 TEST_F(LevelTest, NamesThatNeedTwoBytesACharacterAndValuesThatGrowAreRead) {

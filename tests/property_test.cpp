@@ -58,32 +58,6 @@ TEST_F(PropertyTest, ValueListEntriesAreWalkedAsTheyAlwaysWere) {
                          "SETPROPERTY('A', 'v') ignored during deferred execution\n");
 }
 
-TEST_F(PropertyTest, EachReadHasItsLongestValue) {
-  const auto stack = [](MSIHANDLE) -> UINT { return iwiStackFilesForDeletion("C:\\a\\x", "c", 1); };
-  Set("ZQVTEMPFILENUM=0007|ZQVPROPERTYNAMELIST1=PLAIN;PGMFOLDER|SAVEINI=C:\\temp\\r.ini");
-  world.modules["C:\\temp\\zqvl0007.dll"].strings = {{2041, "It failed."}};
-  ExpectLength(iwiUserExit, 260, "ProductName ZQVEXTCA60000");
-  ExpectLength(iwiStartLogs, 260, "USEINI");
-  ExpectLength(iwiStartLogs, 516, "INSTALLTRACE INSTALLLOG");
-  ExpectLength(iwiUnSetTempLogPath, 32, "ZQVKEEPTEMPLOG ZQVTEMPFILENUM");
-  ExpectLength(iwiWriteDeferredProperties, 260, "ZQVTEMP PLAIN");
-  ExpectLength(iwiWriteDeferredProperties, 516, "PGMFOLDER");
-  ExpectLength(iwiWriteDeferredProperties, 2048, "ZQVPROPERTYNAMELIST1 ZQVPROPERTYNAMELIST2 ZQVPROPERTYNAMELIST3");
-  ExpectLength(iwiWriteResponseFile, 260, "SAVEINI ZQVLOGFOLDER KEEPWEBDATA STARTTASKBAR HIGHCONTRAST");
-  ExpectLength(iwiSetFeaturesTypical, 32, "ZQVPRODUCT");
-  ExpectLength(iwiSetFeaturesTypical, 260, "ZQVCLIENT VersionNT");
-  ExpectLength(iwiStopIfOnlyIni, 260, "UILevel ONLYINI");
-  ExpectLength(iwiStopAllQv, 260, "ZQVPGMFOLDER ZQVDATFOLDER ZQVPREVPGM");
-  ExpectLength(iwiStopAllQv, 16, "ZQVPREVVERSION");
-  ExpectLength(iwiSetZqvBoot, 64, "ReplacedInUseFiles");
-  ExpectLength(stack, 260, "ZQVRECORDCOUNTER");
-  ExpectLength(stack, 32, "ZQVPROPERTYCOUNTER");
-  world.properties["UILevel"] = "5";
-  ExpectLength(test, 516, "UILevel ZQVLANGUAGECODE");
-  world.modes = {MSIRUNMODE_ROLLBACK};
-  ExpectLength(iwiUserExit, 324, "CustomActionData");
-}
-
 TEST_F(PropertyTest, AValueListIsLoadedOnceAndTriedAgainAfterAFailure) {
   Defer("A=1;");
   world.held.insert(kList);

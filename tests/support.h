@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -147,23 +146,15 @@ class LibraryTest : public testing::Test {
     world.failCall = {call, nth, code};
   }
 
-  /// The action reads each of these properties with one character less than `length`, and says of one more that it
-  /// cannot.
-  void ExpectLength(EntryPoint action, std::size_t length, const std::string &properties) {
-    const auto before = world.properties;
-    std::istringstream names(properties);
-    for (std::string name; names >> name;) {
-      for (const std::size_t size : {length - 1, length}) {
-        Reload();
-        world.properties = before;
-        world.properties[name] = std::string(size, 'x');
-        action(kSession);
-        const auto logs = [&](const std::string &text) { return LogText().find(text) != std::string::npos; };
-        EXPECT_TRUE(size == length || logs("Property '" + name + "' value 'xxx")) << name;
-        EXPECT_EQ(logs("***msiGetProperty('" + name + "') failed (234)\n"), size == length) << name;
+  /// The ticks of the progress messages of a kind: 2 those that are sent, 3 those that are announced.
+  int Ticks(int kind) {
+    int ticks = 0;
+    for (const Message &message : world.messages) {
+      if (message.type == static_cast<int>(INSTALLMESSAGE_PROGRESS) && std::get<int>(message.fields[1]) == kind) {
+        ticks += std::get<int>(message.fields[2]);
       }
     }
-    world.properties = before;
+    return ticks;
   }
 
   World &world;

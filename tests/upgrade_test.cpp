@@ -29,17 +29,6 @@ class UpgradeTest : public LibraryTest {
   }
 
   std::string Text(const std::string &path) { return world.ReadFile(path).value_or("none"); }
-
-  /// The ticks of the progress messages of a kind: 2 those that are sent, 3 those that are announced.
-  int Ticks(int kind) {
-    int ticks = 0;
-    for (const Message &message : world.messages) {
-      if (message.type == static_cast<int>(INSTALLMESSAGE_PROGRESS) && std::get<int>(message.fields[1]) == kind) {
-        ticks += std::get<int>(message.fields[2]);
-      }
-    }
-    return ticks;
-  }
 };
 
 TEST_F(UpgradeTest, NothingIsStackedBelowAFolderOfTheSystemOrTheUser) {
