@@ -56,21 +56,6 @@ TEST_F(LogTest, TheThirdLogCanMoveToTheDataFolderAndRetire) {
   EXPECT_EQ(FileText("C:\\data\\zqvmjpse.txt"), "two\r\nthree\r\n");
 }
 
-TEST_F(LogTest, ALineCostsFourInstallerCallsAndAReadForEachUnknownPath) {
-  world.properties["ZQVUSERTRACEPATH"] = "C:\\temp\\trace.log";
-  LogLine("first");  // finds the trace log, and the run mode by three questions
-  EXPECT_EQ(world.callCount["MsiGetMode"], 3);
-  EXPECT_EQ(world.callCount["MsiGetPropertyA"], 3);
-  world.callCount.clear();
-  LogLine("second");
-  std::erase_if(world.callCount, [](const auto &call) { return !call.first.starts_with("Msi"); });
-  EXPECT_EQ(world.callCount, (std::map<std::string, int>{{"MsiCreateRecord", 1},
-                                                         {"MsiRecordSetStringA", 1},
-                                                         {"MsiProcessMessage", 1},
-                                                         {"MsiCloseHandle", 1},
-                                                         {"MsiGetPropertyA", 2}}));
-}
-
 TEST_F(LogTest, TempNamesTakeTheFirstFreeNumber) {
   world.WriteFile("C:\\temp\\zqvt0001.log", "");
   EXPECT_EQ(TempName(false, "zqvt", ".log"), "C:\\temp\\zqvt0002.log");

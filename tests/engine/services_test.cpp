@@ -1,5 +1,4 @@
 #include "base/code_page.h"
-#include "init/primary/registry_service_level.h"
 #include "runtime/session.h"
 #include "services/files/attributes.h"
 #include "services/files/copy.h"
@@ -8,9 +7,7 @@
 #include "services/files/existence.h"
 #include "services/files/held_folder.h"
 #include "services/files/source_path.h"
-#include "services/system/environment.h"
 #include "services/system/process.h"
-#include "services/system/registry.h"
 #include "session.h"
 #include "zqviwicn/entry_points.h"
 #include "zqviwicn/load.h"
@@ -21,7 +18,6 @@ using namespace zqv;
 
 using std::literals::operator""s;
 
-constexpr char kKey[] = "Software\\ZqvEngineTest";
 constexpr char kSessionManager[] = "SYSTEM\\CurrentControlSet\\Control\\Session Manager";
 
 /// The services, linked into this program, on a real session, disk and registry.
@@ -135,17 +131,6 @@ TEST_F(ServicesTest, ProcessesAreLaunchedAndWaitedFor) {
   EXPECT_EQ(ReadFile(folder + "\\here.txt"), folder + "\r\n");
 }
 
-TEST_F(ServicesTest, AVariableOfTheRegistryIsTakenIntoTheEnvironment) {
-  const std::string environment = std::string(kSessionManager) + "\\Environment";
-  EXPECT_TRUE(iwiRegSetValue(nullptr, environment, "ZQVENGINETEST", REG_EXPAND_SZ, "%SystemDrive%\\x", -1));
-  EXPECT_TRUE(iwiRefreshEnvironmentVariable("ZQVENGINETEST"));
-  char value[MAX_PATH] = "";
-  GetEnvironmentVariableA("ZQVENGINETEST", value, MAX_PATH);
-  EXPECT_STREQ(value, "C:\\x");
-  EXPECT_TRUE(iwiRegDeleteValue(nullptr, environment, "ZQVENGINETEST", true));
-  EXPECT_FALSE(iwiRefreshEnvironmentVariable("ZQVENGINETEST"));
-}
-
 /// The same under a locale whose ANSI code page is another one.
 using CodePageTest = ServicesTest;
 
@@ -165,17 +150,6 @@ TEST_F(CodePageTest, Japanese) {
   EXPECT_TRUE(EqualName("\x82\x81\xB1", "\x82\x60\xB1"));  // a wide "a", and a letter of one byte
   EXPECT_FALSE(EqualName("\x83\x4A", "\x83\x6A"));
   EXPECT_FALSE(EqualName("\x83", "\x84"));  // no characters
-
-  // A value's name is longer than Windows counts.
-  constexpr char kApplied[] = "Software\\ZqvEngineTest\\CurrentVersion\\Maintenance Applied";
-  const std::string longer = "\x83\x5C\x83\x5C\x83\x5C\x83\x5C\x83\x5C\x83\x5C";
-  for (const std::string &value : {"Shipped"s, longer}) {
-    RegSetKeyValueA(HKEY_LOCAL_MACHINE, kApplied, value.c_str(), REG_SZ, "1.5", 4);
-  }
-  ServiceLevel found;
-  EXPECT_TRUE(ReadRegistryServiceLevel(kKey, found));
-  EXPECT_EQ(found.shipped.modification + found.shipped.fix, "15");
-  EXPECT_TRUE(Logged("Found REG_SZ value named '" + longer + "'"));
 }
 
 TEST_F(CodePageTest, German) {
