@@ -256,6 +256,11 @@ TEST_F(UpgradeTest, TheLevelMigratedFromIsRecordedAndPutBack) {
   RunIn(17, iwiMigrateRegistry);
   EXPECT_EQ(values["MigratedFrom"].bytes.size(), 129u);
   RunIn(18, iwiMigrateRegistry, 1603);
+  Reload();
+  Fail("RegQueryValueExA", 5);
+  iwiMigrateRegistry(kSession);
+  Fail("", 0);
+  EXPECT_EQ(world.properties["ZQVMIGRATEDFROM"], "");
   values.erase("MigratedFrom");
   for (const char *given : {"ZQVMIGRATE=", "ZQVMIGRATE=1|ZQVPREVVERSION="}) {
     Set(given);
