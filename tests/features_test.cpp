@@ -3,7 +3,6 @@
 #include <fstream>
 #include <iterator>
 
-#include "base/yes_no.h"
 #include "features/answers/response_file.h"
 #include "features/answers/response_property.h"
 #include "features/feature_table.h"
@@ -206,12 +205,6 @@ TEST_F(FeaturesTest, PresetsGoOnAfterAFailureAndSetTheLevelOnce) {
   world.properties["ZQVPRODUCT"] = std::string(32, 'x');
   EXPECT_EQ(iwiSetFeaturesMinimum(kSession), 1603u);
   EXPECT_EQ(world.callCount["MsiSetFeatureStateA"], before);
-}
-
-TEST(YesNoTest, OtherValuesMeanTheDefault) {
-  EXPECT_TRUE(IsYes("1") && IsYes("yEs") && !IsYes("no") && !IsYes("") && !IsYes("10"));
-  EXPECT_TRUE(IsNo("0") && IsNo("NO") && !IsNo("yes") && !IsNo("") && !IsNo("10"));
-  EXPECT_TRUE(IsYes("", YesNo::yes) && !IsYes("0", YesNo::yes) && IsNo("10", YesNo::no) && !IsNo("1", YesNo::no));
 }
 
 }  // namespace

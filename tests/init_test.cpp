@@ -214,13 +214,11 @@ TEST_F(InitTest, VersionsAndServiceLevels) {
        {std::tuple{"6", " 05 . 010", "6.0.5.10", ""},
         {"6.", "A.1", "6.0.A.1", ""},
         {"a.b", "", "0.0.0.0", ""},
-        {"00.00", "00.000", "0.0.0.0", ""},
         {"010.a203.9", "7.8", "10.203.7.8", ""},
         {"6.0", "99999999999999999999.0", "6.0.99999999999999999999.0", ""},
         {"6.0", "1A.1", "", "***Modification Level '1A' must be all numeric or all alphabetic\n"},
         {"6.0", "1.2.3", "", "***Invalid Modification.Fix Level 'ZQVSERVICESHIPLEVEL'\n"},
         {"6.0", "1.x", "", "***Fix Level 'x' must be numeric\n"},
-        {"6.0", "1.\xE4", "", "' must be numeric\n"},
         {"6.0", " ", "", "***Modification Level '' must be all"},
         {"6.0", "\xC4.1", "", "' must be all numeric or all alphabetic\n"}}) {
     Restart();
@@ -251,9 +249,7 @@ TEST_F(InitTest, EachLanguageHasItsCodeLetterAndName) {
 }
 
 TEST_F(InitTest, WhatIsMissingAndWhatIsKept) {
-  Fail("MsiGetSummaryInformationA", 1627);
-  ExpectInit(0, "", "ZQVBUILDDATE=Packaged* on Aug  1 2007 at 23:17:22; version 1.231.1.7|ZQVPACKAGECODE=");
-  Restart();  // no temporary name, but the rest
+  // No temporary name, but the rest.
   ExpectInit(1603, "TempFolder=", "ZQVLANGUAGECODE=g|ZQVLICENSEPATH=licenses");
   Restart();
   world.MakeFolder("C:\\new");

@@ -145,23 +145,18 @@ TEST_F(UpgradeTest, WhatAnUpgradeWouldLose) {
                     {"JavaMsg", {INSTALLSTATE_ABSENT, INSTALLSTATE_LOCAL}}};
   const std::string lost = "Client,docs_en_us_eclipse";
   const std::string line = "***Features would be lost: '" + lost + "'\n";
-  const auto expect = [&](UINT result) {
-    EXPECT_EQ(Run(iwiTestLosingFeatures, result).find(line) != std::string::npos, result != 0);
+  for (const auto &[given, result] : {std::pair("REMOVEFEATURES=YES", 0u),
+                                      {"REMOVEFEATURES=maybe", 1603u},
+                                      {"REMOVEFEATURES=|ZQVREMOVE=1", 0u},
+                                      {"ZQVREMOVE=0|UILevel=5", 0u},
+                                      {"UILevel=4", 1603u},
+                                      {"UILevel=2", 1603u}}) {
+    Set(given);
+    EXPECT_EQ(Run(iwiTestLosingFeatures, result).find(line) != std::string::npos, result != 0) << given;
     EXPECT_EQ(world.properties["ZQVLOSINGFEATURES"], lost);
-  };
-  expect(1603);
+  }
   ExpectInLog({" MB error: Installing would remove these features of the earlier version: " + lost +
                ". To allow this, set REMOVEFEATURES to yes.\n"});
-  for (const auto &[name, value, result] : {std::tuple{"REMOVEFEATURES", "YES", 0u},
-                                            {"REMOVEFEATURES", "maybe", 1603u},
-                                            {"ZQVREMOVE", "1", 0u},
-                                            {"UILevel", "5", 0u},
-                                            {"UILevel", "4", 1603u}}) {
-    const auto before = world.properties;
-    world.properties[name] = value;
-    expect(result);
-    world.properties = before;
-  }
   components.clear();
   components["Server"] = RegistryValue::Text("");
   EXPECT_EQ(Run(iwiTestLosingFeatures).find("Property 'REMOVEFEATURES'"), std::string::npos);

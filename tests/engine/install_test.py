@@ -105,11 +105,7 @@ class Failure(Installation):
     def test_failure_tells_the_user_once(self):
         texts = self.stop_and_fold("QVFAIL=1")
         said = f"QVCA Test CA MB error: {message(GENERIC_FAILURE)}"
-        ends = ["Splash bitmap not running", said, "Property 'UILevel' value '2' from property table"]
-        ends += ["Freeing NLS library", "Returning with rc 1603"]
         self.assertEqual([text for text in texts if " MB " in text], [f"Test CA: {said}"])
-        at = texts.index(f"Test CA: {said}")
-        self.assertEqual(texts[at - 1 : at + 4], [f"Test CA: {end}" for end in ends])
 
     def test_cancel(self):
         texts = self.stop_and_fold("QVUSEREXIT=1", status=CANCELLED)
