@@ -6,10 +6,7 @@
 
 namespace {
 
-class LogTest : public LibraryTest {
- protected:
-  std::string FileText(const std::string &path) { return world.ReadFile(path).value_or("(no file)"); }
-};
+using LogTest = LibraryTest;
 
 TEST_F(LogTest, ALineGoesToEachLogThatCanBeOpened) {
   Set("ZQVUSERTRACEPATH= \"C:\\temp\\trace.log\" |ZQVUSERLOGPATH=C:\\temp|ZQVTEMPLOGPATH=Q:\\third.txt");
@@ -19,7 +16,7 @@ TEST_F(LogTest, ALineGoesToEachLogThatCanBeOpened) {
   world.held.clear();
   LogLine("***trouble");
   LogRaw("\n>>raw");
-  EXPECT_EQ(FileText("C:\\temp\\trace.log"),
+  EXPECT_EQ(Text("C:\\temp\\trace.log"),
             "10:25:15 QVCA info (CaProlog): %s %n 100%\r\n"
             "10:25:15 QVCA info (CaProlog): ***trouble\r\n"
             "\r\n>>raw\r\n");
@@ -27,7 +24,7 @@ TEST_F(LogTest, ALineGoesToEachLogThatCanBeOpened) {
   Reload();
   world.properties["ZQVTEMPLOGPATH"] = std::string(260, 'x');  // cannot be read: the line goes to no file at all
   LogLine("line");
-  EXPECT_TRUE(FileText("C:\\temp\\trace.log").ends_with(">>raw\r\n"));
+  EXPECT_TRUE(Text("C:\\temp\\trace.log").ends_with(">>raw\r\n"));
   EXPECT_EQ(world.installerLog.size(), 1u);
   Reload();
   world.properties["ZQVTEMPLOGPATH"] = "";
@@ -36,7 +33,7 @@ TEST_F(LogTest, ALineGoesToEachLogThatCanBeOpened) {
     LogRaw(call);
   }
   EXPECT_TRUE(world.installerLog.empty());
-  EXPECT_TRUE(FileText("C:\\temp\\trace.log").ends_with("MsiCreateRecord\r\nMsiRecordSetStringA\r\n"));
+  EXPECT_TRUE(Text("C:\\temp\\trace.log").ends_with("MsiCreateRecord\r\nMsiRecordSetStringA\r\n"));
 }
 
 TEST_F(LogTest, TheThirdLogCanMoveToTheDataFolderAndRetire) {
@@ -45,15 +42,15 @@ TEST_F(LogTest, TheThirdLogCanMoveToTheDataFolderAndRetire) {
   LogRaw("one");
   UseDataFolderLog();
   LogRaw("two");
-  EXPECT_EQ(FileText("C:\\temp\\third.txt"), "one\r\n");
-  EXPECT_EQ(FileText("C:\\data\\zqvmjpse.txt"), "two\r\n");
+  EXPECT_EQ(Text("C:\\temp\\third.txt"), "one\r\n");
+  EXPECT_EQ(Text("C:\\data\\zqvmjpse.txt"), "two\r\n");
   RetireTempLog();
   LogRaw("three");  // the data folder's log still
   Reload();
   RetireTempLog();
   LogRaw("four");
-  EXPECT_EQ(FileText("C:\\temp\\third.txt"), "one\r\n");
-  EXPECT_EQ(FileText("C:\\data\\zqvmjpse.txt"), "two\r\nthree\r\n");
+  EXPECT_EQ(Text("C:\\temp\\third.txt"), "one\r\n");
+  EXPECT_EQ(Text("C:\\data\\zqvmjpse.txt"), "two\r\nthree\r\n");
 }
 
 TEST_F(LogTest, TempNamesTakeTheFirstFreeNumber) {
@@ -106,10 +103,10 @@ TEST_F(LogTest, StartLogsFollowsItsSwitch) {
   // The user log lives as long as the action that named it; the trace log begins after the old one is gone.
   const std::string stamp = "10:25:15 QVCA info iwiStartLogs: ",
                     user = stamp + "Property 'ZQVUSERLOGPATH' value set to ''\r\n" + stamp + "Returning with rc 0\r\n";
-  EXPECT_EQ(FileText("C:\\temp\\user.log"), user);
-  EXPECT_TRUE(FileText(traceLog).ends_with("Property 'ZQVUSERTRACEPATH' value set to '" + traceLog + "'\r\n" + stamp +
-                                           "Property 'INSTALLLOG' value 'C:\\temp\\user.log' from property table\r\n" +
-                                           user));
+  EXPECT_EQ(Text("C:\\temp\\user.log"), user);
+  EXPECT_TRUE(Text(traceLog).ends_with("Property 'ZQVUSERTRACEPATH' value set to '" + traceLog + "'\r\n" + stamp +
+                                       "Property 'INSTALLLOG' value 'C:\\temp\\user.log' from property table\r\n" +
+                                       user));
   ExpectRun(iwiStartLogs, 0, "INSTALLTRACE=C:\\temp\\*");  // no pattern
   EXPECT_TRUE(world.Exists("C:\\temp\\zqvt0001.log"));
   const std::string tooLong(260, 'x');
@@ -121,7 +118,7 @@ TEST_F(LogTest, TheTemporaryLogIsMergedAndDeletedUnlessKept) {
   for (const bool keep : {false, true}) {
     world.WriteFile("C:\\temp\\zqvg0007.txt", "old");
     ExpectRun(iwiSetTempLogPath, 0, keep ? "ZQVTEMPFILENUM=0007|ZQVKEEPTEMPLOG=1" : "ZQVTEMPFILENUM=0007");
-    EXPECT_EQ(FileText("C:\\temp\\zqvg0007.txt").find("old"), std::string::npos);
+    EXPECT_EQ(Text("C:\\temp\\zqvg0007.txt").find("old"), std::string::npos);
     const std::string path = world.properties["ZQVTEMPLOGPATH"];
     world.WriteFile(path, "10:00:00 QVCA info x: early\rcut\r\n" + std::string(520, 'l') + "\n\nlast\r");
     ExpectRun(iwiUnSetTempLogPath, 0, "ZQVUSERTRACEPATH=" + path,  // folding a log into itself must end

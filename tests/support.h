@@ -111,6 +111,9 @@ class LibraryTest : public testing::Test {
     return log;
   }
 
+  /// What a file holds; "none" when there is no such file.
+  std::string Text(const std::string &path) { return world.ReadFile(path).value_or("none"); }
+
   /// All lines so far, stamps removed: each is "ACTION: text".
   std::string LogText() {
     std::string text;
