@@ -80,7 +80,7 @@ class Package:
         """The phase of each action of the library that runs in a successful first installation, or in another one or a
         removal: of those that always do, and of `more`, whose conditions hold."""
         holds = {"": True, "Installed": not first, "NOT Installed": first, 'NOT REMOVE~="ALL"': not removal}
-        holds |= {"NOT QVKEEPFILES": True, 'REMOVE~="ALL"': removal, 'REMOVE~="ALL" OR ZQVMIGRATE AND NOT Installed': removal}
+        holds |= {"NOT QVKEEPFILES": True, "NOT UPGRADINGPRODUCTCODE": True, 'REMOVE~="ALL"': removal, 'REMOVE~="ALL" OR ZQVMIGRATE AND NOT Installed': removal}
         types = {row["Action"]: int(row["Type"]) for row in self.table("CustomAction")}
         rows = sorted(self.table("InstallExecuteSequence"), key=lambda row: int(row["Sequence"]))
         phases = {}
