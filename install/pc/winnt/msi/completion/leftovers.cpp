@@ -1,7 +1,10 @@
 #include "completion/leftovers.h"
 
+#include <algorithm>
+#include <initializer_list>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "base/path.h"
 #include "base/text.h"
@@ -39,26 +42,61 @@ struct Leftover {
     tree,    ///< a folder with all that is in it now
   } kind;
   const char *property;  ///< of the product's folder
-  std::string path;      ///< below it, without a backslash at its end
+  const char *path;      ///< below it, without a backslash at its end; kLanguage stands for a language
 };
 
-/// Stacks leftovers in their order, for one component.
+constexpr std::string_view kLanguage = "LANGUAGE";
+
+/// What a property has to be for anything to be stacked.
+struct Condition {
+  const char *property;
+  const char *value;
+};
+
+constexpr Condition kProductGoes{"ZQVREMOVE", "1"};
+constexpr Condition kDataGoes{"ZQVLEAVEQMDATAREMOVE", "delete"};
+constexpr Condition kWebDataGoes{"ZQVLEAVEWEBDATAINSTALL", "delete"};
+
+constexpr Leftover kServer[] = {{Leftover::files, kProgram, "bin\\*.trc"},
+                                {Leftover::files, kProgram, "bin\\*.err"},
+                                {Leftover::files, kData, "errors\\*.log"},
+                                {Leftover::folder, kData, "errors"}};
+constexpr Leftover kDocumentation[] = {{Leftover::files, kProgram, "docs\\LANGUAGE\\*.idx"},
+                                       {Leftover::folder, kProgram, "docs\\LANGUAGE"}};
+constexpr Leftover kConversionTables[] = {{Leftover::files, kData, "conv\\*.tbl"}, {Leftover::folder, kData, "conv"}};
+constexpr Leftover kWebScripts[] = {{Leftover::tree, kData, "web\\scripts"}};
+constexpr Leftover kDataFolder[] = {{Leftover::files, kData, "QVSeries.ini"},
+                                    {Leftover::files, kData, "zqvqmgrs.txt"},
+                                    {Leftover::files, kData, "zqvmjpse.txt"},
+                                    {Leftover::files, kData, "zqvilogn.txt"},
+                                    {Leftover::folder, kData, "qmgrs"},
+                                    {Leftover::folder, kData, "web"},
+                                    {Leftover::folder, kData, ""}};
+constexpr Leftover kLogs[] = {
+    {Leftover::files, kLog, "qv*.log"}, {Leftover::files, kLog, "qv*.txt"}, {Leftover::folder, kLog, ""}};
+
+/// Stacks leftovers in their order. One serves one action, so that nothing is read or told twice.
 class Stacking {
  public:
-  Stacking(std::string component, int installMode) : component_(std::move(component)), installMode_(installMode) {}
+  explicit Stacking(int installMode) : installMode_(installMode) {}
 
   /// False when a property cannot be read.
-  [[nodiscard]] bool Stack(std::span<const Leftover> leftovers) {
+  [[nodiscard]] bool Stack(std::span<const Leftover> leftovers, const std::string &component = kBaseComponent,
+                           std::string_view language = "") {
     if (!guard_.Prepare()) {
       return false;
     }
     for (const Leftover &leftover : leftovers) {
-      std::string home;
-      if (!GetFolderProperty(leftover.property, home)) {
+      if (property_ != leftover.property && !GetFolderProperty(leftover.property, home_)) {
         return false;
       }
-      if (guard_.MayDeleteBelow(home)) {
-        StackOne(leftover, home);
+      property_ = leftover.property;
+      std::string path = leftover.path;
+      if (const std::size_t at = path.find(kLanguage); at != std::string::npos) {
+        path.replace(at, kLanguage.size(), language);
+      }
+      if (guard_.MayDeleteBelow(home_)) {
+        StackOne(leftover.kind, path, component);
       }
     }
     return true;
@@ -67,57 +105,61 @@ class Stacking {
   /// A folder wherever it may be, with all that is in it. Results as Stack.
   [[nodiscard]] bool StackFolder(const std::string &folder, DeletionGuard::Temporary temporary) {
     if (guard_.MayDeleteBelow(folder, temporary)) {
-      StackTree(Trimmed(folder), component_, installMode_);
+      StackTree(Trimmed(folder), kBaseComponent, installMode_);
     }
     return guard_.Prepare();
   }
 
  private:
-  void StackOne(const Leftover &leftover, const std::string &home) {
-    const std::string path = home + leftover.path;
-    switch (leftover.kind) {
+  void StackOne(Leftover::Kind kind, const std::string &below, const std::string &component) {
+    const std::string path = home_ + below;
+    switch (kind) {
       case Leftover::files:
         // A folder below the product's that is a link goes, and what it leads to stays.
-        if (!SplitAtLastBackslash(leftover.path).hasBackslash ||
+        if (!SplitAtLastBackslash(below).hasBackslash ||
             !IsFolderLink(std::string(SplitAtLastBackslash(path).folder))) {
-          static_cast<void>(iwiDeleteFile({.path = path, .component = component_, .installMode = installMode_}));
+          static_cast<void>(iwiDeleteFile({.path = path, .component = component, .installMode = installMode_}));
         }
         break;
       case Leftover::folder:
-        static_cast<void>(
-            iwiStackFolderForDeletion(leftover.path.empty() ? home : path + "\\", component_, installMode_));
+        static_cast<void>(iwiStackFolderForDeletion(below.empty() ? home_ : path + "\\", component, installMode_));
         break;
       case Leftover::tree:
-        StackTree(path, component_, installMode_);
+        StackTree(path, component, installMode_);
         break;
     }
   }
 
   DeletionGuard guard_;
-  std::string component_;
   int installMode_;
+  std::string_view property_;  ///< of the product's folder that was asked for last
+  std::string home_;
 };
 
-/// Reads a property and compares it, for a condition that is told where it does not hold.
-bool AskWhether(const char *property, const char *value, bool &holds) {
-  std::string now;
-  if (!GetProperty(property, now)) {
-    return false;
-  }
-  holds = now == value;
-  if (!holds) {
-    Log("'%s' is not '%s'; nothing is stacked", property, value);
+/// Finds out whether all conditions hold, and tells the first that does not. False when a property cannot be read.
+bool AskWhether(std::span<const Condition> conditions, bool &hold) {
+  hold = true;
+  for (const Condition &condition : conditions) {
+    std::string value;
+    if (!GetProperty(condition.property, value)) {
+      return false;
+    }
+    if (value != condition.value) {
+      Log("'%s' is not '%s'; nothing is stacked", condition.property, condition.value);
+      hold = false;
+      return true;
+    }
   }
   return true;
 }
 
-/// Stacks leftovers for the base feature where a property has a value.
-ResultCode StackWhere(const char *property, const char *value, int installMode, std::span<const Leftover> leftovers) {
-  bool holds = false;
-  if (!AskWhether(property, value, holds)) {
+ResultCode StackWhere(std::initializer_list<Condition> conditions, std::span<const Leftover> leftovers,
+                      int installMode) {
+  bool hold = false;
+  if (!AskWhether(conditions, hold)) {
     return ERROR_INSTALL_FAILURE;
   }
-  return ResultOf(!holds || Stacking(kBaseComponent, installMode).Stack(leftovers));
+  return ResultOf(!hold || Stacking(installMode).Stack(leftovers));
 }
 
 /// A row acts only when its component does: finds one that does where a feature goes. Empty, with a line, when there is
@@ -135,8 +177,8 @@ bool FindActingComponent(const char *feature, std::string &component) {
   return true;
 }
 
-/// Stacks what a feature has left where it goes.
-bool StackOfFeature(const char *feature, std::span<const Leftover> leftovers) {
+/// Stacks what a feature has left where it goes. False when a property cannot be read.
+bool StackOfFeature(const char *feature, std::span<const Leftover> leftovers, Stacking &stacking) {
   if (AskFeatureState(feature).action != INSTALLSTATE_ABSENT) {
     return true;
   }
@@ -144,49 +186,34 @@ bool StackOfFeature(const char *feature, std::span<const Leftover> leftovers) {
   if (!FindActingComponent(feature, component)) {
     return false;
   }
-  return component.empty() || Stacking(component, kWhenRemoved).Stack(leftovers);
+  return component.empty() || stacking.Stack(leftovers, component, DocumentationLanguageOf(feature));
 }
 
 }  // namespace
 
 ResultCode StackCleanUpServer() {
-  const Leftover leftovers[] = {{Leftover::files, kProgram, "bin\\*.trc"},
-                                {Leftover::files, kProgram, "bin\\*.err"},
-                                {Leftover::files, kData, "errors\\*.log"},
-                                {Leftover::folder, kData, "errors"}};
-  return ResultOf(StackOfFeature(NameOf(Feature::Server), leftovers));
-}
-
-ResultCode StackCleanUpConversionTables() {
-  const Leftover leftovers[] = {{Leftover::files, kData, "conv\\*.tbl"}, {Leftover::folder, kData, "conv"}};
-  return StackWhere("ZQVREMOVE", "1", kWhenRemoved, leftovers);
+  Stacking stacking(kWhenRemoved);
+  return ResultOf(StackOfFeature(NameOf(Feature::Server), kServer, stacking));
 }
 
 ResultCode StackCleanUpDocumentation() {
-  for (const char *feature : kFeatureNames) {
-    const std::string_view language = DocumentationLanguageOf(feature);
-    if (language.empty()) {
-      continue;
-    }
-    const std::string folder = "docs\\" + std::string(language);
-    const Leftover leftovers[] = {{Leftover::files, kProgram, folder + "\\*.idx"},
-                                  {Leftover::folder, kProgram, folder}};
-    if (!StackOfFeature(feature, leftovers)) {
-      return ERROR_INSTALL_FAILURE;
-    }
-  }
-  return ERROR_SUCCESS;
+  Stacking stacking(kWhenRemoved);
+  return ResultOf(std::all_of(std::begin(kFeatureNames), std::end(kFeatureNames), [&](const char *feature) {
+    return DocumentationLanguageOf(feature).empty() || StackOfFeature(feature, kDocumentation, stacking);
+  }));
 }
+
+ResultCode StackCleanUpConversionTables() { return StackWhere({kProductGoes}, kConversionTables, kWhenRemoved); }
 
 ResultCode StackDeleteMaintenance() {
   bool holds = false;
-  if (!AskWhether("ZQVREMOVE", "1", holds)) {
+  if (!AskWhether({&kProductGoes, 1}, holds)) {
     return ERROR_INSTALL_FAILURE;
   }
   if (!holds) {
     return ERROR_SUCCESS;
   }
-  Stacking stacking(kBaseComponent, kWhenRemoved);
+  Stacking stacking(kWhenRemoved);
   bool good = true;
   const bool listed = VisitRegistryValues(kMaintenanceKey, [&](const EnumeratedValue &value) {
     if (value.name.starts_with(kMaintenanceMarker)) {
@@ -197,16 +224,13 @@ ResultCode StackDeleteMaintenance() {
   return ResultOf(listed && good);
 }
 
-ResultCode StackDeleteWebScripts() {
-  const Leftover leftovers[] = {{Leftover::tree, kData, "web\\scripts"}};
-  return StackWhere("ZQVLEAVEWEBDATAINSTALL", "delete", kAlways, leftovers);
-}
+ResultCode StackDeleteWebScripts() { return StackWhere({kWebDataGoes}, kWebScripts, kAlways); }
 
 ResultCode StackDeleteOwnFolders() {
   if (!GetKeptProperty(Kept::tempFolder)) {
     return ERROR_INSTALL_FAILURE;
   }
-  Stacking stacking(kBaseComponent, kWhenRemoved);
+  Stacking stacking(kWhenRemoved);
   for (const char *name : {kMigrationFolder, kSavedFolder}) {
     std::string folder;
     if (FindOwnFolder(name, folder) && !stacking.StackFolder(folder, DeletionGuard::Temporary::allowed)) {
@@ -216,28 +240,8 @@ ResultCode StackDeleteOwnFolders() {
   return ERROR_SUCCESS;
 }
 
-ResultCode StackCleanUpFinal() {
-  bool holds = false;
-  if (!AskWhether("ZQVREMOVE", "1", holds)) {
-    return ERROR_INSTALL_FAILURE;
-  }
-  if (!holds) {
-    return ERROR_SUCCESS;
-  }
-  const Leftover leftovers[] = {{Leftover::files, kData, "QVSeries.ini"},
-                                {Leftover::files, kData, "zqvqmgrs.txt"},
-                                {Leftover::files, kData, "zqvmjpse.txt"},
-                                {Leftover::files, kData, "zqvilogn.txt"},
-                                {Leftover::folder, kData, "qmgrs"},
-                                {Leftover::folder, kData, "web"},
-                                {Leftover::folder, kData, ""}};
-  return StackWhere("ZQVLEAVEQMDATAREMOVE", "delete", kWhenRemoved, leftovers);
-}
+ResultCode StackCleanUpFinal() { return StackWhere({kProductGoes, kDataGoes}, kDataFolder, kWhenRemoved); }
 
-ResultCode UninstallCleanUp() {
-  const Leftover leftovers[] = {
-      {Leftover::files, kLog, "qv*.log"}, {Leftover::files, kLog, "qv*.txt"}, {Leftover::folder, kLog, ""}};
-  return StackWhere("ZQVREMOVE", "1", kWhenRemoved, leftovers);
-}
+ResultCode UninstallCleanUp() { return StackWhere({kProductGoes}, kLogs, kWhenRemoved); }
 
 }  // namespace zqv
