@@ -52,6 +52,9 @@ bool MaySucceed(const FaultRun &run, std::size_t line);
 /// Whether there may be no line that tells of the failure.
 bool MayBeSilent(const FaultRun &run);
 
+/// Writes the rows of these three tables that have been needed so far to the file that ZQV_SWEEP_USED names, if any.
+void WriteUsedRules();
+
 /// The call as the table of calls shows it; empty when that has it.
 std::string Unexpected(const Asked &asked);
 

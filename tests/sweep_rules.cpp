@@ -1,6 +1,7 @@
 #include <fnmatch.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 
 #include "base/text.h"
@@ -33,6 +34,23 @@ std::vector<Strings> Rows(const std::string &table) {
     }
   }
   return rows;
+}
+
+std::set<std::string> used;  // the rows that have been needed, as the file has them
+
+/// Whether a row meets the test; the first that does is needed.
+template <typename Test>
+bool AnyMeets(const std::vector<Strings> &rows, Test test) {
+  const auto row = std::find_if(rows.begin(), rows.end(), test);
+  if (row == rows.end()) {
+    return false;
+  }
+  std::string text;
+  for (const std::string &column : *row) {
+    text += (text.empty() ? "" : " : ") + column;
+  }
+  used.insert(text);
+  return true;
 }
 
 /// Whether the row's first two columns are about the run.
@@ -74,8 +92,7 @@ bool Fits(const std::string &call, const std::string &shown) {
 
 bool MayEndWith(const FaultRun &run, UINT result) {
   static const std::vector<Strings> rows = Rows("results");
-  return result == run.usual || result == ERROR_INSTALL_FAILURE ||
-         std::any_of(rows.begin(), rows.end(), [&](const Strings &row) {
+  return result == run.usual || result == ERROR_INSTALL_FAILURE || AnyMeets(rows, [&](const Strings &row) {
            return IsAbout(row, run) && std::to_string(result) == (row[2] == "code" ? std::to_string(run.code) : row[2]);
          });
 }
@@ -83,7 +100,7 @@ bool MayEndWith(const FaultRun &run, UINT result) {
 bool MaySucceed(const FaultRun &run, std::size_t line) {
   static const std::vector<Strings> rows = Rows("undecided");
   const auto has = [&](std::size_t at, std::string_view text) { return run.log[at].find(text) != std::string::npos; };
-  return std::any_of(rows.begin(), rows.end(), [&](const Strings &row) {
+  return AnyMeets(rows, [&](const Strings &row) {
     if (!IsAbout(row, run)) {
       return false;
     }
@@ -98,7 +115,15 @@ bool MaySucceed(const FaultRun &run, std::size_t line) {
 
 bool MayBeSilent(const FaultRun &run) {
   static const std::vector<Strings> rows = Rows("silent");
-  return std::any_of(rows.begin(), rows.end(), [&](const Strings &row) { return IsAbout(row, run); });
+  return AnyMeets(rows, [&](const Strings &row) { return IsAbout(row, run); });
+}
+
+void WriteUsedRules() {
+  const char *const path = std::getenv("ZQV_SWEEP_USED");
+  std::ofstream file(path != nullptr ? path : "");
+  for (const std::string &row : used) {
+    file << row << '\n';
+  }
 }
 
 std::string Unexpected(const Asked &asked) {

@@ -66,7 +66,10 @@ std::size_t SiteInWriter() {
 
 class FaultSweep : public testing::TestWithParam<SweepCase> {
  protected:
-  static void TearDownTestSuite() { std::printf("Fault sweep: %d runs\n", std::exchange(runs_, 0)); }
+  static void TearDownTestSuite() {
+    std::printf("Fault sweep: %d runs\n", std::exchange(runs_, 0));
+    WriteUsedRules();
+  }
 
   /// Runs the scenario in a fresh world, in which the platform call `call` fails with `code` and the allocations from
   /// `first` to `last` fail too; 0 for none. `onCall` runs before each call.
