@@ -50,11 +50,13 @@ class LibraryFile(unittest.TestCase):
         self.assertIn("SHARED", section[2])
         self.assertNotIn("READONLY", section[2])
 
-    def test_no_time_stamp_keeps_two_builds_from_being_the_same_bytes(self):
+    def test_neither_time_nor_place_keeps_two_builds_from_being_the_same_bytes(self):
         content = library.read_bytes()
         header = struct.unpack_from("<I", content, 0x3C)[0]
         self.assertEqual(struct.unpack_from("<I", content, header + 8)[0], 0)
         self.assertRegex(self.headers, r"Time/Date stamp\s+0*0\b")  # of the exports
+        for place in (SOURCES, library.resolve().parent):
+            self.assertNotIn(str(place).encode(), content)
 
     def test_it_may_be_loaded_anywhere_and_its_data_is_not_run(self):
         self.assertEqual(int(re.search(r"^DllCharacteristics\s+(\w+)", self.headers, re.MULTILINE)[1], 16), 0x140)
