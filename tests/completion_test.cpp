@@ -1,3 +1,4 @@
+#include "runtime/message.h"
 #include "support.h"
 
 namespace {
@@ -62,7 +63,7 @@ TEST_F(CompletionTest, EachEndLeavesWhatItShould) {
        "psapi.dll|" + kept.substr(23)},                  // in it: a rollback is to come
       {"ZQVTEMPLOGPATH=C:\\temp\\zqvg0001.txt", 0, ""},  // before it
       {"", 0, ""},                                       // before there was a log
-      {"SAVEINI=C:\\temp\\own.ini", 0, "QVSeries.ini|"},
+      {"SAVEINI=C:\\qv\\psapi.dll", 0, "QVSeries.ini|"},
       {"ZQVPSAPI=C:\\qv\\psapi.dll", 0, "psapi.dll|"},
       {"ZQVSCRIPT=done|ZQVKEEPTEMPLOG=yes", 0, kept.substr(0, 36) + "zqvg0001.txt|" + kept.substr(36)},
       {"ZQVSCRIPT=1|ZQVTEMPLOGPATH=C:\\temp\\zqvg0001.txt", MSIRUNMODE_ROLLBACK, "QVSeries.ini|"},
@@ -88,6 +89,8 @@ TEST_F(CompletionTest, EachEndLeavesWhatItShould) {
     EXPECT_EQ(left, end.left) << end.given;
     EXPECT_EQ(log.find(">>a line") != std::string::npos, isOpen && end.mode == 0) << end.given;
     EXPECT_TRUE(world.Exists("C:\\qv\\psapi.dll"));
+    EXPECT_EQ(log.find("ignored during deferred execution"), std::string::npos);
+    EXPECT_EQ(log.find("Created '"), std::string::npos);
   }
   // A success then goes on with these; what is in use stays, and is told.
   Write({"C:\\temp\\zqvmigr\\x", "C:\\temp\\zqvsave\\sub\\x", "C:\\temp\\zqvl0001.dll"});
@@ -96,7 +99,12 @@ TEST_F(CompletionTest, EachEndLeavesWhatItShould) {
   EXPECT_NE(Run(iwiCleanUpSuccess).find("***Folder 'C:\\temp\\zqvsave' cannot be deleted\n"), std::string::npos);
   EXPECT_FALSE(world.Exists("C:\\temp\\zqvmigr"));
   EXPECT_EQ(Values({"ZQVDELOLDSERVER", "ZQVDELOLDZHTW"}), "||");
-  Run(iwiCleanUpFinal, "ZQVTEMPFILENUM=0001|ZQVPSAPI=C:\\temp\\psapi.dll");
+  Reload();
+  Set("ZQVTEMPFILENUM=0001|ZQVPSAPI=C:\\temp\\psapi.dll");
+  world.modules["C:\\temp\\zqvl0001.dll"].strings[1] = "text";
+  EXPECT_EQ(NlsText(1), "text");
+  iwiCleanUpFinal(kSession);
+  EXPECT_LT(LogText().find("Freeing NLS library\n"), LogText().find("Deleted file: 'C:\\temp\\zqvl0001.dll'\n"));
   EXPECT_EQ(Left(), "zqvg0001.txt|zqvsave|zqvt0001.log|");
   for (const char *folder : {"", "temp"}) {
     Set(Properties{{"ZQVTEMP", folder}});
@@ -198,15 +206,16 @@ TEST_F(CompletionTest, MaintenanceGoesWithItsRecord) {
   world.registry[kMaintenance] = {{"Maint 1.1", RegistryValue::Text("\"C:\\csd\\\"")},
                                   {"Maint [2]", RegistryValue::Text("C:\\windows")},
                                   {"Maint 3", {REG_DWORD, "1234"}},
+                                  {"Maint 4", RegistryValue::Text("C:\\temp")},
                                   {"Shipped", RegistryValue::Text("1.0")}};
-  const std::string log = Run(iwiStackDeleteCsds);
-  EXPECT_NE(log.find("***Refusing to delete below 'C:\\windows\\'\n"), std::string::npos);
+  Run(iwiStackDeleteCsds);
+  ExpectInLog({"***Refusing to delete below 'C:\\windows\\'\n", "***Refusing to delete below 'C:\\temp\\'\n"});
   EXPECT_EQ(Stacked(), "Base_base C:\\csd\\sub\\x 2\nBase_base C:\\csd\\sub\\ 2\nBase_base C:\\csd\\ 2\n");
   std::string names;
   for (const Row &row : world.tables["Registry"].rows) {
     names += std::get<std::string>(row[3]) + "|";
   }
-  EXPECT_EQ(names, "Maint 1.1|Maint 3|Maint [\\[]2[\\]]|");
+  EXPECT_EQ(names, "Maint 1.1|Maint 3|Maint 4|Maint [\\[]2[\\]]|");
   Fail("MsiViewModify", 1627);
   Run(iwiStackDeleteCsds, 1603);
   Fail("", 0);
@@ -247,6 +256,7 @@ TEST_F(CompletionTest, TheLevelIsSetAndPutBack) {
   const Case cases[] = {{std::nullopt, "", "none"},
                         {RegistryValue::Text("6.0.1.0"), "6.0.1.0", "6.0.1.0"},
                         {RegistryValue::Text("6;1"), "?", "6.0.2.0"},
+                        {RegistryValue::Text(std::string(260, '6')), "?", "6.0.2.0"},
                         {{{REG_DWORD, "1234"}}, "?", "6.0.2.0"}};
   for (const Case &each : cases) {
     values.clear();

@@ -125,6 +125,10 @@ TEST_F(PropertyTest, DeferredActionsInALibraryAreGivenTheListsPath) {
   Fail("none", 0);
   ExpectRun(iwiSetCustomActionData, 87, "ZQVTEMPFILENUM=" + std::string(32, '1'),
             {"Property 'Last' value set to ''\n"});
+  EXPECT_EQ(Values({"ZQVSCRIPT"}), "|");
+  world.tables["CustomAction"].rows = {{"Deferred", 0x401}};
+  ExpectRun(iwiSetCustomActionData, 0);
+  EXPECT_EQ(Values({"ZQVSCRIPT"}), "1|");
   world.tables.clear();
   ExpectRun(iwiSetCustomActionData, 1615);
 }

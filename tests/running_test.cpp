@@ -171,6 +171,7 @@ TEST_F(RunningTest, PsapiIsUnpackedWhereItIsMissing) {
   std::string path;
   iwiLocatePsapi(&path);
   EXPECT_EQ(path, "C:\\temp\\psapi.dll");
+  EXPECT_EQ(Values({"ZQVPSAPI"}), path + "|");
   EXPECT_EQ(world.ReadFile(path), "\x01\x02");
   world.properties["ZQVPREVPGM"] = "C:\\old";
   world.WriteFile("C:\\old\\uninst\\psapi.dll", "MZ");
