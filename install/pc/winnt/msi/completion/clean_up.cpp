@@ -86,11 +86,11 @@ bool DeleteNumberedFiles() {
 
 /// What is left behind by an end that is no success, but for what is saved for the support engineer.
 bool DeleteRemains() {
-  std::string folder;
   if (!GetKeptProperty(Kept::tempFolder)) {
     return false;
   }
   if (IsAbsoluteFolder(ValueOf(Kept::tempFolder))) {
+    std::string folder;
     static_cast<void>(ClearOwnFolder(kMigrationFolder, folder));
   }
   return DeleteNumberedFiles();

@@ -23,10 +23,10 @@ inline constexpr const char *kFeatureNames[] = {
 
 /// The language of a documentation feature, as in "de_de"; empty for any other feature.
 constexpr std::string_view DocumentationLanguageOf(std::string_view feature) {
-  constexpr std::string_view before = "docs_";
-  constexpr std::string_view behind = "_eclipse";
-  const bool isDocumentation = feature.starts_with(before) && feature.ends_with(behind);
-  return isDocumentation ? feature.substr(before.size(), feature.size() - before.size() - behind.size())
+  constexpr std::string_view kBefore = "docs_";
+  constexpr std::string_view kBehind = "_eclipse";
+  const bool isDocumentation = feature.starts_with(kBefore) && feature.ends_with(kBehind);
+  return isDocumentation ? feature.substr(kBefore.size(), feature.size() - kBefore.size() - kBehind.size())
                          : std::string_view();
 }
 

@@ -3,13 +3,13 @@
 #include <type_traits>
 
 #include "completion/clean_up.h"
-#include "completion/leftovers.h"
-#include "completion/registry_records.h"
-#include "completion/tidy_up.h"
 #include "completion/launching/launch.h"
+#include "completion/leftovers.h"
 #include "completion/readme.h"
+#include "completion/registry_records.h"
 #include "completion/service_message.h"
 #include "completion/splash.h"
+#include "completion/tidy_up.h"
 #include "features/answers/response_writer.h"
 #include "features/presets.h"
 #include "init/folders/folders.h"
