@@ -23,13 +23,6 @@ namespace {
 constexpr char kFallback[] =
     "Installing would remove these features of the earlier version: %1. To allow this, set REMOVEFEATURES to yes.";
 
-/// True when the feature is local once the installation is over.
-bool StaysLocal(const char *feature) {
-  const FeatureState state = AskFeatureState(feature);
-  const bool isChanged = state.action != INSTALLSTATE_UNKNOWN && state.action != INSTALLSTATE_BROKEN;
-  return (isChanged ? state.action : state.installed) == INSTALLSTATE_LOCAL;
-}
-
 /// The features, each once, in the order of the components.
 std::string ListLosing() {
   std::vector<std::string_view> seen;

@@ -4,19 +4,12 @@
 
 #include "running/product_files.h"
 #include "running/service.h"
-#include "runtime/log.h"
 #include "runtime/phase.h"
 #include "runtime/property.h"
-#include "runtime/session.h"
+#include "runtime/restart.h"
 #include "runtime/user_interface.h"
 
 namespace zqv {
-
-namespace {
-
-constexpr DWORD kReplacedFilesLength = 64;
-
-}  // namespace
 
 ResultCode IsQvRunning() {
   return ResultOf(SetSwitch("ZQVQVISRUNNING", IsProductRunning()) &&
@@ -64,15 +57,8 @@ ResultCode RenameQvService() {
 
 ResultCode SetZqvBoot() {
   AnnouncePhase();
-  std::string replaced;
-  if (!GetProperty("ReplacedInUseFiles", replaced, kReplacedFilesLength)) {
-    return ERROR_INSTALL_FAILURE;
-  }
-  const bool scheduled = InRunMode(MSIRUNMODE_REBOOTATEND);
-  if (scheduled) {
-    LogLine("Reboot is scheduled");
-  }
-  return ResultOf(SetSwitch("ZQVBOOT", scheduled || !replaced.empty()));
+  bool needed = false;
+  return ResultOf(AskRestart(needed) && SetSwitch("ZQVBOOT", needed));
 }
 
 }  // namespace zqv

@@ -47,6 +47,12 @@ FeatureState AskFeatureState(const char *feature, ResultCode *failure) {
   return state;
 }
 
+bool StaysLocal(const char *feature) {
+  const FeatureState state = AskFeatureState(feature);
+  const bool isChanged = state.action != INSTALLSTATE_UNKNOWN && state.action != INSTALLSTATE_BROKEN;
+  return (isChanged ? state.action : state.installed) == INSTALLSTATE_LOCAL;
+}
+
 bool iwiSetFeatureState(const char *feature, INSTALLSTATE state) {
   const std::string name = NameOf(state);
   const ResultCode code = MsiSetFeatureStateA(Session().handle, feature, state);

@@ -15,6 +15,10 @@ struct FeatureState {
 /// after another failure; where `failure` is given, it gets its code instead of a line, and is untouched otherwise.
 FeatureState AskFeatureState(const char *feature, ResultCode *failure = nullptr);
 
+/// True when a feature is local once the installation is over: by the state that the installer brings it to, or, where
+/// that is none, by the one that it is in.
+bool StaysLocal(const char *feature);
+
 /// Sets the state that the installer is to bring a feature to. False when it cannot be set.
 [[nodiscard]] bool iwiSetFeatureState(const char *feature, INSTALLSTATE state);
 
