@@ -21,9 +21,9 @@ from message_table import CODE_PAGES, read_table
 # What the library and the installer fill in, by number, as inserts() gives it; the other texts are shown as they are.
 FILLED = {
     **{number: (["[1]"], []) for number in (1017, 1018, 1019, 1020)},
+    **{number: (["%1"], []) for number in (1121, 2034, 2110, 2125, 2126, 2127, 2128, 2129, 2131)},
     **{number: ([], ["%s"]) for number in (2001, 2002, 2003, 2004, 2005)},
-    **{1016: (["[1]", "[2]"], []), 1121: (["%1"], []), 2034: (["%1"], []), 2035: ([], ["%d"]),
-       2100: (["%1", "%2"], []), 2110: (["%1"], [])},
+    **{1016: (["[1]", "[2]"], []), 2035: ([], ["%d"]), 2100: (["%1", "%2"], []), 2124: (["%1", "%2"], [])},
 }
 NAMES = {406, 613, 2027}  # texts that are names, which a translation may keep
 

@@ -39,6 +39,18 @@ constexpr UINT kPubSubSupportPac = 2054;
 constexpr UINT kServiceLevel = 2092;
 constexpr UINT kInvalidFolder = 2100;   ///< two inserts: the folder, and what it came from
 constexpr UINT kLosingFeatures = 2110;  ///< one insert: the features
+constexpr UINT kNeedsSystem = 2120;     ///< rows of the dialogs' lists, up to the last: what an installation needs
+constexpr UINT kNeedsAdministrator = 2121;
+constexpr UINT kNeedsStop = 2122;
+constexpr UINT kNeedsRestart = 2123;
+constexpr UINT kFeatureNeed = 2124;    ///< two inserts: a feature, and the one that it needs
+constexpr UINT kProgramFolder = 2125;  ///< what an installation is about to do; one insert, but for the restart
+constexpr UINT kDataFolder = 2126;
+constexpr UINT kLogFolder = 2127;
+constexpr UINT kInstalledFeature = 2128;
+constexpr UINT kRemovedFeature = 2129;
+constexpr UINT kMayRestart = 2130;
+constexpr UINT kTraceLog = 2131;
 
 }  // namespace message
 
