@@ -20,6 +20,7 @@ LAYERS = [  # the lowest first
     "services/removal",
     "features",
     "features/answers",
+    "features/lists",
     "running",
     "previous",
     "previous/data",

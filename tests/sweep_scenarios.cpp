@@ -125,6 +125,8 @@ void FillMachine(World &world) {
     world.registry["hklm\\Software\\" + path.substr(0, cut)][path.substr(cut + 1)] = RegistryValue::Text(text);
   }
   const std::string system = "hklm\\SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment";
+  world.registry[system.substr(0, system.rfind('\\'))]["PendingFileRenameOperations"] = {REG_MULTI_SZ,
+                                                                                         "\\??\\C:\\qv\\a"};
   world.registry[system]["PATH"] = RegistryValue::Text("%X%\\bin");
 }
 
@@ -159,8 +161,8 @@ void FillWorld(World &world) {
   world.programs["C:\\tree\\a.txt"].runtimeMs = 10;
   world.MakePsapi("C:\\temp\\psapi.dll");
   world.environment["X"] = "C:\\p";
-  for (const UINT id :
-       {406, 613, 695, 1016, 1017, 1018, 1019, 1020, 1114, 1121, 2001, 2004, 2027, 2031, 2034, 2041, 2053, 2092}) {
+  for (const UINT id : {406,  613,  695,  1016, 1017, 1018, 1019, 1020, 1114, 1121, 2001, 2004, 2027, 2031, 2034,
+                        2041, 2053, 2092, 2120, 2121, 2122, 2123, 2124, 2125, 2126, 2127, 2128, 2129, 2130, 2131}) {
     world.modules["C:\\temp\\zqvl0001.dll"].strings[id] = "%1";
   }
   world.modules["C:\\copy\\zqviwicn.dll"];
@@ -172,14 +174,19 @@ void FillWorld(World &world) {
   for (const char *name : kFeatureNames) {
     world.features[name] = {};
   }
+  world.features["Explorer"].action = INSTALLSTATE_LOCAL;
   world.components["Base"] = {INSTALLSTATE_ABSENT, INSTALLSTATE_LOCAL};
   world.features["Server"] = world.features["docs_fr_fr_eclipse"] = {INSTALLSTATE_LOCAL, INSTALLSTATE_ABSENT};
   world.components["Base_base"] = {INSTALLSTATE_LOCAL, INSTALLSTATE_LOCAL};
   world.components["cServer"] = {INSTALLSTATE_LOCAL, INSTALLSTATE_ABSENT};
   world.tables["FeatureComponents"] = {{"Feature_", "Component_"}, {{"Server", "cServer"}}};
-  world.tables["Feature"].rows = {{"Base"}, {"Server"}};
+  world.tables["Feature"].rows = {{"Base", {}, "The base"}, {"Server", {}, "The server"}};
   world.tables["Component"].rows = {{"Base"}};
   world.tables["CustomAction"].rows = {{"One", 1}, {"Two", 0x401}};
+  const std::string lists[] = {"ZQVPRODUCTPREREQLIST", "ZQVFEATUREPREREQLIST", "ZQVSUMMARYLIST"};
+  world.tables["ListBox"] = {{"Property", "Order", "Value", "Text"},
+                             {{lists[0], 1, "1", "x"}, {lists[1], 1, "1", "x"}, {lists[2], 1, "1", "x"}},
+                             2};
   world.tables["File"].rows = {{"file", "A~1|a.txt"}, {"readme", "README~1|readme_de_DE.txt"}};
   world.tables["UIText"] = {{"Key", "Text"}, {{"Other", "x"}, {"ZQV__setup_language", "German"}}};
   for (const char *name : {"stream", "zqviwiln.dll", "zqvircgn.dll", "chmde_de.u00", "server.u00"}) {

@@ -48,6 +48,15 @@ std::size_t ColumnOf(const Table &table, const std::string &column) {
   return static_cast<std::size_t>(place - table.columns.begin());
 }
 
+/// A table of the database, or the one of their names.
+Table TableOf(const std::string &name) {
+  Table names{{"Name"}, {}};
+  for (const auto &[table, content] : world.tables) {
+    names.rows.push_back({table});
+  }
+  return name == "_Tables" ? names : Known(world.tables, name, kBadQuery);
+}
+
 }  // namespace
 
 UINT MsiCloseHandle(MSIHANDLE handle) { return world.Close(handle, {"record", "view", "database", "summary"}); }
@@ -186,23 +195,29 @@ UINT MsiDatabaseOpenViewA(MSIHANDLE database, LPCSTR query, MSIHANDLE *view) {
     const int parts =
         std::sscanf(query, "SELECT %511s FROM %511s WHERE %511[^= ]%*[ =]'%511[^']'", column, name, where, value);
     Require(parts == 2 || parts == 4, kBadQuery);
-    const Table &table = Known(world.tables, name, kBadQuery);
+    const Table table = TableOf(name);
     const std::size_t selected = *column == '*' ? 0 : ColumnOf(table, column);
     const std::size_t compared = parts == 2 ? 0 : ColumnOf(table, where);
-    OpenObject object{.kind = "view", .name = name};
-    for (const Row &row : table.rows) {
-      if (parts == 2 || row.at(compared) == Cell{std::string(value)}) {
-        object.rows.push_back(*column == '*' ? row : Row{row.at(selected)});
+    const auto find = [=, all = *column == '*', table = std::string(name), text = Cell{std::string(value)}] {
+      std::vector<Row> found;
+      for (const Row &row : TableOf(table).rows) {
+        if (parts == 2 || row.at(compared) == text) {
+          found.push_back(all ? row : Row{row.at(selected)});
+        }
       }
-    }
-    *view = static_cast<MSIHANDLE>(world.Open(object));
+      return found;
+    };
+    *view = static_cast<MSIHANDLE>(world.Open({.kind = "view", .name = name, .find = find}));
   });
 }
 
 UINT MsiViewExecute(MSIHANDLE view, MSIHANDLE) {
   return CodedCall([&] {
-    world.Object(view, "view").executed = true;
-    world.Object(view, "view").next = 0;
+    OpenObject &object = world.Object(view, "view");
+    Require(!object.executed || object.next == object.rows.size(), kFunctionFailed);  // else it is to be closed first
+    object.executed = true;
+    object.next = 0;
+    object.rows = object.find();
   });
 }
 
@@ -219,14 +234,24 @@ UINT MsiViewFetch(MSIHANDLE view, MSIHANDLE *record) {
 
 UINT MsiViewModify(MSIHANDLE view, MSIMODIFY mode, MSIHANDLE record) {
   return CodedCall([&] {
-    Table &table = world.tables[world.Object(view, "view").name];
+    OpenObject &object = world.Object(view, "view");
+    std::vector<Row> &rows = world.tables[object.name].rows;
     const Row &fields = world.Object(record, "record").fields;
-    Require(mode == MSIMODIFY_INSERT_TEMPORARY, ERROR_INVALID_PARAMETER);
-    Require(fields.size() == table.columns.size() + 1 && fields[1] != Cell{}, kFunctionFailed);
     const Row row(fields.begin() + 1, fields.end());
-    Require(std::none_of(table.rows.begin(), table.rows.end(), [&](const Row &other) { return other[0] == row[0]; }),
-            kFunctionFailed);
-    table.rows.push_back(row);
+    if (mode == MSIMODIFY_DELETE) {
+      const auto place = std::find(rows.begin(), rows.end(), row);
+      Require(object.executed && place != rows.end(), kFunctionFailed);
+      rows.erase(place);
+      return;
+    }
+    Require(mode == MSIMODIFY_INSERT_TEMPORARY, ERROR_INVALID_PARAMETER);
+    const Table &table = world.tables[object.name];
+    Require(row.size() == table.columns.size() && row[0] != Cell{}, kFunctionFailed);
+    const auto hasKey = [&](const Row &other) {
+      return std::equal(row.begin(), row.begin() + table.keys, other.begin());
+    };
+    Require(std::none_of(rows.begin(), rows.end(), hasKey), kFunctionFailed);
+    rows.push_back(row);
   });
 }
 

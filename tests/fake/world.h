@@ -35,8 +35,9 @@ using Cell = std::variant<std::monostate, int, std::string, Bytes>;  // nothing,
 using Row = std::vector<Cell>;
 
 struct Table {
-  std::vector<std::string> columns;  // the first is the key
+  std::vector<std::string> columns;
   std::vector<Row> rows;
+  int keys = 1;  // how many of the columns, from the first on, are the key
 };
 
 struct InstallState {
@@ -116,6 +117,7 @@ struct OpenObject {
   std::vector<WIN32_FIND_DATAA> found;
   std::size_t next = 0;  // row, found entry or byte of the stream
   Row fields;
+  std::function<std::vector<Row>()> find;
   std::vector<Row> rows;
   bool executed = false;
   DWORD process = 0, exitCode = 0;

@@ -48,7 +48,7 @@ enum INSTALLSTATE {
   INSTALLSTATE_DEFAULT = 5,
 };
 
-enum MSIMODIFY { MSIMODIFY_INSERT_TEMPORARY = 7 };
+enum MSIMODIFY { MSIMODIFY_DELETE = 6, MSIMODIFY_INSERT_TEMPORARY = 7 };
 
 // NOLINTBEGIN(readability-identifier-naming): the system's own names
 constexpr int MSI_NULL_INTEGER = static_cast<int>(0x80000000);

@@ -10,6 +10,9 @@ namespace zqv {
 
 namespace {
 
+/// More than anybody has added, so that a row which stays does not keep the deletion from ending.
+constexpr int kMostDeletedRows = 1000;
+
 void Close(OwnedInstallerHandle &handle, ResultCode &result) {
   if (handle) {
     CheckFirstFailure("MsiCloseHandle", "", handle.Close(), result);
@@ -34,6 +37,30 @@ bool VisitExecuted(MSIHANDLE view, const char *query, ResultCode &result, const 
   }
 }
 
+bool Execute(MSIHANDLE view, const char *query, ResultCode &result) {
+  return CheckFirstFailure("MsiViewExecute", query, MsiViewExecute(view, 0), result) == ERROR_SUCCESS;
+}
+
+/// Opens a view for `use`, and gives what that gives; false where there is no view.
+bool WithView(const char *query, ResultCode &result, const std::function<bool(MSIHANDLE view)> &use) {
+  OwnedInstallerHandle database(MsiGetActiveDatabase(Session().handle));
+  if (!database) {
+    Log("***MsiGetActiveDatabase() failed");
+    result = ERROR_INSTALL_FAILURE;
+    return false;
+  }
+  bool used = false;
+  OwnedInstallerHandle view;
+  const ResultCode opened = MsiDatabaseOpenViewA(database.Get(), query, view.Out());
+  if (CheckFirstFailure("MsiDatabaseOpenView", query, opened, result) == ERROR_SUCCESS) {
+    used = use(view.Get());
+    CheckFirstFailure("MsiViewClose", "", MsiViewClose(view.Get()), result);
+    Close(view, result);
+  }
+  Close(database, result);
+  return used;
+}
+
 }  // namespace
 
 ResultCode ReadRecordText(MSIHANDLE record, UINT field, std::string &text) {
@@ -48,24 +75,30 @@ ResultCode ReadRecordText(MSIHANDLE record, UINT field, std::string &text) {
 }
 
 bool VisitRows(const char *query, ResultCode &result, const std::function<bool(MSIHANDLE row)> &visit) {
-  OwnedInstallerHandle database(MsiGetActiveDatabase(Session().handle));
-  if (!database) {
-    Log("***MsiGetActiveDatabase() failed");
+  return WithView(query, result, [&](MSIHANDLE view) {
+    return Execute(view, query, result) && VisitExecuted(view, query, result, visit);
+  });
+}
+
+bool DeleteRows(const char *query, ResultCode &result) {
+  return WithView(query, result, [&](MSIHANDLE view) {
+    for (int deleted = 0; deleted < kMostDeletedRows; ++deleted) {
+      const bool complete =
+          Execute(view, query, result) && VisitExecuted(view, query, result, [&](MSIHANDLE row) {
+            CheckFirstFailure("MsiViewModify", "MSIMODIFY_DELETE", MsiViewModify(view, MSIMODIFY_DELETE, row), result);
+            return false;
+          });
+      if (complete || result != ERROR_SUCCESS) {
+        return complete;
+      }
+      if (CheckFirstFailure("MsiViewClose", "", MsiViewClose(view), result) != ERROR_SUCCESS) {
+        return false;
+      }
+    }
+    Log("***There is no end of rows to delete: '%s'", query);
     result = ERROR_INSTALL_FAILURE;
     return false;
-  }
-  bool complete = false;
-  OwnedInstallerHandle view;
-  const ResultCode opened = MsiDatabaseOpenViewA(database.Get(), query, view.Out());
-  if (CheckFirstFailure("MsiDatabaseOpenView", query, opened, result) == ERROR_SUCCESS) {
-    const ResultCode executed = MsiViewExecute(view.Get(), 0);
-    complete = CheckFirstFailure("MsiViewExecute", query, executed, result) == ERROR_SUCCESS &&
-               VisitExecuted(view.Get(), query, result, visit);
-    CheckFirstFailure("MsiViewClose", "", MsiViewClose(view.Get()), result);
-    Close(view, result);
-  }
-  Close(database, result);
-  return complete;
+  });
 }
 
 }  // namespace zqv
