@@ -83,16 +83,15 @@ bool VisitRows(const char *query, ResultCode &result, const std::function<bool(M
 bool DeleteRows(const char *query, ResultCode &result) {
   return WithView(query, result, [&](MSIHANDLE view) {
     for (int deleted = 0; deleted < kMostDeletedRows; ++deleted) {
+      bool gone = false;
       const bool complete =
           Execute(view, query, result) && VisitExecuted(view, query, result, [&](MSIHANDLE row) {
-            CheckFirstFailure("MsiViewModify", "MSIMODIFY_DELETE", MsiViewModify(view, MSIMODIFY_DELETE, row), result);
+            gone = CheckFirstFailure("MsiViewModify", "MSIMODIFY_DELETE", MsiViewModify(view, MSIMODIFY_DELETE, row),
+                                     result) == ERROR_SUCCESS;
             return false;
           });
-      if (complete || result != ERROR_SUCCESS) {
+      if (!gone || CheckFirstFailure("MsiViewClose", "", MsiViewClose(view), result) != ERROR_SUCCESS) {
         return complete;
-      }
-      if (CheckFirstFailure("MsiViewClose", "", MsiViewClose(view), result) != ERROR_SUCCESS) {
-        return false;
       }
     }
     Log("***There is no end of rows to delete: '%s'", query);

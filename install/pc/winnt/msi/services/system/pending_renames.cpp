@@ -45,9 +45,9 @@ bool IsRestartOwed(const std::string &folder) {
   std::string_view texts(reinterpret_cast<const char *>(value->bytes.data()), value->bytes.size());
   while (!texts.empty()) {
     const std::size_t end = std::min(texts.find('\0'), texts.size());
-    const std::string path = TidiedPath(texts.substr(0, end));
-    if (StartsWithName(path, tidied)) {
-      Log("A restart is owed for '%s'", path.c_str());
+    const std::string text(texts.substr(0, end));
+    if (StartsWithName(TidiedPath(text), tidied)) {
+      Log("A restart is owed for '%s'", text.c_str());
       return true;
     }
     texts.remove_prefix(std::min(end + 1, texts.size()));
