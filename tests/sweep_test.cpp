@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <limits>
 #include <map>
 #include <new>
@@ -133,6 +134,19 @@ class FaultSweep : public testing::TestWithParam<SweepCase> {
     EXPECT_TRUE(mayBeSilent) << "not a line about it";
   }
 
+  /// Writes the installer's log into the case's file in the folder that the environment names, if any, below a line that
+  /// tells the fault: call, code and result, and on what the call is when it does not fail.
+  static void Keep(const std::string &fault, UINT result, const std::string &argument = "") {
+    if (const char *const folder = std::getenv("ZQV_SWEEP_LOGS")) {
+      const auto &[scenario, setting] = GetParam();
+      std::ofstream file(std::string(folder) + "/" + scenario.name + "_" + setting.name + ".txt", std::ios::app);
+      file << "@ " << fault << " " << result << " " << argument << "\n";
+      for (const std::string &line : TheWorld().installerLog) {
+        file << line << "\n";
+      }
+    }
+  }
+
   static inline bool inWriter_ = false;  // whether the writer of log lines was short of memory in the last run
 
  private:
@@ -145,9 +159,11 @@ class FaultSweep : public testing::TestWithParam<SweepCase> {
 TEST_P(FaultSweep, EveryFailingCallIsSurvivedAndTold) {
   std::vector<int> calls;
   std::map<std::size_t, std::pair<int, int>> writersCalls;  // first and last, by their place
+  std::vector<std::string> arguments;                       // of each call, one place on
   const UINT usualResult = Run(0, 0, 0, 0, [&](std::string_view) {
     const int number = TheWorld().calls;
     const std::size_t site = SiteInWriter();
+    arguments.push_back(TheWorld().seen);
     if (site == 0) {
       calls.push_back(number);
     } else {
@@ -155,11 +171,14 @@ TEST_P(FaultSweep, EveryFailingCallIsSurvivedAndTold) {
     }
   });
   const std::vector<std::string> usual = Texts();
+  arguments.push_back(TheWorld().seen);
+  Keep("none 0", usualResult);
   ASSERT_FALSE(calls.empty() || writersCalls.empty());
   const auto fail = [&](int call, DWORD code, bool byWriter) {
     const UINT result = Run(call, code);
     const World &world = TheWorld();
     const FaultRun run{std::get<0>(GetParam()).name, world.failedCall, code, usualResult, Texts()};
+    Keep(run.call + " " + std::to_string(code), result, arguments[call]);
     SCOPED_TRACE(run.call + ", call " + std::to_string(call) + " with " + std::to_string(code));
     // Without the failure a deferred action would not have had a database either.
     const bool asUsual = world.Deferred() && run.call == "MsiGetActiveDatabase";

@@ -101,6 +101,7 @@ DWORD World::Count(const char *name) {
     onCall(name);
   }
   call = name;
+  seen.clear();
   const bool fails = failCall.name.empty() ? failCall.nth == calls
                                            : failCall.name == name && (failCall.nth == 0 || failCall.nth == nth);
   failedCall = fails ? name : failedCall;

@@ -212,7 +212,10 @@ struct World {
 
   // What the library has asked for. A call on a handle shows the access that the handle was opened with.
   std::set<Asked> asked;
-  void See(const std::string &subject, std::initializer_list<DWORD> values) { asked.insert({call, subject, values}); }
+  void See(const std::string &subject, std::initializer_list<DWORD> values) {
+    asked.insert({call, seen = subject, values});
+  }
+  std::string seen;  // on what the last call was; empty when that shows nothing
 
   // Counting and failing the calls that can fail. Both counts begin with 1; `nth` is among the calls of that name (0:
   // each) or, without a name, among all.
