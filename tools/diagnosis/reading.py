@@ -1,0 +1,181 @@
+"""Reads any log of an installation as a stream, and gives the few lines that its story is made of."""
+
+import re
+from pathlib import Path
+from typing import NamedTuple
+
+CHUNK = 1 << 20
+LONGEST = 4 << 20  # a line that is longer is taken in parts
+
+# What the library's lines begin with that the story needs. All others are passed over without being looked at.
+TEXTS = (
+    r"\*\*\*",
+    "Returning with rc ",
+    r"MSIRUNMODE_(?:SCHEDULED|COMMIT|ROLLBACK(?!E)|REBOOT)",
+    "Deferred execution",
+    "Executing ",
+    r"[^ \r\n]+ Built on ",
+    "QVCA ",
+    "Messages from temporary log",
+    "Wait timed out",
+    r"Process (?:ID \d+ terminated|'.*' timed out)",
+    "Found process ID",
+    "Stacked file for deletion upon reboot",
+    "Property 'ProductName' not defined in property",
+    "Property 'Z(?:QVBOOT|QVUSERTRACEPATH)' value set",
+    r"SETPROPERTY\(",
+    "No (?:stanza|parameter definition|keyword)",
+    r"Error -?\d+ from MsiGetFeatureState",
+    r"\w+\(\d*\) error -?\d+\. Query",
+    "Can't (?:open|allocate|find)",
+    "Couldn't create",
+    "Unable to launch",
+)
+# The installer's own lines that the story needs.
+ENGINE = (
+    r"\nAction (?:start|ended) ",
+    r"\n=== ",
+    r"\]: (?:Executing op: CustomActionSchedule|MainEngineThread is returning)",
+    r" error status: \d",
+)
+# A literal beginning is what makes the search fast; and so does a set of one character. So what is found is looked at
+# again: it may be across two lines.
+OF_LIBRARY = b" QVCA info "
+TOLD = re.compile(OF_LIBRARY + rf"[^:]{{1,80}}: (?:{'|'.join(TEXTS)})".encode())
+OF_ENGINE = tuple(re.compile(pattern.encode()) for pattern in ENGINE)
+LINE = re.compile(rb"(?:1: |MSI \([^\r\n]{1,60}?\]: )?(>>)?(\d\d:\d\d:\d\d) QVCA info ([^:\r\n]{1,80}): ([^\r\n]*)")
+
+
+class Told(NamedTuple):
+    """A line. One of the installer's own has no stamp, no action, and all of it as its text."""
+
+    file: str
+    number: int  # counted from 1
+    merged: bool  # folded in from the temporary log
+    stamp: str
+    action: str
+    text: str
+
+    @property
+    def place(self):
+        return f"{self.file}:{self.number}"
+
+
+def text_of(data):
+    try:
+        return data.decode("utf-8")
+    except UnicodeDecodeError:
+        return data.decode("cp1252", "replace")
+
+
+def encoding_of(begin):
+    """UTF-16 in one of its orders, or none for a text of 8 bits."""
+    if begin.startswith(b"\xff\xfe") or begin[1::2].count(0) * 2 > len(begin) // 2:
+        return "utf-16-le"
+    if begin.startswith(b"\xfe\xff") or begin[::2].count(0) * 2 > len(begin) // 2:
+        return "utf-16-be"
+    return None
+
+
+def chunks(path):
+    """The bytes of the file, as UTF-8 if they are UTF-16. Raises OSError."""
+    with open(path, "rb") as file:
+        chunk = file.read(CHUNK)
+        encoding = encoding_of(chunk[:1024])
+        carry = b""
+        while chunk:
+            if encoding:
+                chunk = carry + chunk
+                # A character may be cut between two parts.
+                whole = len(chunk) & ~1
+                if whole and 0xD8 <= chunk[whole - (1 if encoding.endswith("le") else 2)] <= 0xDB:
+                    whole -= 2
+                carry = chunk[whole:]
+                chunk = chunk[:whole].decode(encoding, "replace").lstrip("\ufeff").encode("utf-8", "replace")
+            yield chunk
+            chunk = file.read(CHUNK)
+
+
+def blocks(path):
+    """Parts of the file that begin and end with whole lines; each has a line end in front."""
+    rest = b""
+    for chunk in chunks(path):
+        chunk = rest + chunk
+        end = chunk.rfind(b"\n") + 1
+        if not end and len(chunk) > LONGEST:
+            end = len(chunk)
+        rest = chunk[end:]
+        if end:
+            yield b"\n" + chunk[:end]
+    yield b"\n" + rest + b"\n"
+
+
+class Log:
+    """A log's told lines, in their order. `is_log` tells, at the end, whether there was a line of the library or of the
+    installer at all. Whoever knows the merged lines that follow sets `passes_merged`: they are left out, up to the next
+    line that is not merged."""
+
+    def __init__(self, path):
+        self.path = Path(path)
+        self.file = self.path.name
+        self.is_log = self.passes_merged = False
+        self.block = self.before = b""
+        self.at = 0
+
+    def __iter__(self):
+        lines = 0  # before the block
+        for block in blocks(self.path):
+            self.block = block
+            counted, number = 0, lines
+            places = [match.start() for match in TOLD.finditer(block)]
+            for pattern in OF_ENGINE:
+                places += [match.start() + 1 for match in pattern.finditer(block)]
+            places.sort()
+            for place in places:
+                self.at = start = block.rfind(b"\n", 0, place) + 1
+                line = block[start : block.find(b"\n", place)]
+                match = LINE.match(line)
+                merged = match is not None and match[1] is not None
+                if merged and self.passes_merged:
+                    continue
+                self.passes_merged = False
+                number += block.count(b"\n", counted, start)
+                counted = start
+                if match:
+                    _, stamp, action, text = match.groups()
+                    yield Told(self.file, number, merged, stamp.decode(), text_of(action), text_of(text).rstrip())
+                elif OF_LIBRARY not in line:
+                    self.is_log = True
+                    yield Told(self.file, number, False, "", "", text_of(line).rstrip())
+            self.is_log = self.is_log or OF_LIBRARY in block
+            # The line end in front is none of the file's.
+            lines += block.count(b"\n") - 1
+            if OF_LIBRARY in block:
+                self.before = block
+            self.block, self.at = b"", 0
+
+    def last_action(self):
+        """The name that the last line of the library before the present one gives; empty without one."""
+        for part, end in ((self.block, self.at), (self.before, len(self.before))):
+            for _ in range(1000):
+                end = part.rfind(OF_LIBRARY, 0, end)
+                if end < 0:
+                    break
+                match = LINE.match(part, part.rfind(b"\n", 0, end) + 1)
+                if match and not match[1]:
+                    return text_of(match[3])
+        return ""
+
+
+def lines(path):
+    """All lines of a log, as Told; those that are not the library's have no stamp, and all of them is their text."""
+    file, number = Path(path).name, 0
+    for block in blocks(path):
+        for line in block[1:].splitlines():
+            number += 1
+            match = LINE.match(line)
+            if match:
+                merged, stamp, action, text = match.groups()
+                yield Told(file, number, merged is not None, stamp.decode(), text_of(action), text_of(text).rstrip())
+            else:
+                yield Told(file, number, False, "", "", text_of(line).rstrip())
