@@ -7,42 +7,39 @@ from typing import NamedTuple
 CHUNK = 1 << 20
 LONGEST = 4 << 20  # a line that is longer is taken in parts
 
-# What the library's lines begin with that the story needs. All others are passed over without being looked at.
+# What the library's lines begin with that the story needs. All others are passed over without being looked at: for that
+# to be fast, each has a literal beginning.
 TEXTS = (
     r"\*\*\*",
     "Returning with rc ",
     r"MSIRUNMODE_(?:SCHEDULED|COMMIT|ROLLBACK(?!E)|REBOOT)",
     "Deferred execution",
     "Executing ",
-    r"[^ \r\n]+ Built on ",
+    r"zqviwicn\.dll Built on ",
     "QVCA ",
     "Messages from temporary log",
     "Wait timed out",
     r"Process (?:ID \d+ terminated|'.*' timed out)",
     "Found process ID",
     "Stacked file for deletion upon reboot",
-    "Property 'ProductName' not defined in property",
-    "Property 'Z(?:QVBOOT|QVUSERTRACEPATH)' value set",
+    "Property '(?:ZQVBOOT' value set|ProductName' not defined in property)",
     r"SETPROPERTY\(",
     "No (?:stanza|parameter definition|keyword)",
     r"Error -?\d+ from MsiGetFeatureState",
-    r"\w+\(\d*\) error -?\d+\. Query",
+    r"Msi\w+\(\d*\) error -?\d+\. Query",
     "Can't (?:open|allocate|find)",
     "Couldn't create",
     "Unable to launch",
 )
-# The installer's own lines that the story needs.
-ENGINE = (
-    r"\nAction (?:start|ended) ",
-    r"\n=== ",
-    r"\]: (?:Executing op: CustomActionSchedule|MainEngineThread is returning)",
-    r" error status: \d",
-)
+# The installer's own lines that the story needs: those of every kind of log, and those of Windows' verbose ones.
+ENGINE = (r"\nAction (?:start|ended) ", r"\n=== ")
+VERBOSE = (r"\]: (?:Executing op: CustomActionSchedule|MainEngineThread is returning)", r" error status: \d")
 # A literal beginning is what makes the search fast; and so does a set of one character. So what is found is looked at
 # again: it may be across two lines.
 OF_LIBRARY = b" QVCA info "
 TOLD = re.compile(OF_LIBRARY + rf"[^:]{{1,80}}: (?:{'|'.join(TEXTS)})".encode())
-OF_ENGINE = tuple(re.compile(pattern.encode()) for pattern in ENGINE)
+OF_ENGINE, OF_VERBOSE = (tuple(re.compile(pattern.encode()) for pattern in kind) for kind in (ENGINE, VERBOSE))
+MERGED = (b">>", b"1: >>")
 LINE = re.compile(rb"(?:1: |MSI \([^\r\n]{1,60}?\]: )?(>>)?(\d\d:\d\d:\d\d) QVCA info ([^:\r\n]{1,80}): ([^\r\n]*)")
 
 
@@ -50,7 +47,7 @@ class Told(NamedTuple):
     """A line. One of the installer's own has no stamp, no action, and all of it as its text."""
 
     file: str
-    number: int  # counted from 1
+    number: int  # counted from 1; 0 as long as nobody has asked the log for it
     merged: bool  # folded in from the temporary log
     stamp: str
     action: str
@@ -112,7 +109,7 @@ def blocks(path):
 
 class Log:
     """A log's told lines, in their order. `is_log` tells, at the end, whether there was a line of the library or of the
-    installer at all. Whoever knows the merged lines that follow sets `passes_merged`: they are left out, up to the next
+    installer at all. The lines have no numbers until `numbered` gives the present one its own. Whoever knows the merged lines that follow sets `passes_merged`: they are left out, up to the next
     line that is not merged."""
 
     def __init__(self, path):
@@ -120,36 +117,39 @@ class Log:
         self.file = self.path.name
         self.is_log = self.passes_merged = False
         self.block = self.before = b""
-        self.at = 0
+        self.at = self.counted = self.lines = 0  # the lines that begin in the block before `counted`, and all before it
+
+    def numbered(self, line):
+        """The present line with its number."""
+        self.lines += self.block.count(b"\n", self.counted, self.at)
+        self.counted = self.at
+        return line._replace(number=self.lines)
 
     def __iter__(self):
-        lines = 0  # before the block
         for block in blocks(self.path):
-            self.block = block
-            counted, number = 0, lines
+            self.block, self.counted = block, 0
             places = [match.start() for match in TOLD.finditer(block)]
-            for pattern in OF_ENGINE:
+            for pattern in OF_ENGINE + (OF_VERBOSE if b"\nMSI (" in block else ()):
                 places += [match.start() + 1 for match in pattern.finditer(block)]
             places.sort()
             for place in places:
-                self.at = start = block.rfind(b"\n", 0, place) + 1
+                start = block.rfind(b"\n", 0, place) + 1
+                if self.passes_merged and block.startswith(MERGED, start):
+                    continue
+                self.at = start
                 line = block[start : block.find(b"\n", place)]
                 match = LINE.match(line)
-                merged = match is not None and match[1] is not None
-                if merged and self.passes_merged:
-                    continue
                 self.passes_merged = False
-                number += block.count(b"\n", counted, start)
-                counted = start
                 if match:
-                    _, stamp, action, text = match.groups()
-                    yield Told(self.file, number, merged, stamp.decode(), text_of(action), text_of(text).rstrip())
+                    merged, stamp, action, text = match.groups()
+                    merged = merged is not None
+                    yield Told(self.file, 0, merged, stamp.decode(), text_of(action), text_of(text).rstrip())
                 elif OF_LIBRARY not in line:
                     self.is_log = True
-                    yield Told(self.file, number, False, "", "", text_of(line).rstrip())
+                    yield Told(self.file, 0, False, "", "", text_of(line).rstrip())
             self.is_log = self.is_log or OF_LIBRARY in block
             # The line end in front is none of the file's.
-            lines += block.count(b"\n") - 1
+            self.lines += block.count(b"\n", self.counted) - 1
             if OF_LIBRARY in block:
                 self.before = block
             self.block, self.at = b"", 0

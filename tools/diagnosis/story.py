@@ -22,6 +22,7 @@ ENDED = re.compile(r"Action ended [^ ]+ ?(.*?)\. Return value (-?\d+)\.?")
 STARTED = re.compile(r"Action start [^ ]+ ?(.*?)\.?")
 SCHEDULED = re.compile(r".*CustomActionSchedule\(Action=([^,)]+)")
 STATUS = re.compile(r".*(?:MainEngineThread is returning|error status:) (\d+)")
+RETURNING, SUCCESS = "Returning with rc ", "Returning with rc 0"
 MESSAGE = re.compile(r"QVCA .* MB error: ")
 ASIDE = re.compile(r"\*\*\*(?:iwiLoadNlsString|iiiDisplayMsgBox)")  # failures to tell of a failure
 SUMS_UP = re.compile(r"\*\*\*(?:Folder '.*' cannot be deleted|Can't find binary|No temporary f|'.*' ended with)")
@@ -129,10 +130,12 @@ class Clock:
     """Turns stamps into seconds that never run back: over midnight they go on."""
 
     def __init__(self):
-        self.last = None
+        self.last = self.stamp = None
         self.days = 0
 
     def seconds(self, stamp):
+        if stamp == self.stamp:
+            return self.last
         now = int(stamp[:2]) * 3600 + int(stamp[3:5]) * 60 + int(stamp[6:]) + self.days * DAY
         if self.last is not None and now < self.last:
             if self.last - now > DAY // 2:
@@ -140,7 +143,7 @@ class Clock:
                 now += DAY
             else:  # the clock was put back
                 now = self.last
-        self.last = now
+        self.last, self.stamp = now, stamp
         return now
 
 
@@ -195,7 +198,7 @@ class Installation:
                     return
             own = self.latest is not None and self.latest.row == name
             if value in (2, 3) and not own and name not in CONTAINERS and self.other_failed is None:
-                self.other_failed = self.first_failed is None and line or None
+                self.other_failed = self.first_failed is None and self.log.numbered(line) or None
         elif match := STARTED.fullmatch(text):
             self.row = match[1]
         elif match := SCHEDULED.match(text):
@@ -212,9 +215,15 @@ class Installation:
                 self.close_down_to(stack, stack[0], line)
             self.open(stack, "", line, now)
             return
+        if text == SUCCESS:
+            action = self.running(stack, line, now)
+            action.end, action.last = now, line
+            self.returned(stack, action, line)
+            return
+        line = self.log.numbered(line)
         action = self.running(stack, line, now)
         action.end, action.last = now, line
-        if text.startswith("Returning with rc "):
+        if text.startswith(RETURNING):
             self.returned(stack, action, line)
         elif text.startswith("***") or not self.take_note(action, text, line):
             action.keep(line)
@@ -224,6 +233,7 @@ class Installation:
     def open(self, stack, name, line, now):
         if len(stack) >= DEEPEST:
             self.close_down_to(stack, stack[0], line)
+        line = self.log.numbered(line)
         action = Action(name, line, now, now, depth=len(stack), last=line)
         if stack:
             action.row, action.phase = stack[-1].row, stack[-1].phase
@@ -294,7 +304,7 @@ class Installation:
             # It ends a frame that handed its action on, or one that has no name.
             frames = [one for one in stack if one.external or not one.name]
             action = frames[-1] if frames else stack[-1]
-        code = line.text.removeprefix("Returning with rc ").strip()
+        code = line.text.removeprefix(RETURNING).strip()
         action.rc = int(code) if re.fullmatch(r"-?\d{1,10}", code) else None
         action.end, action.last = self.merged_clock.last if line.merged else self.clock.last, line
         self.close_down_to(stack, action, line)
