@@ -60,7 +60,7 @@ def picture(installation):
         left = LEFT + (action.start - begin) * scale
         wide = max((action.end - action.start + (action.start == action.end)) * scale, 3)
         bad = action.rc != 0
-        name = html.escape("\u00a0\u00a0" * action.depth + action.title)
+        name = html.escape("\u00a0\u00a0" * action.depth + (action.row or action.title))
         weight = ' font-weight="bold"' if bad else ""
         edge = f' stroke="{FAILED}" stroke-width="2"' if bad else ""
         told = html.escape(f"{action.title}: {action.phase}, result {action.rc}, {action.end - action.start} s")

@@ -115,18 +115,19 @@ def tell_rest(installation):
         told.append(f"          and {plural(len(others) - 6 + installation.other_groups, 'other kind')} of failure lines")
     if installation.broken is not None and installation.broken is not installation.first_failed:
         broken = installation.broken
-        told.append(f"  without a result: {broken.title}, {(broken.last or broken.first).place}")
+        told.append(f"          without a result: {broken.title}, {(broken.last or broken.first).place}")
     for kind, title in NOTES.items():
         notes = installation.notes[kind]
         if notes.count:
             first = notes.lines[0]
-            told.append(f"  {title}: {notes.count}; the first, in {first.action}, {first.place}: {first.text}")
+            told.append(f"  {notes.count:4} x  {title}; the first in {first.action}, {first.place}")
+            told.append(f"          {first.text}")
     if installation.restart is not None:
-        told.append("  a restart is owed" if installation.restart else "  no restart is owed")
+        told.append("          a restart is owed" if installation.restart else "          no restart is owed")
     slowest = sorted(installation.times.items(), key=lambda entry: -entry[1][0])
     slowest = [f"{name} {duration(seconds)}" for name, (seconds, _) in slowest[:5] if seconds > 0]
     if slowest:
-        told.append("  slowest actions: " + ", ".join(slowest))
+        told.append("          slowest actions: " + ", ".join(slowest))
     return ["", "Also worth knowing:", *told] if told else []
 
 
@@ -152,10 +153,9 @@ def tell_all(installations, counts):
     total = sum(counts.values())
     if total > 1:
         told.append(f"{total} installations: " + ", ".join(f"{number} {name}" for name, number in counts.items()))
-        shown = installations[-6:]
-        for one in shown:
-            told.append(f"  {clock(one.begun)}  {headline(one)}  ({', '.join(one.files)})")
         which = chosen(installations)
+        for one in installations[len(tell(which)) + 6 - SCREEN :]:
+            told.append(f"  {clock(one.begun)}  {headline(one)}  ({', '.join(one.files)})")
         told += ["", f"The {'last of them' if which is installations[-1] else 'last that did not succeed'}:"]
     told += tell(chosen(installations))
     if len(told) > SCREEN:
