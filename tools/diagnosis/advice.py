@@ -1,5 +1,5 @@
-"""What a line that tells a failure means and what to do about it. Both come from the tables of docs/logs.md alone, so that
-the page and the tool cannot disagree."""
+"""What a line that tells a failure means and what to do about it. Both come from the tables of docs/logs.md alone, so
+that the page and the tool cannot disagree."""
 
 import re
 from dataclasses import dataclass
@@ -16,8 +16,8 @@ PATTERNS = ("(.*?)", r"(-?\d+)", "((?:0x)?[0-9a-fA-F]+)")  # in the order of the
 
 @dataclass(frozen=True)
 class Advice:
-    """A row of the page, for one of its texts: the text as the library composes it, what happened, and what to do (may be
-    empty). `ends` tells whether the action ends with it."""
+    """A row of the page, for one of its texts: the text as the library composes it, what happened, and what to check
+    (may be empty). `ends` tells whether the action ends with it."""
 
     text: str
     meaning: str

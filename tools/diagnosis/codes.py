@@ -64,7 +64,7 @@ CODES = {
     193: ("ERROR_BAD_EXE_FORMAT", "It is not a valid Win32 application."),
     203: ("ERROR_ENVVAR_NOT_FOUND", "The system could not find the environment option that was entered."),
     206: ("ERROR_FILENAME_EXCED_RANGE", "The filename or extension is too long."),
-    216: ("ERROR_EXE_MACHINE_TYPE_MISMATCH", "This version of the file is not compatible with this version of Windows."),
+    216: ("ERROR_EXE_MACHINE_TYPE_MISMATCH", "This file is not compatible with this version of Windows."),
     225: ("ERROR_VIRUS_INFECTED", "The file contains a virus or potentially unwanted software."),
     234: ("ERROR_MORE_DATA", "More data is available."),
     258: ("WAIT_TIMEOUT", "The wait operation timed out."),
@@ -184,8 +184,8 @@ CODES = {
 
 NUMBERS = {name: number for number, (name, _) in CODES.items()}
 
-# The calls behind the texts that do not name theirs themselves, by how the text begins. The order decides. A folder that
-# cannot be deleted while no line tells of a deletion could not be searched.
+# The calls behind the texts that do not name theirs themselves, by how the text begins. The order decides. A folder
+# that cannot be deleted while no line tells of a deletion could not be searched.
 CALLS = (
     (r"Unable to expand environment strings", "ExpandEnvironmentStrings"),
     (r"Can't set environment variable", "SetEnvironmentVariable"),
@@ -196,7 +196,10 @@ CALLS = (
     (r"Can't set value", "RegSetValueEx"),
     (r"Delete value error", "RegDeleteValue"),
     # A folder is held while it is searched or copied to.
-    (r"FindFirstFile\(|Folder '.*' cannot be deleted", "FindFirstFile, FindNextFile, CreateFile or GetFileInformationByHandle"),
+    (
+        r"FindFirstFile\(|Folder '.*' cannot be deleted",
+        "FindFirstFile, FindNextFile, CreateFile or GetFileInformationByHandle",
+    ),
     (r"Can't use folder", "CreateFile or GetFileInformationByHandle"),
     (r"Can't open ", "fopen"),
     (r"Can't write ", "fopen, fwrite or fclose"),
@@ -237,8 +240,8 @@ QUOTED = re.compile(r"(?<!\w)'(.*?)'(?!\w)")
 
 
 def call_of(text):
-    """The Windows or installer call that the line's text is about, without the letter of its form; several that cannot be
-    told apart with "or" between them; empty when it is about none."""
+    """The Windows or installer call that the line's text is about, without the letter of its form; several that cannot
+    be told apart with "or" between them; empty when it is about none."""
     for begin, call in CALLS:
         if begin.match(text):
             return call
@@ -250,7 +253,7 @@ def call_of(text):
 
 
 def code_of(text):
-    """The code in the line's text; none when there is none. The installer's own lines show it decimal, some hexadecimal."""
+    """The code in the line's text, which shows it decimal, hexadecimal or by name; none when there is none."""
     if NO_CODE.match(text):
         return None
     # What stands in quotation marks is the caller's.

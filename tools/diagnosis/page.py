@@ -11,10 +11,10 @@ COLOURS = {"immediate": "#56b4e9", "deferred": "#e69f00", "commit": "#009e73", "
 FAILED = "#000000"
 STEPS = (1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600, 7200, 14400)
 
-STYLE = """body{font:15px/1.4 sans-serif;margin:1.5em;max-width:1150px}pre{font:12px/1.35 monospace;margin:0;white-space:pre-wrap}
-.story{background:#f3f3f3;padding:.8em;font-size:13px}details{border-bottom:1px solid #ddd}summary{cursor:pointer;padding:2px}
-.bad{font-weight:bold}.bad::before{content:"\\2716  "}mark{background:#f0e442}.hide{display:none}input{font-size:15px;width:30em}
-svg{max-width:100%;height:auto}"""
+STYLE = """body{font:15px/1.4 sans-serif;margin:1.5em;max-width:1150px}
+pre{font:12px/1.35 monospace;margin:0;white-space:pre-wrap}.story{background:#f3f3f3;padding:.8em;font-size:13px}
+details{border-bottom:1px solid #ddd}summary{cursor:pointer;padding:2px}.hide{display:none}mark{background:#f0e442}
+.bad{font-weight:bold}.bad::before{content:"\\2716  "}input{font-size:15px;width:30em}svg{max-width:100%;height:auto}"""
 SCRIPT = """const box=document.getElementById("search"),all=[...document.querySelectorAll("details")];
 box.addEventListener("input",()=>{const text=box.value.toLowerCase();let n=0;for(const d of all){let hit=false;
 for(const l of d.querySelectorAll("span")){const has=!text||l.textContent.toLowerCase().includes(text);
@@ -40,7 +40,8 @@ def picture(installation):
     ]
     x = LEFT
     for phase, colour in COLOURS.items():
-        parts.append(f'<rect x="{x}" y="6" width="12" height="12" fill="{colour}"/><text x="{x + 16}" y="16">{phase}</text>')
+        parts.append(f'<rect x="{x}" y="6" width="12" height="12" fill="{colour}"/>')
+        parts.append(f'<text x="{x + 16}" y="16">{phase}</text>')
         x += 90
     parts.append(f'<rect x="{x}" y="6" width="12" height="12" fill="none" stroke="{FAILED}" stroke-width="2"/>')
     parts.append(f'<text x="{x + 16}" y="16">failed</text>')

@@ -32,7 +32,7 @@ TEXTS = (
     "Unable to launch",
 )
 # The installer's own lines that the story needs: those of every kind of log, and those of Windows' verbose ones.
-ENGINE = (r"\nAction (?:start|ended) ", r"\n=== ")
+ENGINE = (r"\nAction (?:start |ended |[\d:]+ Rollback)", r"\n=== ")
 VERBOSE = (r"\]: (?:Executing op: CustomActionSchedule|MainEngineThread is returning)", r" error status: \d")
 # A literal beginning is what makes the search fast; and so does a set of one character. So what is found is looked at
 # again: it may be across two lines.
@@ -109,15 +109,16 @@ def blocks(path):
 
 class Log:
     """A log's told lines, in their order. `is_log` tells, at the end, whether there was a line of the library or of the
-    installer at all. The lines have no numbers until `numbered` gives the present one its own. Whoever knows the merged lines that follow sets `passes_merged`: they are left out, up to the next
-    line that is not merged."""
+    installer at all. The lines have no numbers until `numbered` gives the present one its own. Whoever knows the merged
+    lines that follow sets `passes_merged`: they are left out, up to the next line that is not merged."""
 
     def __init__(self, path):
         self.path = Path(path)
         self.file = self.path.name
         self.is_log = self.passes_merged = False
         self.block = self.before = b""
-        self.at = self.counted = self.lines = 0  # the lines that begin in the block before `counted`, and all before it
+        self.at = self.above = 0  # the lines above `before`
+        self.counted = self.lines = 0  # the lines that begin in the block before `counted`, and all above it
 
     def numbered(self, line):
         """The present line with its number."""
@@ -128,6 +129,7 @@ class Log:
     def __iter__(self):
         for block in blocks(self.path):
             self.block, self.counted = block, 0
+            above = self.lines
             places = [match.start() for match in TOLD.finditer(block)]
             for pattern in OF_ENGINE + (OF_VERBOSE if b"\nMSI (" in block else ()):
                 places += [match.start() + 1 for match in pattern.finditer(block)]
@@ -151,20 +153,24 @@ class Log:
             # The line end in front is none of the file's.
             self.lines += block.count(b"\n", self.counted) - 1
             if OF_LIBRARY in block:
-                self.before = block
+                self.before, self.above = block, above
             self.block, self.at = b"", 0
 
-    def last_action(self):
-        """The name that the last line of the library before the present one gives; empty without one."""
-        for part, end in ((self.block, self.at), (self.before, len(self.before))):
+    def last_line(self):
+        """The last line of the library, merged ones left out, before the present one; none without one nearby."""
+        lines = self.lines - self.block.count(b"\n", 0, self.counted)
+        for part, end, above in ((self.block, self.at, lines), (self.before, len(self.before), self.above)):
             for _ in range(1000):
                 end = part.rfind(OF_LIBRARY, 0, end)
                 if end < 0:
                     break
-                match = LINE.match(part, part.rfind(b"\n", 0, end) + 1)
+                start = part.rfind(b"\n", 0, end) + 1
+                match = LINE.match(part, start)
                 if match and not match[1]:
-                    return text_of(match[3])
-        return ""
+                    number = above + part.count(b"\n", 0, start)
+                    _, stamp, action, text = match.groups()
+                    return Told(self.file, number, False, stamp.decode(), text_of(action), text_of(text).rstrip())
+        return None
 
 
 def lines(path):

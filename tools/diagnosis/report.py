@@ -1,7 +1,9 @@
 """The command: reads the logs and tells their story as text, as JSON or as a page."""
 
 import argparse
+import glob
 import json
+import os
 import re
 import sys
 import textwrap
@@ -10,7 +12,7 @@ from . import page
 from .advice import Adviser
 from .codes import CODES, explain
 from .reading import lines
-from .story import DAY, read
+from .story import read
 
 WIDTH = 120
 SCREEN = 40  # lines
@@ -36,7 +38,8 @@ def clock(seconds):
 def duration(seconds):
     if seconds < 100:
         return f"{seconds} s"
-    return f"{seconds // 60} min {seconds % 60} s" if seconds < 3600 else f"{seconds // 3600} h {seconds // 60 % 60} min"
+    minutes = seconds // 60
+    return f"{minutes} min {seconds % 60} s" if minutes < 60 else f"{minutes // 60} h {minutes % 60} min"
 
 
 def cut(text):
@@ -47,9 +50,8 @@ def cut(text):
 
 def point(title, text, rows=3):
     """A point of the story, over several lines if need be."""
-    return textwrap.wrap(
-        f"  {title:8} {text}", WIDTH, subsequent_indent=" " * 11, break_long_words=True, max_lines=rows, placeholder=" ..."
-    )
+    text = f"  {title:8} {text}"
+    return textwrap.wrap(text, WIDTH, subsequent_indent=" " * 11, max_lines=rows, placeholder=" ...")
 
 
 def plural(number, word):
@@ -79,7 +81,8 @@ def tell_failure(installation):
     if action is None:
         if installation.other_failed is not None:
             line = installation.other_failed
-            return ["", "First failure: another maker's action", *point("line", line.text), *point("place", line.place)]
+            told = ["", "First failure: an action that is not the library's"]
+            return told + point("line", line.text) + point("place", line.place)
         return []
     what = "Cancelled by" if installation.outcome()[0] == "cancelled" else "First failure:"
     told = ["", f"{what} {action.title}, {action.phase} phase", *point("result", result_of(action))]
@@ -92,7 +95,7 @@ def tell_failure(installation):
         guessed = " (a guess)" if " or " in failure.call or action.phase_unknown else ""
         told += point("call", failure.call + guessed)
     if action.phase_unknown:
-        told += point("that is", "it runs deferred, but could not ask for its phase, and took itself for an immediate one")
+        told += point("that is", "it runs deferred, could not ask for its phase, and took itself for an immediate one")
     if failure.argument:
         told += point("on", failure.argument)
     if failure.code is not None:
@@ -112,7 +115,11 @@ def tell_rest(installation):
         told.append(f"  {count:4} x  {line.text}")
         told.append(f"          first in {line.action}, {line.place}")
     if len(others) > 6 or installation.other_groups:
-        told.append(f"          and {plural(len(others) - 6 + installation.other_groups, 'other kind')} of failure lines")
+        more = len(others) - 6 + installation.other_groups
+        told.append(f"          and {plural(more, 'other kind')} of failure lines")
+    went_on = installation.first_failed
+    if went_on is not None and went_on.rc is not None and installation.outcome()[0] == "succeeded":
+        told.append(f"          failed without consequence: {went_on.title}, {(went_on.last or went_on.first).place}")
     if installation.broken is not None and installation.broken is not installation.first_failed:
         broken = installation.broken
         told.append(f"          without a result: {broken.title}, {(broken.last or broken.first).place}")
@@ -135,7 +142,8 @@ def tell(installation):
     """The story of one installation."""
     begun, ended = installation.begun, installation.ended
     when = f"{clock(begun)} to {clock(ended)}, {duration((ended or 0) - (begun or 0))}; " if ended is not None else ""
-    told = [f"{headline(installation)}.", f"{when}{plural(installation.count, 'action')}; {', '.join(installation.files)}"]
+    told = [f"{headline(installation)}."]
+    told.append(f"{when}{plural(installation.count, 'action')}; {', '.join(installation.files)}")
     if installation.outcome()[0] != "succeeded":
         told += tell_failure(installation)
     return told + tell_rest(installation)
@@ -149,15 +157,15 @@ def chosen(installations):
 
 def tell_all(installations, counts):
     """At most one screen about all of them. `counts` has how often each outcome was, with those that are forgotten."""
-    told = []
+    told, story = [], tell(chosen(installations))
     total = sum(counts.values())
     if total > 1:
         told.append(f"{total} installations: " + ", ".join(f"{number} {name}" for name, number in counts.items()))
         which = chosen(installations)
-        for one in installations[len(tell(which)) + 6 - SCREEN :]:
+        for one in installations[-max(SCREEN - len(story) - 6, 1) :]:
             told.append(f"  {clock(one.begun)}  {headline(one)}  ({', '.join(one.files)})")
         told += ["", f"The {'last of them' if which is installations[-1] else 'last that did not succeed'}:"]
-    told += tell(chosen(installations))
+    told += story
     if len(told) > SCREEN:
         told = told[: SCREEN - 1] + [f"... and {len(told) - SCREEN + 1} more lines; see --json or --html"]
     return told
@@ -169,13 +177,14 @@ def tell_timeline(installation):
     for action in sorted(installation.actions, key=lambda one: (one.start, one.first.number, one.depth)):
         result = "none" if action.rc is None else str(action.rc)
         name = "  " * action.depth + action.title
-        told.append(f"{clock(action.start)}  {duration(action.end - action.start):>9}  {action.phase:9}  {result:>9}  {name}")
+        seconds = duration(action.end - action.start)
+        told.append(f"{clock(action.start)}  {seconds:>9}  {action.phase:9}  {result:>9}  {name}")
     return told
 
 
 def properties(paths, names):
-    """What the logs say of these properties, in their order: the line, the name, and what happened. What a merged line or
-    another log repeats is left out."""
+    """What the logs say of these properties, in their order: the line, the name, and what happened. What a merged line
+    or another log repeats is left out."""
     wanted = {name.lower() for name in names}
     seen = {}  # in which log
     for path in paths:
@@ -255,12 +264,16 @@ def arguments(given):
         epilog="Exit status: 0 all succeeded, 1 one did not, 2 one is no log or cannot be read.",
     )
     parser.add_argument("logs", metavar="LOG", nargs="+")
-    parser.add_argument("--timeline", action="store_true", help="each action with its phase, result, start and duration")
+    parser.add_argument("--timeline", action="store_true", help="each action: start, duration, phase, result")
     parser.add_argument("--properties", metavar="NAME", nargs="+", help="each read and set of these, in order")
     parser.add_argument("--html", metavar="FILE", help="write a page with all of it")
     parser.add_argument("--svg", metavar="FILE", help="write the picture of the timeline alone")
     parser.add_argument("--json", action="store_true", help="the story for machines")
-    return parser.parse_args(given)
+    options = parser.parse_args(given)
+    # Not every system's command line does it.
+    many = [[name] if os.path.exists(name) else sorted(glob.glob(name)) or [name] for name in options.logs]
+    options.logs = [name for names in many for name in names]
+    return options
 
 
 def run(options):
@@ -312,11 +325,11 @@ def main(given=None):
     try:
         sys.stdout.reconfigure(errors="replace")
         return run(options)
+    except BrokenPipeError:
+        # Nobody reads on; neither at the end, when what is left is written.
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
     except OSError as error:
         print(f"diagnose: {error.filename}: {error.strerror}", file=sys.stderr)
     except ValueError as error:
         print(f"diagnose: {error}", file=sys.stderr)
     return UNREADABLE
-
-
-__all__ = ["DAY", "main", "tell_all"]

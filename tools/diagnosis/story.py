@@ -32,7 +32,7 @@ TEMPORARY_LOG = re.compile(r"zqvg\d{4}\.txt", re.IGNORECASE)
 
 
 class Failure(NamedTuple):
-    """A line that tells a failure, taken apart. Call and argument are empty, code and advice none where there is none."""
+    """A line that tells a failure, taken apart. What it does not have is empty: for the code and the advice, none."""
 
     line: Told
     call: str
@@ -48,8 +48,8 @@ class Failure(NamedTuple):
 
 @dataclass(slots=True, eq=False)
 class Action:
-    """A run of an exported action. Times are seconds since the midnight before the installation; an unknown start is that
-    of its first line. `rc` is none as long as it has not returned."""
+    """A run of an exported action. Times are seconds since the midnight before the installation; an unknown start is
+    that of its first line. `rc` is none as long as it has not returned."""
 
     name: str
     first: Told
@@ -67,8 +67,9 @@ class Action:
 
     @property
     def title(self):
-        name = self.name or "(an action without a name)"
-        return f"{self.row} ({name})" if self.row and self.row != name else name
+        if self.row and self.name and self.row != self.name:
+            return f"{self.row} ({self.name})"
+        return self.row or self.name or "an action without a name"
 
     @property
     def key(self):
@@ -88,7 +89,7 @@ class Action:
         hard = ends or [line for line in told if not (rows[line] and rows[line].mild)]
         if hard:
             at = told.index(hard[0])
-            # Of lines that follow one another the first one has begun it; and one without a call sums up what was before.
+            # Of lines that follow one another the first one has begun it; others sum up what was before.
             while at > 0 and told[at - 1].number == told[at].number - 1 and call_of(told[at - 1].text):
                 at -= 1
             earlier = [line for line in told[:at] if call_of(line.text)]
@@ -205,6 +206,8 @@ class Installation:
             self.row = match[1]
         elif match := STATUS.match(text):
             self.status = int(match[1])
+        elif text.startswith("Action ") and " Rollback" in text:
+            self.rolled_back = True
 
     def take(self, line):
         stack = self.merged_stack if line.merged else self.stack
@@ -337,8 +340,10 @@ class Installation:
 
     def add(self, action):
         """Counts an action that has ended, or will not."""
-        if not action.name and action.rc is None and self.log is not None:
-            action.name = self.log.last_action().replace("(CaProlog)", "")
+        last = self.log.last_line() if action.rc is None and self.log is not None and not action.first.merged else None
+        if last is not None and last.action in (action.name or last.action, "(CaProlog)"):
+            action.name = action.name or last.action.replace("(CaProlog)", "")
+            action.last = last
         self.latest = action
         self.count += action.depth == 0
         self.ended = max(self.ended or 0, action.end)
@@ -395,7 +400,7 @@ class Installation:
             if failed is not None and failed.rc is None and failed is not self.broken:
                 failed = None
             told = failed is not None or self.other_failed is not None or self.status or self.engine_result == 3
-            return library, not told, "" if told else "no action of the library has failed; the installer alone tells it"
+            return library, not told, "" if told else "the installer says so, but no action of the library has failed"
         if self.open_action is not None and self.is_last:
             if failed is None and TEMPORARY_LOG.fullmatch(self.path.name) and self.files == [self.path.name]:
                 return "still running", True, "a temporary log ends before its installation; read the other logs"
@@ -463,9 +468,9 @@ def same(one, other):
 
 
 def read(paths, keep=False, adviser=None, on_end=None):
-    """The installations of all logs, in their order. Without `keep` an installation that is followed by another one of the
-    same log is handed to `on_end`, if that is given, and forgotten. Raises OSError for a log that cannot be read and
-    ValueError, with its text, for one that is none."""
+    """The installations of all logs, in their order. Without `keep` they have no list of their actions; one that is
+    followed by another one of the same log is handed to `on_end`, if that is given, and forgotten. Raises OSError for a
+    log that cannot be read and ValueError, with its text, for one that is none."""
     adviser = adviser or Adviser()
     found = []
     for path in paths:
@@ -503,8 +508,9 @@ def read(paths, keep=False, adviser=None, on_end=None):
         if not of_log and not on_end:
             present.finish(True)
             of_log = [present]
+        of_others = list(found)
         for installation in of_log:
-            twin = next((one for one in found if log.file not in one.files and same(one, installation)), None)
+            twin = next((one for one in of_others if one in found and same(one, installation)), None)
             if twin is None:
                 found.append(installation)
             elif installation.by_engine and not twin.by_engine:
