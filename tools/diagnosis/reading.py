@@ -32,7 +32,10 @@ TEXTS = (
     "Unable to launch",
 )
 # The installer's own lines that the story needs: those of every kind of log, and those of Windows' verbose ones.
-ENGINE = (r"\nAction (?:start |ended |[\d:]+ Rollback)", r"\n=== ")
+ENGINE = (
+    r"\nAction (?:ended [\d:]+ (?:INSTALL\.|[^\r\n]*Return value (?!1\.))|[\d:]+ Rollback)",
+    r"\n=== ",
+)
 VERBOSE = (r"\]: (?:Executing op: CustomActionSchedule|MainEngineThread is returning)", r" error status: \d")
 # A literal beginning is what makes the search fast; and so does a set of one character. So what is found is looked at
 # again: it may be across two lines.
@@ -40,6 +43,8 @@ OF_LIBRARY = b" QVCA info "
 TOLD = re.compile(OF_LIBRARY + rf"[^:]{{1,80}}: (?:{'|'.join(TEXTS)})".encode())
 OF_ENGINE, OF_VERBOSE = (tuple(re.compile(pattern.encode()) for pattern in kind) for kind in (ENGINE, VERBOSE))
 MERGED = (b">>", b"1: >>")
+ACTION_START = re.compile(rb"\nAction start [\d:]+ ([^\r\n]*?)\.?\r?\n")
+ABOVE = 2000  # bytes in which the installer says what it is about to run
 LINE = re.compile(rb"(?:1: |MSI \([^\r\n]{1,60}?\]: )?(>>)?(\d\d:\d\d:\d\d) QVCA info ([^:\r\n]{1,80}): ([^\r\n]*)")
 
 
@@ -149,12 +154,23 @@ class Log:
                 elif OF_LIBRARY not in line:
                     self.is_log = True
                     yield Told(self.file, 0, False, "", "", text_of(line).rstrip())
-            self.is_log = self.is_log or OF_LIBRARY in block
+            self.is_log = self.is_log or OF_LIBRARY in block or b"\nAction start " in block
             # The line end in front is none of the file's.
             self.lines += block.count(b"\n", self.counted) - 1
-            if OF_LIBRARY in block:
+            if len(block) > ABOVE or OF_LIBRARY in block:
                 self.before, self.above = block, above
             self.block, self.at = b"", 0
+
+    def row_above(self):
+        """The name under which the installer has just begun to run what the present line is the first of; empty when it
+        does not say so."""
+        begin = self.at - ABOVE
+        above = self.block[max(begin, 0) : self.at]
+        if begin < 0:
+            above = self.before[begin:] + above[1:]
+        place = above.rfind(b"\nAction ")
+        match = ACTION_START.match(above, place) if place >= 0 else None
+        return text_of(match[1]) if match and above.find(OF_LIBRARY, place) < 0 else ""
 
     def last_line(self):
         """The last line of the library, merged ones left out, before the present one; none without one nearby."""

@@ -19,7 +19,6 @@ USUAL_CODES = (0, 3010, 1641)  # of the installer's, for a success
 
 PHASES = (("MSIRUNMODE_SCHEDULED", "deferred"), ("MSIRUNMODE_COMMIT", "commit"), ("MSIRUNMODE_ROLLBACK", "rollback"))
 ENDED = re.compile(r"Action ended [^ ]+ ?(.*?)\. Return value (-?\d+)\.?")
-STARTED = re.compile(r"Action start [^ ]+ ?(.*?)\.?")
 SCHEDULED = re.compile(r".*CustomActionSchedule\(Action=([^,)]+)")
 STATUS = re.compile(r".*(?:MainEngineThread is returning|error status:) (\d+)")
 RETURNING, SUCCESS = "Returning with rc ", "Returning with rc 0"
@@ -174,7 +173,7 @@ class Installation:
         self.found_process = None
         self.restart = None  # whether one is owed; none if it is not told
         self.by_engine = False  # whether this is the installer's own log
-        self.row = ""  # the installer's name for what runs next
+        self.row = ""  # the installer's name for what it has scheduled next
         self.engine_result = None  # the return value of INSTALL
         self.status = None  # the installer's own result
         self.other_failed = None  # the line about another maker's action that failed
@@ -190,7 +189,6 @@ class Installation:
         text = line.text
         if match := ENDED.fullmatch(text):
             name, value = match[1], int(match[2])
-            self.row = ""
             if name == "INSTALL":
                 self.engine_result = value
             for action in self.stack:
@@ -200,8 +198,6 @@ class Installation:
             own = self.latest is not None and self.latest.row == name
             if value in (2, 3) and not own and name not in CONTAINERS and self.other_failed is None:
                 self.other_failed = self.first_failed is None and self.log.numbered(line) or None
-        elif match := STARTED.fullmatch(text):
-            self.row = match[1]
         elif match := SCHEDULED.match(text):
             self.row = match[1]
         elif match := STATUS.match(text):
@@ -241,7 +237,8 @@ class Installation:
         if stack:
             action.row, action.phase = stack[-1].row, stack[-1].phase
         elif not line.merged:
-            action.row, self.row = self.row, ""
+            action.row, self.row = self.row or self.log.row_above(), ""
+            self.by_engine = self.by_engine or action.row != ""
             if self.begun is None:
                 self.begun = now
         stack.append(action)
@@ -488,9 +485,11 @@ def read(paths, keep=False, adviser=None, on_end=None):
                 of_log.append(installation)
 
         for line in log:
-            begins = line.stamp == "" and line.text.startswith("===") and " started" in line.text
-            begins = begins and (present.count or present.engine_result is not None)
-            if line.action == "iwiStartLogs" and not line.merged and not present.by_engine and present.count:
+            begins = False
+            if not line.stamp:
+                begins = line.text.startswith("===") and " started" in line.text
+                begins = begins and (present.count > 0 or present.engine_result is not None)
+            elif line.action == "iwiStartLogs" and not line.merged and not present.by_engine and present.count:
                 opened = present.stack[-1] if present.stack else None
                 begins = opened is None or opened.name != "iwiStartLogs"
                 if begins and opened is not None and not opened.name:
