@@ -265,7 +265,7 @@ class Diagnosis(Case):
             report.tell_timeline(told)
         report.tell_all(found, {"failed": len(found)})
         list(report.properties([path], ["X"]))
-        page.write(self.folder / "page.html", found, [path], [])
+        page.write(self.folder / "page.html", [(told, report.tell(told)) for told in found], [path])
 
 
 class Sweep(Case):
@@ -284,7 +284,7 @@ class Sweep(Case):
         given = os.environ | {"ZQV_SWEEP_LOGS": str(swept)}
         call = [host_tests, f"--gtest_filter={which}"]
         self.assertEqual(subprocess.run(call, env=given, stdout=subprocess.DEVNULL).returncode, 0)
-        total, wrong = 0, collections.Counter()
+        total, wrong, same = 0, collections.Counter(), collections.Counter()
         for path in sorted(swept.iterdir()):
             runs = self.runs(path)
             (_, _, usual, _), log = next(runs)
@@ -292,15 +292,18 @@ class Sweep(Case):
             for (call, code, result, argument), log in runs:
                 if result not in ("0", usual):
                     total += 1
-                    problem = self.problem(log, name, SWEPT.get(call, call.removesuffix("A")), int(code), argument)
+                    told = self.only(self.log(log))
+                    problem = self.problem(told, name, SWEPT.get(call, call.removesuffix("A")), int(code))
                     wrong[f"{path.stem.rsplit('_', 1)[0]}, {call}: {problem}"] += problem is not None
+                    if argument and told.failure and (named := told.failure.argument.rstrip("\\")):
+                        same[named in argument or argument in named] += 1
         share = 1 - wrong.total() / total
         if "ZQV_SWEEP_FILTER" in os.environ:
-            print(f"{total} failing runs, {share:.2%} right; others:", *(+wrong).most_common(), sep="\n")
+            print(f"{total} failing runs, {share:.2%} right; arguments: {same}; others:")
+            print(*(+wrong).most_common(), sep="\n")
         self.assertTrue(total > 20 and share >= 0.98, (+wrong).most_common(20))
 
-    def problem(self, log, name, call, code, argument):
-        told = self.only(self.log(log))
+    def problem(self, told, name, call, code):
         action, failure = told.first_failed, told.failure
         if action is None or action.name not in (name, ""):
             return "action"

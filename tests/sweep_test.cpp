@@ -134,8 +134,8 @@ class FaultSweep : public testing::TestWithParam<SweepCase> {
     EXPECT_TRUE(mayBeSilent) << "not a line about it";
   }
 
-  /// Writes the installer's log into the case's file in the folder that the environment names, if any, below a line that
-  /// tells the fault: call, code and result, and on what the call is when it does not fail.
+  /// Writes the installer's log into the case's file in the folder that the environment names, if any, below a line
+  /// that tells the fault: call, code and result, and on what the call is when it does not fail.
   static void Keep(const std::string &fault, UINT result, const std::string &argument = "") {
     if (const char *const folder = std::getenv("ZQV_SWEEP_LOGS")) {
       const auto &[scenario, setting] = GetParam();

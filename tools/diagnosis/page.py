@@ -112,15 +112,16 @@ def folded(paths, installations):
         yield "</pre></details>\n"
 
 
-def write(path, installations, logs, story):
-    """Writes the page. Raises OSError."""
+def write(path, stories, logs):
+    """Writes the page of these logs; `stories` has each installation with the lines of its story. Raises OSError."""
     with open(path, "w", encoding="utf-8", errors="replace", newline="\n") as file:
         file.write('<!doctype html>\n<html lang="en"><head><meta charset="utf-8"><title>Installation log</title>\n')
         file.write(f"<style>{STYLE}</style></head><body>\n")
-        for installation in installations:
+        for installation, story in stories:
+            told = html.escape("\n".join(story))
             file.write(f"<h2>{html.escape(', '.join(installation.files))}</h2>\n{picture(installation)}\n")
-        told = html.escape("\n".join(story))
-        file.write(f'<h2>What happened</h2>\n<pre class="story">{told}</pre>\n<h2>The log</h2>\n')
+            file.write(f'<pre class="story">{told}</pre>\n')
+        file.write("<h2>The log</h2>\n")
         file.write('<p><input id="search" placeholder="Search the log"> <span id="hits"></span></p>\n')
-        file.writelines(folded(logs, installations))
+        file.writelines(folded(logs, [installation for installation, _ in stories]))
         file.write(f"<script>{SCRIPT}</script>\n</body></html>\n")

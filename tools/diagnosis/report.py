@@ -313,7 +313,7 @@ def run(options):
         if not adviser.rows:
             print("docs/logs.md is not beside the tools, so that no meanings can be told.")
     if options.html:
-        page.write(options.html, installations, options.logs, tell_all(installations, counts))
+        page.write(options.html, [(one, tell(one)) for one in installations], options.logs)
     if options.svg:
         with open(options.svg, "w", encoding="utf-8", newline="\n") as file:
             file.write(page.picture(chosen(installations)) + "\n")
