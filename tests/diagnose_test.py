@@ -65,8 +65,20 @@ STORIES = {
     "cancelled": (action("iwiUserExit", rc=1602) + action("iwiCleanUp"), "cancelled", False, ("iwiUserExit",)),
     "failed": (FAILED + action("iwiCleanUp"), "failed", False, GOT),
     "told by a list": (
-        action("test", r"***Error ERROR_ACCESS_DENIED copying 'a'", r"***Folder 'x' cannot be deleted", rc=1603),
+        action("test", "***Delete file error: 80 'a'", "File: 'a'", "***Folder 'x' cannot be deleted", rc=1603),
+        *("failed", False, ("test", "DeleteFile", "a", 80)),
+    ),
+    "the one that ends it": (
+        action("iwiSetDirs", "***Exception in service 's'", "Property 'A' not defined in property table", GET, rc=1603),
+        *("failed", False, GOT),
+    ),
+    "a code by its name": (
+        action("test", "***Error ERROR_ACCESS_DENIED copying 'a'", rc=1603),
         *("failed", False, ("test", "CopyFileEx, CreateFile or GetFileInformationByHandle", "a", 5)),
+    ),
+    "an unknown phase": (
+        [OUTER[0], "10:00:00 QVCA info (CaProlog): Property 'ProductName' not defined in property table", *FAILED[1:]],
+        *("failed", False, ("iwiSetDirs", "MsiGetMode", "", None)),
     ),
     "what goes on does not decide": (
         action("iwiInit", "***AGREETOLICENSE value 'x' not acceptable", "***MsiViewClose('q') failed (5)", rc=1603),
@@ -98,7 +110,7 @@ STORIES = {
         *("failed", False, GOT),
     ),
     "merged lines alone": (MERGED + action("iwiCleanUp"), "failed", False, GOT),
-    "merged lines repeat": (FAILED + action("iwiUnSet", rc=None) + MERGED + DONE[-1:], "failed", False, GOT),
+    "merged lines repeat": (FAILED + action("iwiUnSet", rc=None) + MERGED + DONE, "failed", False, GOT),
     "an external copy": (
         OUTER + FAILED + ["10:00:01 QVCA info (CaProlog): Returning with rc 1603"],
         *("failed", False, GOT),
@@ -154,6 +166,10 @@ class Diagnosis(Case):
                     first = told.first_failed
                     self.assertEqual(first.name if first else None, failed and failed[0])
                     self.assertEqual(told.rolled_back, "Windows" in name)
+                    if told.rolled_back:
+                        self.assertEqual(first.row, "Dirs")
+                    if "merged" in name:
+                        self.assertEqual((told.count, told.others()), (2 + ("repeat" in name), []))
                     if failed and len(failed) > 1:
                         self.assertEqual((told.failure.call, told.failure.argument, told.failure.code), failed[1:])
 
@@ -193,12 +209,17 @@ class Diagnosis(Case):
         self.assertEqual(back.times["iwiA"][0], 0)
         fresh = self.only(self.log(action("iwiA", rc=None), age=4 * OLD))
         self.assertEqual(fresh.outcome()[:2], ("still running", True))
+        temporary = self.only(self.log(action("iwiUnSetTempLogPath", rc=None), "zqvg0001.txt"))
+        self.assertEqual(temporary.outcome()[:2], ("still running", True))
 
     def test_a_line_over_two_parts_of_the_file_is_whole(self):
-        for more in range(-3, 4):
-            filler = b"x" * (CHUNK - 200 + more) + b"\n"
-            told = self.only(self.log(filler + "".join(f"{line}\n" for line in FAILED).encode()))
-            self.assertEqual((told.failure.code, told.failure.line.number), (234, 5))
+        for lines in (FAILED, FAILED[:-1]):
+            text = "".join(f"{line}\n" for line in lines).encode()
+            for before in range(2, len(text), 9):
+                told = self.only(self.log(b"x" * (CHUNK - before) + b"\n" + text))
+                action = told.first_failed
+                self.assertEqual((action.lines[0].number, action.last.number), (5, len(lines) + 1), before)
+                self.assertEqual(action.last.text, lines[-1].split(": ", 1)[1])
 
     def test_what_else_is_worth_knowing_fits_the_screen(self):
         texts = ["Found process ID 612 'C:\\p.exe'", "Process ID 612 terminated", "Wait timed out after 30 seconds"]
@@ -210,14 +231,20 @@ class Diagnosis(Case):
             self.assertIn(f"     1 x  {part}", out)
         for part in ("C:\\p.exe", "a restart is owed", "iwiStopAllQv 1 min 40 s"):
             self.assertIn(part, out)
-        self.assertLessEqual(len(out.splitlines()), 40)
-        self.assertLessEqual(max(map(len, out.splitlines())), 120)
+        texts += ["***Action '%s' ended by an exception: %s" % ("b " * 300, "c " * 300)] * 2
+        _, failed, _ = self.diagnose(self.log(action("iwiStopAllQv", *texts[-1:], *texts, rc=1603)))
+        for text in (out, failed):
+            self.assertLessEqual(len(text.splitlines()), 40)
+            self.assertLessEqual(max(map(len, text.splitlines())), 120)
 
     def test_options(self):
         text = "SETPROPERTY('X', 'y') ignored during deferred execution"
         log = self.log(FAILED + action("iwiExec", text, modes=("SCHEDULED",)))
         self.assertRegex(self.diagnose(log, "--timeline")[1], r"10:00:00 +0 s +deferred +0 +iwiExec\n")
         said = self.diagnose(log, "--properties", "x")[1].splitlines()
+        own = log.read_text().splitlines()
+        again = self.log([*own, *(f">>{line}" for line in own)], "again.log")
+        self.assertEqual(self.diagnose(again, log, "--properties", "X", "Y")[1].splitlines(), said)
         self.assertEqual(said[0], "10:00:00  iwiSetDirs: X read 'x' from property table")
         self.assertEqual(said[-1], "10:00:00  iwiExec: X not set to 'y': ignored during deferred execution")
         data = json.loads(self.diagnose(log, "--json")[1])["installations"][0]
@@ -248,7 +275,7 @@ class Diagnosis(Case):
                 at = chance.randrange(len(data) + 1)
                 new = bytes([chance.randrange(256)]) * chance.choice((0, 1, 1, 5))
                 data[at : at + chance.choice((0, 1, 1, 1, 40))] = new
-            path = self.log(bytes(data[: chance.randrange(len(data)) + 1]))
+            path = self.log(bytes(data[: chance.randrange(len(data) + 1)]))
             with self.subTest(run):
                 self.tell_all_ways(path)
 

@@ -9,6 +9,7 @@ from pathlib import Path
 PAGE = Path(__file__).resolve().parents[2] / "docs" / "logs.md"
 BEGIN = "## Failure lines"
 DIRECTIVE = re.compile(r"%(?:\d+\.\d+)?(?:(s)|(d|u|lu)|(8\.8lx))")
+ENDS = re.compile(r"[Ee]nds the action|the action ends|the action gives 1603")
 MILD = re.compile(r"counts as|passed over|goes on|next restart|next number|planning by|own one runs|information")
 BEGINNING = 16  # characters by which the rows that a line may be of are remembered
 PATTERNS = ("(.*?)", r"(-?\d+)", "((?:0x)?[0-9a-fA-F]+)")  # in the order of the directive's groups
@@ -25,7 +26,7 @@ class Advice:
 
     @cached_property
     def ends(self):
-        return "ends the action" in self.meaning or not self.text.startswith("***") and "error message" in self.meaning
+        return ENDS.search(self.meaning) is not None or not self.text.startswith("***") and "error message" in self.meaning
 
     @cached_property
     def mild(self):

@@ -88,10 +88,7 @@ def chunks(path):
         while chunk:
             if encoding:
                 chunk = carry + chunk
-                # A character may be cut between two parts.
                 whole = len(chunk) & ~1
-                if whole and 0xD8 <= chunk[whole - (1 if encoding.endswith("le") else 2)] <= 0xDB:
-                    whole -= 2
                 carry = chunk[whole:]
                 chunk = chunk[:whole].decode(encoding, "replace").lstrip("\ufeff").encode("utf-8", "replace")
             yield chunk

@@ -6,7 +6,7 @@ from dataclasses import dataclass, field
 from typing import NamedTuple
 
 from .advice import Advice, Adviser
-from .codes import argument_of, call_of, code_of, explain
+from .codes import argument_of, call_of, code_of
 from .reading import Log, Told
 
 DAY = 24 * 3600
@@ -300,10 +300,6 @@ class Installation:
         return True
 
     def returned(self, stack, action, line):
-        if line.action == "(CaProlog)":
-            # It ends a frame that handed its action on, or one that has no name.
-            frames = [one for one in stack if one.external or not one.name]
-            action = frames[-1] if frames else stack[-1]
         code = line.text.removeprefix(RETURNING).strip()
         action.rc = int(code) if re.fullmatch(r"-?\d{1,10}", code) else None
         action.end, action.last = self.merged_clock.last if line.merged else self.clock.last, line
@@ -317,7 +313,7 @@ class Installation:
         while stack:
             top = stack.pop()
             if line.merged:
-                if top.rc is not None and top.key not in self.keys:
+                if top.rc is not None:
                     self.merged_only.append(top)
             else:
                 self.add(top)
@@ -399,7 +395,7 @@ class Installation:
             told = failed is not None or self.other_failed is not None or self.status or self.engine_result == 3
             return library, not told, "" if told else "the installer says so, but no action of the library has failed"
         if self.open_action is not None and self.is_last:
-            if failed is None and TEMPORARY_LOG.fullmatch(self.path.name) and self.files == [self.path.name]:
+            if failed is self.open_action and TEMPORARY_LOG.fullmatch(self.path.name) and self.files == [self.path.name]:
                 return "still running", True, "a temporary log ends before its installation; read the other logs"
             if self.age < FRESH:
                 return "still running", True, "its log was written to in the last minutes"
@@ -518,6 +514,3 @@ def read(paths, keep=False, adviser=None, on_end=None):
             else:
                 twin.absorb(installation)
     return found
-
-
-__all__ = ["Action", "Failure", "Installation", "explain", "read"]
