@@ -61,7 +61,6 @@ class Action:
     phase_unknown: bool = False  # it is deferred, but takes itself for an immediate one
     external: bool = False  # hands itself on to another copy of the library
     lines: list = field(default_factory=list)  # that tell failures
-    dropped: int = 0  # how many of those are not kept
     last: Told | None = None
 
     @property
@@ -78,10 +77,9 @@ class Action:
         self.lines.append(line)
         if len(self.lines) > KEPT_LINES:
             del self.lines[KEPT_LINES // 2]
-            self.dropped += 1
 
     def failure(self, adviser):
-        """Its deciding line. An action that has not returned has none."""
+        """Its deciding line; none when no line tells of a failure."""
         told = [line for line in self.lines if not ASIDE.match(line.text) and not MESSAGE.match(line.text)]
         rows = {line: adviser.find(line.text)[0] for line in told}
         ends = [line for line in told if rows[line] and rows[line].ends]
