@@ -193,6 +193,8 @@ class Diagnosis(Case):
             told = self.only(*paths)
             self.assertEqual((told.failure.argument, told.first_failed.row, told.count), ("ZQVTEMP", "Dirs", 2))
         self.assertEqual(len(read([own, trace, other], True, adviser)), 2)
+        # Some are over within a second.
+        self.assertEqual(len(read([own, self.log(own.read_bytes(), "own2.log")], True, adviser)), 2)
 
     def test_an_appended_log_has_several_installations(self):
         start = ["09:00:00 QVCA info iwiStartLogs: Returning with rc 0"]

@@ -2,7 +2,7 @@
 
 import html
 
-from .reading import lines
+from .reading import labels, lines
 
 LEFT, TOP, ROW, BAR = 250, 34, 16, 11
 WIDTH = 1100
@@ -91,10 +91,10 @@ def folded(paths, installations):
         for action in installation.actions + installation.repeated:
             if not action.first.merged and action.depth == 0:
                 starts[action.first.file, action.first.number] = action
-    for path in paths:
+    for path, label in zip(paths, labels(paths)):
         inside = None
         yield f'<h3>{html.escape(str(path))}</h3>\n<details><summary>before the first action</summary><pre>'
-        for line in lines(path):
+        for line in lines(path, label):
             action = starts.get((line.file, line.number))
             if action is not None:
                 mark = ' class="bad"' if action.rc != 0 else ""

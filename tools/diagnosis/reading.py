@@ -109,14 +109,20 @@ def blocks(path):
     yield b"\n" + rest + b"\n"
 
 
+def labels(paths):
+    """What the files are called: by their names alone where these differ."""
+    names = [Path(path).name for path in paths]
+    return [name if names.count(name) == 1 else str(path) for name, path in zip(names, paths)]
+
+
 class Log:
     """A log's told lines, in their order. `is_log` tells, at the end, whether there was a line of the library or of the
     installer at all. The lines have no numbers until `numbered` gives the present one its own. Whoever knows the merged
     lines that follow sets `passes_merged`: they are left out, up to the next line that is not merged."""
 
-    def __init__(self, path):
+    def __init__(self, path, label=""):
         self.path = Path(path)
-        self.file = self.path.name
+        self.file = label or self.path.name
         self.is_log = self.passes_merged = False
         self.block = self.before = b""
         self.at = self.above = 0  # the lines above `before`
@@ -186,9 +192,9 @@ class Log:
         return None
 
 
-def lines(path):
+def lines(path, label=""):
     """All lines of a log, as Told; those that are not the library's have no stamp, and all of them is their text."""
-    file, number = Path(path).name, 0
+    file, number = label or Path(path).name, 0
     for block in blocks(path):
         for line in block[1:].splitlines():
             number += 1

@@ -7,7 +7,7 @@ from typing import NamedTuple
 
 from .advice import Advice, Adviser
 from .codes import argument_of, call_of, code_of
-from .reading import Log, Told
+from .reading import Log, Told, labels
 
 DAY = 24 * 3600
 FRESH = 300  # seconds: whoever wrote to a log so recently may be writing still
@@ -393,7 +393,7 @@ class Installation:
             told = failed is not None or self.other_failed is not None or self.status or self.engine_result == 3
             return library, not told, "" if told else "the installer says so, but no action of the library has failed"
         if self.open_action is not None and self.is_last:
-            if failed is self.open_action and TEMPORARY_LOG.fullmatch(self.path.name) and self.files == [self.path.name]:
+            if failed is self.open_action and TEMPORARY_LOG.fullmatch(self.path.name) and len(self.files) == 1:
                 return "still running", True, "a temporary log ends before its installation; read the other logs"
             if self.age < FRESH:
                 return "still running", True, "its log was written to in the last minutes"
@@ -453,7 +453,10 @@ class Installation:
 
 
 def same(one, other):
-    """Whether two logs' installations are one: most actions of the shorter are in both, ended in the same seconds."""
+    """Whether two logs' installations are one: most actions of the shorter are in both, ended in the same seconds. The
+    installer writes one log of its own of each."""
+    if one.by_engine and other.by_engine:
+        return False
     shared = len(one.keys & other.keys)
     return shared > 0 and shared * 2 >= min(len(one.keys), len(other.keys))
 
@@ -464,8 +467,8 @@ def read(paths, keep=False, adviser=None, on_end=None):
     log that cannot be read and ValueError, with its text, for one that is none."""
     adviser = adviser or Adviser()
     found = []
-    for path in paths:
-        log = Log(path)
+    for path, label in zip(paths, labels(paths)):
+        log = Log(path, label)
         present = Installation(log, adviser, keep)
         of_log = []
 
