@@ -132,7 +132,7 @@ class Log:
         """The present line with its number."""
         self.lines += self.block.count(b"\n", self.counted, self.at)
         self.counted = self.at
-        return line._replace(number=self.lines)
+        return Told(line.file, self.lines, *line[2:])
 
     def __iter__(self):
         for block in blocks(self.path):
