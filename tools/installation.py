@@ -14,6 +14,7 @@ FAILED = 1603 & 0xFF  # what is left of the installer's result in an exit status
 CANCELLED = 1602 & 0xFF
 WIZARD_LOG = "zqvmjpse.txt"  # in the data folder
 PATIENCE = 300  # seconds; what does nothing for longer, on however busy a machine, hangs
+LOOK = 10  # seconds between two looks at whether a log has grown
 
 # Custom action types, as the engine's documentation numbers them.
 FROM_LIBRARY, ROLLBACK, COMMIT, DEFERRED = 0x1, 0x100, 0x200, 0x400
@@ -80,7 +81,8 @@ class Package:
         """The phase of each action of the library that runs in a successful first installation, or in another one or a
         removal: of those that always do, and of `more`, whose conditions hold."""
         holds = {"": True, "Installed": not first, "NOT Installed": first, 'NOT REMOVE~="ALL"': not removal}
-        holds |= {"NOT QVKEEPFILES": True, "NOT UPGRADINGPRODUCTCODE": True, 'REMOVE~="ALL"': removal, 'REMOVE~="ALL" OR ZQVMIGRATE AND NOT Installed': removal}
+        holds |= {'REMOVE~="ALL"': removal, 'REMOVE~="ALL" OR ZQVMIGRATE AND NOT Installed': removal}
+        holds |= {"NOT QVKEEPFILES": True, "NOT UPGRADINGPRODUCTCODE": True}
         types = {row["Action"]: int(row["Type"]) for row in self.table("CustomAction")}
         rows = sorted(self.table("InstallExecuteSequence"), key=lambda row: int(row["Sequence"]))
         phases = {}
@@ -128,6 +130,10 @@ class Run:
         return ended
 
 
+class Hung(RuntimeError):
+    """A command has not come to its end."""
+
+
 class Machine:
     """A 32-bit Wine prefix, made where there is none. Windows paths below are on its drive C."""
 
@@ -160,16 +166,17 @@ class Machine:
             return log.stat().st_size if log and log.exists() else 0
 
         with subprocess.Popen(self.command(*command), **options) as process:
-            while True:
-                before = size()
+            before, looks = size(), 0
+            while looks < PATIENCE // LOOK:
                 try:
-                    printed, _ = process.communicate(timeout=PATIENCE)
+                    printed, _ = process.communicate(timeout=LOOK)
                     return subprocess.CompletedProcess(command, process.returncode, printed)
-                except subprocess.TimeoutExpired as error:
-                    if size() == before:
-                        subprocess.run(self.command("wineserver", "--kill"), timeout=PATIENCE, stdin=subprocess.DEVNULL)
-                        process.kill()
-                        raise RuntimeError(f"no end of {command}") from error
+                except subprocess.TimeoutExpired:
+                    looks = looks + 1 if size() == before else 0
+                    before = size()
+            subprocess.run(self.command("wineserver", "--kill"), timeout=PATIENCE, stdin=subprocess.DEVNULL)
+            process.kill()
+        raise Hung(f"no end of {command}")
 
     def msiexec(self, verb, package, folder, *options, level="/qn"):
         """An installation (verb /i) or removal (/x), silent but for another level, that writes its log to `folder`."""
@@ -178,10 +185,10 @@ class Machine:
         command = ["wine", "msiexec", verb, package, level, "/l*v", rf"C:\{folder}\msiexec.log", *options]
         try:
             status = self.run(*command, log=log).returncode
-        except RuntimeError as error:
+        except Hung as error:
             # Whoever clears the folder away takes the log with it.
             end = "\n".join(read_text(log).splitlines()[-20:])
-            raise RuntimeError(f"{error}; its log ends:\n{end}") from error
+            raise Hung(f"{error}; its log ends:\n{end}") from error
         return Run(verb, status, read_text(log))
 
     def fresh_folder(self, name):

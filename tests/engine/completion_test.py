@@ -48,7 +48,7 @@ class Completion(Case):
         system = {path for path in files if path.is_relative_to(machine.drive / "windows")}
         temporary = set((machine.drive / "windows/temp").rglob("*"))
         registry = machine.read("wine", "reg", "query", r"HKLM\Software", "/s", "/reg:32").split("\n\n")
-        values = {key for key in registry if r"\Windows\CurrentVersion\Installer" not in key}
+        values = {key for key in registry if r"\Installer" not in key}
         return files - own - system | temporary | values
 
     def product(self, features):
