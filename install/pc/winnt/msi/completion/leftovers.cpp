@@ -215,13 +215,14 @@ ResultCode StackDeleteMaintenance() {
   }
   Stacking stacking(kWhenRemoved);
   bool good = true;
-  const bool listed = VisitRegistryValues(kMaintenanceKey, [&](const EnumeratedValue &value) {
+  // Maintenance that cannot be listed, which is logged, must not make a product unremovable.
+  static_cast<void>(VisitRegistryValues(kMaintenanceKey, [&](const EnumeratedValue &value) {
     if (value.name.starts_with(kMaintenanceMarker)) {
       good = stacking.StackFolder(value.Text(), DeletionGuard::Temporary::barred) && good;
       good = StackRegistryRemoval(kMaintenanceKey, value.name, kBaseComponent) == ERROR_SUCCESS && good;
     }
-  });
-  return ResultOf(listed && good);
+  }));
+  return ResultOf(good);
 }
 
 ResultCode StackDeleteWebScripts() { return StackWhere({kWebDataGoes}, kWebScripts, kAlways); }

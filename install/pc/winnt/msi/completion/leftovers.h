@@ -19,7 +19,7 @@ ResultCode StackCleanUpConversionTables();
 ResultCode StackCleanUpDocumentation();
 
 /// iwiStackDeleteCsds: where the product goes, the backup folders of its maintenance, and their record. Returns
-/// ERROR_INSTALL_FAILURE also when a row for a value of the registry cannot be added, or they cannot be listed.
+/// ERROR_INSTALL_FAILURE also when a row for a value of the registry cannot be added.
 ResultCode StackDeleteMaintenance();
 
 /// iwiStackDeleteWebScripts: where the user does not keep them (ZQVLEAVEWEBDATAINSTALL), the scripts of the web

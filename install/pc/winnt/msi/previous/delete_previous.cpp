@@ -35,6 +35,7 @@ bool FindOtherProgramFolder(std::string &folder, DeletionGuard &guard) {
   if (!guard.MayDeleteBelow(folder)) {
     folder.clear();
   }
+  guard.Bar(program);
   return true;
 }
 
@@ -47,7 +48,7 @@ ResultCode DeletePrevious() {
   if (previous.empty()) {
     return ERROR_SUCCESS;
   }
-  for (const char *name : {"ZQVPGMFOLDER", "ZQVDATFOLDER", "ZQVPREVDAT"}) {
+  for (const char *name : {"ZQVDATFOLDER", "ZQVPREVDAT"}) {
     std::string kept;
     if (!GetFolderProperty(name, kept)) {
       return ERROR_INSTALL_FAILURE;

@@ -11,8 +11,8 @@ namespace zqv {
 inline constexpr const char *kProgramFolders[] = {"bin", "uninst", "doc"};
 
 /// Finds the earlier version's program folder (ZQVPREVPGM), with a backslash at its end. Empty when there is none, when
-/// it is the new one too, or when the guard lets nothing be deleted below it; the last two are told. False when a
-/// property cannot be read.
+/// it is the new one too, or when the guard lets nothing be deleted below it; the last two are told. The guard
+/// bars the new one from then on. False when a property cannot be read.
 [[nodiscard]] bool FindOtherProgramFolder(std::string &folder, DeletionGuard &guard);
 
 /// iwiDeletePrevious: where the earlier version's program folder (ZQVPREVPGM) is another one than the new, stacks the
