@@ -8,6 +8,7 @@ import fnmatch
 import re
 import sys
 import unittest
+from collections import defaultdict
 from pathlib import Path
 
 sys.dont_write_bytecode = True
@@ -129,7 +130,8 @@ class Validity(unittest.TestCase):
             return "not in the set"
         if rule["MinValue"] and not int(rule["MinValue"]) <= int(value) <= int(rule["MaxValue"]):
             return "out of range"
-        if rule["KeyTable"] and not any(value in self.keys.get(table, ()) for table in rule["KeyTable"].split(";")):
+        column = int(rule["KeyColumn"] or 1) - 1
+        if rule["KeyTable"] and not any(value in self.keys[table][column] for table in rule["KeyTable"].split(";")):
             return "no such row" if rule["Category"] != "Version" else None
         pattern = self.categories.get(rule["Category"])
         return None if pattern is None or re.fullmatch(pattern, value) else f"no {rule['Category']}"
@@ -137,7 +139,8 @@ class Validity(unittest.TestCase):
     def test_tables(self):
         rules = package.table("_Validation")
         tables = {rule["Table"]: package.table(rule["Table"]) for rule in rules}
-        self.keys = {name: {next(iter(row.values())) for row in rows} for name, rows in tables.items()}
+        self.keys = defaultdict(lambda: [()])
+        self.keys |= {name: [set(column) for column in zip(*map(dict.values, rows))] or [()] for name, rows in tables.items()}
         self.assertEqual(set(tables), set(package.tables()))
         for name in tables:
             columns = [rule["Column"] for rule in rules if rule["Table"] == name]
