@@ -140,7 +140,8 @@ class Validity(unittest.TestCase):
         rules = package.table("_Validation")
         tables = {rule["Table"]: package.table(rule["Table"]) for rule in rules}
         self.keys = defaultdict(lambda: [()])
-        self.keys |= {name: [set(column) for column in zip(*map(dict.values, rows))] or [()] for name, rows in tables.items()}
+        for name, rows in tables.items():
+            self.keys[name] = [set(column) for column in zip(*map(dict.values, rows))] or [()]
         self.assertEqual(set(tables), set(package.tables()))
         for name in tables:
             columns = [rule["Column"] for rule in rules if rule["Table"] == name]
