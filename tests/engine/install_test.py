@@ -114,7 +114,7 @@ class Failure(Installation):
 
     def test_the_user_interface_sequence_folds_its_log_away(self):
         for option, status in (("QVFAIL=1", FAILED), ("QVUSEREXIT=1", CANCELLED)):
-            self.stop_and_fold(option, status=status, level="/qf")
+            self.stop_and_fold(option, status=status, level="/qr")
 
     def test_rollback(self):
         run = self.stop("QVFAILDEFERRED=1")
