@@ -111,6 +111,71 @@ class Agreement(unittest.TestCase):
         self.assertEqual([row["File"] for row in package.table("File") if row["File"] not in keys], [])
 
 
+class Dialogs(unittest.TestCase):
+    """The dialogs of the package, and of those in other languages."""
+
+    texts = {"Title", "Text", "Description", "Template", "FaceName", "Size", "X", "Y", "Width", "Height"}
+    takes_focus = {"CheckBox", "Edit", "ListBox", "PushButton", "RadioButtonGroup", "ScrollableText", "SelectionTree"}
+    # What the engine opens by itself, and the actions at the ends of its sequence.
+    opened = {"FilesInUse", "ErrorDlg", "CancelledDlg", "FailedDlg"}
+
+    def controls(self, dialog):
+        return {row["Control"]: row for row in package.table("Control") if row["Dialog_"] == dialog}
+
+    def test_each_is_one_ring_of_controls(self):
+        for dialog in package.table("Dialog"):
+            controls, ring = self.controls(dialog["Dialog"]), []
+            following = dialog["Control_First"]
+            while following not in ring:
+                ring.append(following)
+                following = controls[following]["Control_Next"]
+            self.assertEqual(following, ring[0], dialog)
+            wanted = {name for name, row in controls.items() if row["Type"] in self.takes_focus}
+            self.assertLessEqual(wanted | {dialog["Control_Default"], dialog["Control_Cancel"]}, set(ring))
+
+    def test_what_is_named_exists(self):
+        controls = {(row["Dialog_"], row["Control"]) for row in package.table("Control")}
+        for table in ("ControlEvent", "ControlCondition", "EventMapping"):
+            self.assertLessEqual({(row["Dialog_"], row["Control_"]) for row in package.table(table)}, controls)
+        dialogs = {row["Dialog"] for row in package.table("Dialog")}
+        actions = {row["Action"] for row in package.table("CustomAction")}
+        events = [(row["Dialog_"], row["Event"], row["Argument"]) for row in package.table("ControlEvent")]
+        self.assertLessEqual({name for _, event, name in events if event == "DoAction"}, actions)
+        reached = dialogs & ({row["Action"] for row in package.table("InstallUISequence")} | self.opened)
+        opening = {"NewDialog", "SpawnDialog", "SpawnWaitDialog"}
+        ways = [(dialog, name) for dialog, event, name in events if event in opening]
+        while more := {name for dialog, name in ways if dialog in reached} - reached:
+            reached |= more
+        self.assertEqual(reached, dialogs)
+
+    def test_each_language(self):
+        for name, folder in (("vantrelqv", "en"), ("vantrelqv_de", "de"), ("vantrelqv_ja", "ja")):
+            other, files = Package(build / f"{name}.msi"), ROOT / "package/dialogs" / folder
+            for path in files.glob("*.idt"):
+                rows, own = ([self.structure(row) for row in each.table(path.stem)] for each in (package, other))
+                self.assertCountEqual(own, rows, path)
+                # In its code page no letter has been lost. RTF has spellings of its own.
+                lines = [line for line in path.read_text(encoding="utf-8").splitlines()[3:] if r"{\rtf" not in line]
+                kept = ["\t".join(row.values()) for row in other.table(path.stem)]
+                self.assertEqual(set(lines) - set(kept), set())
+            for dialog, keys in self.accelerators(other).items():
+                self.assertEqual(len(keys), len(set(keys)), f"{name} {dialog}: {keys}")
+
+    def structure(self, row):
+        """What is the same in each language."""
+        return {column: value for column, value in row.items() if column not in self.texts}
+
+    def accelerators(self, other):
+        """The letters that each dialog goes by."""
+        buttons = other.table("RadioButton")
+        found = defaultdict(list)
+        for row in other.table("Control"):
+            texts = [row["Text"]] if row["Type"] != "ScrollableText" else []
+            texts += [button["Text"] for button in buttons if button["Property"] == row["Property"]]
+            found[row["Dialog_"]] += [key for text in texts for key in re.findall(r"&(\w)", text.lower())]
+        return found
+
+
 class Validity(unittest.TestCase):
     """The package's tables against its _Validation table."""
 
