@@ -1,21 +1,21 @@
-// Drives the dialogs of an installation, by messages to their windows alone.
+// Uses the dialogs of an installation, by messages to their windows alone.
 //
 //   dialogs.exe COMMAND...
 //
 // starts the command and takes orders from its standard input, in UTF-8, one a line, fields parted by tabs:
 //
-//   next              waits for a dialog, or message box, in front of all others that is not the one before
+//   next              waits for a dialog or message box in front of all others that is not the one before
 //   look              what is on the dialog
 //   press TEXT        presses the button, or chooses the radio button or check box, that has this text
-//   set N TEXT        replaces the text of the n-th edit control, from 1
+//   set TEXT          replaces the text of the edit control
 //   key CODE          presses a key, by its virtual-key code, where the focus is
 //   alt LETTER        presses an accelerator
+//   painted           waits until the dialog has nothing left to paint
 //
-// Each answer is lines that end with one of a single dot: "dialog TITLE LEFT TOP WIDTH HEIGHT" or, when the command has
-// ended instead, "end CODE", and
-// "behind" for each dialog behind it; for `look`, "CLASS STATES TEXT" for each control, the states being some of
-// "enabled", "checked" and "focus", and "row TEXT" for each row behind its list box; "none" where there is no such
-// control.
+// Each answer is lines that end with one of a single dot. `next` gives "dialog TITLE LEFT TOP WIDTH HEIGHT" or, when
+// the command has ended instead, "end CODE". `look` gives "CLASS STATES TEXT" for each control that can be seen, the
+// states being "enabled" and "checked", and behind a list box "row  TEXT" for each of its rows. Others give "none"
+// where there is no such control.
 
 #include <windows.h>
 
@@ -23,51 +23,44 @@
 #include <cstdlib>
 #include <functional>
 #include <string>
-#include <vector>
 
 namespace {
 
+constexpr DWORD kPause = 20;  // milliseconds between two looks at the windows
 constexpr LPARAM kAltIsDown = 1 << 29;
-constexpr DWORD kLook = 20;  // milliseconds between two looks at the windows
 
 HANDLE process;
 HWND dialog;  // the one in front; null: none yet
 
-std::string FromWide(const std::wstring &text) {
-  const int count =
-      WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0, nullptr, nullptr);
-  std::string bytes(count, '\0');
-  WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), bytes.data(), count, nullptr, nullptr);
-  return bytes;
-}
-
-std::wstring ToWide(const std::string &bytes) {
-  const int count = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), static_cast<int>(bytes.size()), nullptr, 0);
-  std::wstring text(count, L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, bytes.data(), static_cast<int>(bytes.size()), text.data(), count);
-  return text;
-}
-
 /// A text as a field of an answer: line ends and tabs are blanks.
 std::string Field(const std::wstring &text) {
-  std::string field = FromWide(text);
+  std::string field(3 * text.size(), '\0');
+  field.resize(WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), field.data(),
+                                   static_cast<int>(field.size()), nullptr, nullptr));
   for (char &letter : field) {
     letter = letter == '\r' || letter == '\n' || letter == '\t' ? ' ' : letter;
   }
   return field;
 }
 
-/// The text that two messages give: one its length, the other itself.
-std::wstring TextOf(HWND window, UINT lengthMessage, UINT textMessage, WPARAM which) {
-  const LRESULT length = SendMessageW(window, lengthMessage, textMessage == WM_GETTEXT ? 0 : which, 0);
-  std::wstring text(length > 0 ? length + 1 : 1, L'\0');
-  const LRESULT got = SendMessageW(window, textMessage, textMessage == WM_GETTEXT ? text.size() : which,
-                                   reinterpret_cast<LPARAM>(text.data()));
-  text.resize(got > 0 ? got : 0);
+std::wstring FromField(const std::string &field) {
+  std::wstring text(field.size(), L'\0');
+  text.resize(MultiByteToWideChar(CP_UTF8, 0, field.data(), static_cast<int>(field.size()), text.data(),
+                                  static_cast<int>(text.size())));
   return text;
 }
 
-std::wstring TextOf(HWND window) { return TextOf(window, WM_GETTEXTLENGTH, WM_GETTEXT, 0); }
+std::wstring TextOf(HWND window) {
+  std::wstring text(SendMessageW(window, WM_GETTEXTLENGTH, 0, 0) + 1, L'\0');
+  text.resize(SendMessageW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data())));
+  return text;
+}
+
+std::wstring RowOf(HWND list, LRESULT row) {
+  std::wstring text(SendMessageW(list, LB_GETTEXTLEN, row, 0) + 1, L'\0');
+  text.resize(SendMessageW(list, LB_GETTEXT, row, reinterpret_cast<LPARAM>(text.data())));
+  return text;
+}
 
 std::wstring ClassOf(HWND window) {
   wchar_t name[256] = L"";
@@ -75,167 +68,145 @@ std::wstring ClassOf(HWND window) {
   return name;
 }
 
-using Visitor = std::function<bool(HWND)>;
+using Test = std::function<bool(HWND)>;
 
-BOOL CALLBACK Visit(HWND window, LPARAM visitor) {
-  return (*reinterpret_cast<Visitor *>(visitor))(window) ? TRUE : FALSE;
+struct Search {
+  const Test &test;
+  HWND found;
+};
+
+BOOL CALLBACK Visit(HWND window, LPARAM argument) {
+  auto &search = *reinterpret_cast<Search *>(argument);
+  search.found = IsWindowVisible(window) && search.test(window) ? window : nullptr;
+  return search.found == nullptr ? TRUE : FALSE;
 }
 
-/// The first window for which the test holds, of the dialog's controls, or, without a dialog, of those in front.
-HWND Find(HWND parent, const std::function<bool(HWND)> &test) {
-  HWND found = nullptr;
-  Visitor visitor = [&](HWND window) {
-    found = test(window) ? window : nullptr;
-    return found == nullptr;
-  };
-  const auto argument = reinterpret_cast<LPARAM>(&visitor);
+/// The first window that can be seen and for which the test holds: of those below `parent` or, where it is null, of
+/// those on the desktop, from the front. Null: none.
+HWND Find(HWND parent, const Test &test) {
+  Search search{test, nullptr};
+  const auto argument = reinterpret_cast<LPARAM>(&search);
   parent != nullptr ? EnumChildWindows(parent, Visit, argument) : EnumWindows(Visit, argument);
-  return found;
+  return search.found;
 }
 
-/// Whether a window is a dialog of the installer, or a message box, which is of a process of its own.
-bool IsDialog(HWND window) {
+/// A message box is of a process of its own, so that the process tells nothing.
+bool IsDialogInUse(HWND window) {
   const std::wstring kind = ClassOf(window);
-  return (kind == L"MsiDialogCloseClass" || kind == L"#32770") && IsWindowVisible(window);
-}
-
-void Tell(const char *what, HWND window) {
-  RECT area{};
-  GetWindowRect(window, &area);
-  std::printf("%s\t%s\t%ld\t%ld\t%ld\t%ld\n", what, Field(TextOf(window)).c_str(), area.left, area.top,
-              area.right - area.left, area.bottom - area.top);
+  return IsWindowEnabled(window) && (kind == L"MsiDialogCloseClass" || kind == L"#32770");
 }
 
 void Next() {
   for (;;) {
-    const bool ended = WaitForSingleObject(process, kLook) == WAIT_OBJECT_0;
-    const HWND front = Find(nullptr, [](HWND window) { return IsDialog(window) && IsWindowEnabled(window); });
+    // In this order: what was there before the end is seen.
+    const bool ended = WaitForSingleObject(process, kPause) == WAIT_OBJECT_0;
+    const HWND front = Find(nullptr, IsDialogInUse);
+    if (front != nullptr && front != dialog) {
+      dialog = front;
+      RECT area{};
+      GetWindowRect(dialog, &area);
+      std::printf("dialog\t%s\t%ld\t%ld\t%ld\t%ld\n", Field(TextOf(dialog)).c_str(), area.left, area.top,
+                  area.right - area.left, area.bottom - area.top);
+      return;
+    }
     if (ended) {
       DWORD code = 0;
       GetExitCodeProcess(process, &code);
       std::printf("end\t%lu\n", code);
       return;
     }
-    if (front != nullptr && front != dialog) {
-      dialog = front;
-      Tell("dialog", dialog);
-      Find(nullptr, [front](HWND window) {
-        if (IsDialog(window) && window != front) {
-          Tell("behind", window);
-        }
-        return false;
-      });
-      return;
-    }
   }
-}
-
-/// The control that has the focus, once there is one.
-HWND Focus() {
-  GUITHREADINFO thread{};
-  thread.cbSize = sizeof thread;
-  while (GetGUIThreadInfo(GetWindowThreadProcessId(dialog, nullptr), &thread) && thread.hwndFocus == nullptr) {
-    Sleep(kLook);
-  }
-  return thread.hwndFocus;
 }
 
 void Look() {
-  const HWND focus = Focus();
-  Find(dialog, [&](HWND control) {
-    if (!IsWindowVisible(control)) {
-      return false;
-    }
+  Find(dialog, [](HWND control) {
     const std::wstring kind = ClassOf(control);
-    std::string states = IsWindowEnabled(control) ? "enabled" : "";
-    if (kind == L"Button" && SendMessageW(control, BM_GETCHECK, 0, 0) == BST_CHECKED) {
-      states += " checked";
-    }
-    states += control == focus ? " focus" : "";
-    std::printf("%s\t%s\t%s\n", FromWide(kind).c_str(), states.c_str(), Field(TextOf(control)).c_str());
+    const bool checked = kind == L"Button" && SendMessageW(control, BM_GETCHECK, 0, 0) == BST_CHECKED;
+    std::printf("%s\t%s%s\t%s\n", Field(kind).c_str(), IsWindowEnabled(control) ? "enabled " : "",
+                checked ? "checked" : "", Field(TextOf(control)).c_str());
     const LRESULT rows = kind == L"ListBox" ? SendMessageW(control, LB_GETCOUNT, 0, 0) : 0;
     for (LRESULT row = 0; row < rows; ++row) {
-      std::printf("row\t\t%s\n", Field(TextOf(control, LB_GETTEXTLEN, LB_GETTEXT, row)).c_str());
+      std::printf("row\t\t%s\n", Field(RowOf(control, row)).c_str());
     }
     return false;
   });
 }
 
-void Press(const std::wstring &text) {
-  const HWND button = Find(dialog, [&](HWND control) {
-    return ClassOf(control) == L"Button" && IsWindowVisible(control) && IsWindowEnabled(control) &&
-           TextOf(control) == text;
-  });
-  const LONG kind = button != nullptr ? GetWindowLongW(button, GWL_STYLE) & BS_TYPEMASK : 0;
-  if (button == nullptr) {
-    std::puts("none");
-  } else if (kind == BS_PUSHBUTTON || kind == BS_DEFPUSHBUTTON) {
-    // What it opens may last: nobody waits for it here.
+void Press(HWND button) {
+  const LONG kind = GetWindowLongW(button, GWL_STYLE) & BS_TYPEMASK;
+  if (kind == BS_PUSHBUTTON || kind == BS_DEFPUSHBUTTON) {
+    // What it begins may last: nobody waits for it here.
     PostMessageW(button, BM_CLICK, 0, 0);
   } else {
     SendMessageW(button, BM_CLICK, 0, 0);
   }
 }
 
-void Set(int number, const std::wstring &text) {
-  const HWND edit = Find(dialog, [&](HWND control) {
-    const std::wstring kind = ClassOf(control);
-    return IsWindowVisible(control) && (kind == L"Edit" || kind == L"RichEdit20W") && --number == 0;
-  });
-  if (edit == nullptr) {
-    std::puts("none");
-    return;
+/// A key goes to whatever has the focus, once something has.
+void PostKey(UINT message, WPARAM key, LPARAM state) {
+  GUITHREADINFO thread{};
+  thread.cbSize = sizeof thread;
+  while (GetGUIThreadInfo(GetWindowThreadProcessId(dialog, nullptr), &thread) && thread.hwndFocus == nullptr) {
+    Sleep(kPause);
   }
-  SendMessageW(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
+  PostMessageW(thread.hwndFocus, message, key, state);
 }
 
-void Obey(const std::vector<std::string> &fields) {
-  const std::string &order = fields[0];
-  const std::string second = fields.size() > 1 ? fields[1] : "";
+void WaitUntilPainted() {
+  const Test isUnpainted = [](HWND window) { return GetUpdateRect(window, nullptr, FALSE) != FALSE; };
+  while (isUnpainted(dialog) || Find(dialog, isUnpainted) != nullptr) {
+    Sleep(kPause);
+  }
+}
+
+void Obey(const std::string &order, const std::string &argument) {
+  const std::wstring text = FromField(argument);
+  bool found = true;
   if (order == "next") {
     Next();
   } else if (order == "look") {
     Look();
   } else if (order == "press") {
-    Press(ToWide(second));
+    const HWND button = Find(dialog, [&](HWND window) {
+      return ClassOf(window) == L"Button" && IsWindowEnabled(window) && TextOf(window) == text;
+    });
+    found = button != nullptr;
+    Press(button);
   } else if (order == "set") {
-    Set(std::atoi(second.c_str()), ToWide(fields.size() > 2 ? fields[2] : ""));
+    const HWND edit = Find(dialog, [](HWND window) { return ClassOf(window) == L"Edit"; });
+    found = edit != nullptr;
+    SendMessageW(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
   } else if (order == "key") {
-    PostMessageW(Focus(), WM_KEYDOWN, std::atoi(second.c_str()), 0);
+    PostKey(WM_KEYDOWN, std::atoi(argument.c_str()), 0);
   } else if (order == "alt") {
-    PostMessageW(Focus(), WM_SYSCHAR, second.front(), kAltIsDown);
-  } else {
-    std::puts("unknown");
+    PostKey(WM_SYSCHAR, text[0], kAltIsDown);
+  } else if (order == "painted") {
+    WaitUntilPainted();
   }
+  std::puts(found ? "." : "none\n.");
+  std::fflush(stdout);
 }
 
 }  // namespace
 
 int main() {
-  // The rest of the command line is the command, as it is.
+  // Behind the program's name, the command line is the command, as it is.
   wchar_t *command = GetCommandLineW();
-  const wchar_t end = *command == L'"' ? *command++ : L' ';
-  while (*command != L'\0' && *command != end) {
-    ++command;
-  }
-  command += *command == L'"' ? 1 : 0;
+  command += *command == L'"' ? wcscspn(command + 1, L"\"") + 2 : wcscspn(command, L" ");
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   PROCESS_INFORMATION started{};
-  if (!CreateProcessW(nullptr, command + wcsspn(command, L" "), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                      &started)) {
+  if (CreateProcessW(nullptr, command + wcsspn(command, L" "), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                     &started) == FALSE) {
     return 1;
   }
   process = started.hProcess;
   char line[4096];
   while (std::fgets(line, sizeof line, stdin) != nullptr) {
-    std::vector<std::string> fields(1);
-    for (const char *at = line; *at != '\0' && *at != '\r' && *at != '\n'; ++at) {
-      *at == '\t' ? fields.emplace_back() : fields.back() += *at;
-    }
-    Obey(fields);
-    std::puts(".");
-    std::fflush(stdout);
+    std::string order = line;
+    order.resize(order.find_last_not_of("\r\n") + 1);
+    const std::size_t end = order.find('\t');
+    Obey(order.substr(0, end), end == std::string::npos ? "" : order.substr(end + 1));
   }
   return 0;
 }
