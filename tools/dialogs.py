@@ -4,21 +4,22 @@ import re
 import subprocess
 import threading
 import time
-from dataclasses import dataclass
 from pathlib import Path
 
 from installation import PATIENCE, Hung
 
 SIZE = "1024x768"
 FONTS = Path("/usr/share/wine/fonts")
-MESSAGE_BOX = "MessageBox"
 
 
 class Screen:
     """A virtual display, which all that starts in the machine sees until `close`."""
 
-    def __init__(self, machine):
+    def __init__(self, machine, driver):
+        """`driver` is the program that uses dialogs."""
         self.machine = machine
+        self.driver = driver
+        self.started = []
         # Those of Wine's own fonts that it does not find itself: among them the one that dialogs are made for.
         for font in FONTS.glob("*.ttf"):
             link = machine.drive / "windows/Fonts" / font.name
@@ -32,39 +33,39 @@ class Screen:
         # There is no window manager: Wine is to draw the frames itself.
         machine.wine("wine", "reg", "add", r"HKCU\Software\Wine\X11 Driver", "/v", "Managed", "/d", "N", "/f")
 
+    def start(self, *command):
+        """Starts a Windows program with pipes, which `close` ends."""
+        pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.DEVNULL, "encoding": "utf-8"}
+        command = self.machine.command("wine", *command)
+        self.started.append(subprocess.Popen(command, env=self.machine.environment, **pipes))
+        return self.started[-1]
+
+    def open(self, package, folder, *options):
+        """Begins an installation of the package, with its log in the folder below drive C."""
+        log = rf"C:\{folder}\msiexec.log"
+        process = self.start(self.driver, "msiexec", "/i", package.path, "/l*v", log, *options)
+        return Dialogs(self.machine, package, process)
+
     def close(self):
         self.machine.wine("wineserver", "--kill")
         del self.machine.environment["DISPLAY"]
-        self.server.kill()
-        self.server.communicate()
-
-
-@dataclass
-class Control:
-    """What can be seen of a control; of a list box, its rows too."""
-
-    kind: str
-    states: set
-    text: str
-    rows: list
+        for process in (self.server, *self.started):
+            process.kill()
+            process.communicate()
 
 
 class Dialogs:
     """An installation of the package that shows its dialogs, and whoever uses them. Dialogs, controls and radio buttons
     go by their keys in the package's tables, whatever its language."""
 
-    def __init__(self, machine, package, driver, verb, folder, *options):
-        self.package = package
+    def __init__(self, machine, package, process):
         self.machine = machine
+        self.package = package
+        self.process = process
         self.titles = {self.shown(row["Title"]): row["Dialog"] for row in package.table("Dialog")}
-        self.controls = {(row["Dialog_"], row["Control"]): row["Text"] for row in package.table("Control")}
-        self.radio = {(row["Property"], row["Value"]): row["Text"] for row in package.table("RadioButton")}
-        self.key, self.area, self.status = None, None, None
-        command = ["wine", driver, "msiexec", verb, package.path, "/l*v", rf"C:\{folder}\msiexec.log", *options]
-        pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.DEVNULL}
-        self.process = subprocess.Popen(
-            machine.command(*command), **pipes, env=machine.environment, encoding="utf-8"
-        )
+        self.texts = {(row["Dialog_"], row["Control"]): row["Text"] for row in package.table("Control")}
+        self.choices = {(row["Property"], row["Value"]): row["Text"] for row in package.table("RadioButton")}
+        self.key = self.area = self.status = None
 
     def shown(self, text):
         """A text of the tables as it is on the screen."""
@@ -75,40 +76,48 @@ class Dialogs:
         """The lines that answer an order, each a list of its fields."""
         self.process.stdin.write("\t".join(map(str, fields)) + "\n")
         self.process.stdin.flush()
+        # What hangs ends with all else, and the answer with it.
         hung = threading.Timer(PATIENCE, self.machine.wine, ("wineserver", "--kill"))
         hung.start()
-        lines = list(iter(lambda: self.process.stdout.readline().rstrip("\n"), "."))
+        lines = []
+        while (line := self.process.stdout.readline()) != ".\n":
+            if not line:
+                raise Hung(f"no answer to {fields} in {self.key}")
+            lines.append(line.rstrip("\n").split("\t"))
         hung.cancel()
-        return [line.split("\t") for line in lines]
+        return lines
 
     def next(self):
-        """Waits for the dialog that follows, and gives its key, or None at the end, when `status` is the result."""
-        found = self.order("next")[0]
-        if found[0] == "end":
-            self.key, self.status = None, int(found[1])
-            return None
-        self.key = self.titles.get(found[1], found[1])
-        self.area = tuple(map(int, found[2:]))
+        """Waits for the dialog that follows, and gives its key, a message box's title, or None at the end, when `status`
+        is the result."""
+        what, *fields = self.order("next")[0]
+        if what == "end":
+            self.key, self.status = None, int(fields[0])
+        else:
+            self.key = self.titles.get(fields[0], fields[0])
+            self.area = tuple(map(int, fields[1:]))
         return self.key
 
-    def look(self):
-        controls = []
-        for kind, states, text in self.order("look"):
-            if kind == "row":
-                controls[-1].rows.append(text)
-            else:
-                controls.append(Control(kind, set(states.split()), text, []))
-        return controls
+    def rows(self):
+        """The rows of all list boxes of the dialog."""
+        return [text for kind, _, text in self.order("look") if kind == "row"] if self.key else []
 
-    def press(self, control):
-        self.press_text(self.shown(self.controls.get((self.key, control), control)))
+    def use(self, use):
+        """Presses a button, chooses a radio button, which is a property and its value, or gives an order."""
+        if use not in self.choices and isinstance(use, tuple):
+            answer = self.order(*use)
+        else:
+            text = self.choices.get(use) or self.texts.get((self.key, use), use)
+            answer = self.order("press", self.shown(text))
+        if answer:
+            raise AssertionError(f"{self.key} has no {use}: {self.order('look')}")
 
-    def choose(self, group, value):
-        self.press_text(self.shown(self.radio[group, value]))
-
-    def press_text(self, text):
-        if self.order("press", text):
-            raise AssertionError(f"no button '{text}' in {self.key}: {self.look()}")
+    def wait_for(self, part):
+        """Waits until a text of the dialog has this part."""
+        hang = time.monotonic() + PATIENCE
+        while not any(part in fields[-1] for fields in self.order("look")):
+            if time.monotonic() > hang:
+                raise Hung(f"no {part} in {self.key}")
 
     def picture(self, path):
         """Takes a picture of the dialog, once it has been painted."""

@@ -46,7 +46,7 @@ class Package:
         """What msiinfo prints. It leaves a table's streams in the current folder."""
         call = ["msiinfo", command, self.path, *names]
         with tempfile.TemporaryDirectory() as folder:
-            return subprocess.run(call, check=True, capture_output=True, text=True, cwd=folder).stdout
+            return subprocess.run(call, check=True, capture_output=True, encoding="utf-8", cwd=folder).stdout
 
     def files(self, features=None, **places):
         """Paths below drive C of the files that an installation brings, with their sizes: those of the features, by
@@ -137,11 +137,11 @@ class Hung(RuntimeError):
 class Machine:
     """A 32-bit Wine prefix, made where there is none. Windows paths below are on its drive C."""
 
-    def __init__(self, prefix):
+    def __init__(self, prefix, **environment):
         self.prefix = Path(prefix).resolve()
         self.drive = self.prefix / "drive_c"
         # Without a display, where message boxes answer themselves.
-        self.environment = {name: value for name, value in os.environ.items() if name != "DISPLAY"}
+        self.environment = {name: value for name, value in os.environ.items() if name != "DISPLAY"} | environment
         if self.wine() != 0:
             raise RuntimeError(f"no Wine prefix in {self.prefix}")
 

@@ -2,14 +2,13 @@
 """Primary initialisation in Wine's installer engine: what it publishes, and what makes it stop an installation."""
 
 import re
-import subprocess
 import sys
-import time
 import unittest
 
 sys.dont_write_bytecode = True
-from case import KEY, TEMP, VERSION, Case, machine, message, package
-from installation import FAILED, PATIENCE, published
+from case import FOLDER, KEY, TEMP, VERSION, Case, build, machine, message, package
+from dialogs import Screen
+from installation import FAILED, published
 
 CLIENT = "{5A8B5D80-6DCC-4317-9922-99EC0093BF24}"
 # Letters that the code page of the prefix has, that take two bytes, and that are of another alphabet.
@@ -104,36 +103,14 @@ class Initialisation(Case):
             self.value(rf"{VERSION}\SupportPacs Applied\{pac}")
             self.assertEqual(self.boxes(self.stopped(package, f"{switch}=1")[0]), [message(number)])
 
-    def start(self, command, **options):
-        """A process that the test ends at the latest."""
-        process = subprocess.Popen(command, **options)
-        self.addCleanup(process.communicate)
-        self.addCleanup(process.kill)
-        return process
-
     def test_a_person_sees_the_box_and_answers_it(self):
-        self.variant("DELETE FROM `UIText` WHERE `Key`='ZQV__setup_language'")
-        # A desktop that was made without a display would stay without one. What is killed while it starts might make it.
-        machine.wine("wineserver", "--wait")
-        self.addCleanup(machine.wine, "wineserver", "--kill")
-        screen = ["Xvfb", "-displayfd", "1", "-screen", "0", "800x600x24", "-nolisten", "tcp"]
-        display = self.start(screen, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-        seen = {**machine.environment, "DISPLAY": ":" + display.stdout.readline().strip()}
-        command = machine.command("wine", "msiexec", "/i", rf"{TEMP}\variant.msi", "/qb", *self.options)
-        installation = self.start(command, env=seen)
-        box = ["xdotool", "search", "--onlyvisible", "--name", "^Korvex Vantrel QV$"]
-        answered = False
-        for _ in range(10 * PATIENCE):
-            if installation.poll() is not None:
-                break
-            time.sleep(0.1)
-            found = subprocess.run(box, env=seen, capture_output=True, text=True).stdout.strip()
-            # A key that comes before the box is ready is lost, so there is one each time.
-            if found:
-                key = subprocess.run(["xdotool", "windowfocus", found, "key", "Return"], env=seen, capture_output=True)
-                answered = answered or key.returncode == 0
-        self.assertTrue(answered, "no message box")
-        self.assertEqual(installation.poll(), FAILED)
+        of = self.variant("DELETE FROM `UIText` WHERE `Key`='ZQV__setup_language'")
+        screen = Screen(machine, build / "dialogs.exe")
+        self.addCleanup(screen.close)
+        box = screen.open(of, FOLDER, "/qb", *self.options)
+        self.assertEqual(box.next(), message(2027))
+        box.use("OK")
+        self.assertEqual((box.next(), box.status), (None, 1603))
         self.assertIn(f"iwiInstallInitPri: QVCA iwiInstallInitPri MB error: {message(2031)}", self.texts())
         self.assertEqual(machine.product_files(), {})
 

@@ -1,0 +1,156 @@
+#!/usr/bin/env python3
+"""Installations with the dialogs of the package, on a virtual display, in Wine's installer engine."""
+
+import sys
+import unittest
+
+sys.dont_write_bytecode = True
+from case import FOLDER, OWN, TEMP, TRACE, Case, build, machine, message, package
+from dialogs import Screen
+from installation import Machine, Package
+from running_product import RunningProduct, windows
+
+PROGRAMS = rf"{OWN}/QV programs"
+SESSION = r"HKLM\System\CurrentControlSet\Control\Session Manager"
+ENTER, ESCAPE = 13, 27
+USER_EXIT, FAILURE = 1602, 1603
+MINIMUM, TYPICAL = ["Base", "Server"], ["Base", "Server", "Explorer", "JavaMsg", "Toolkit"]
+
+BOX = (message(2027), [], "OK")
+WAY = (
+    ("WelcomeDlg", [], "Next"),
+    ("LicenseDlg", [], ("AgreeToLicense", "Yes"), "Next"),
+    ("SetupTypeDlg", [], ("QVSETUPTYPE", "minimum"), "Next"),
+    ("FoldersDlg", [], "Next"),
+)
+
+
+class InDialogs(Case):
+    def setUp(self):
+        super().setUp()
+        self.screen = self.show(machine)
+
+    def show(self, on):
+        on.fresh_folder(FOLDER)
+        screen = Screen(on, build / "dialogs.exe")
+        self.addCleanup(screen.close)
+        return screen
+
+    def open(self, *options, of=package, screen=None):
+        screen = screen or self.screen
+        (screen.machine.drive / FOLDER / TRACE).unlink(missing_ok=True)
+        return screen.open(of, FOLDER, *options)
+
+    def walk(self, dialogs, *steps, status=0):
+        """Each step is a dialog's key, the rows of its lists, and how it is used and left. The last one ends all."""
+        for key, rows, *uses in steps:
+            found = dialogs.next()
+            if found == "ProgressDlg" != key:  # a short one may go unseen
+                found = dialogs.next()
+            self.assertEqual((found, dialogs.rows()), (key, rows))
+            for use in uses:
+                dialogs.use(use)
+        if status is not None:
+            self.assertEqual((dialogs.next(), dialogs.status), (None, status))
+
+    def summary(self, *installed, of=package, language="en_us", programs="Program Files/Korvex/Vantrel QV"):
+        """The rows of SummaryDlg."""
+        titles = {row["Feature"]: row["Title"] for row in of.table("Feature")}
+        data = "C:\\ProgramData\\Korvex\\Vantrel QV\\"
+        inserts = [(2125, f"C:\\{windows(programs)}\\"), (2126, data), (2127, data + "log\\")]
+        inserts += [*((2128, titles[feature]) for feature in installed), (2131, rf"{TEMP}\{TRACE}")]
+        rows = [message(number, language).replace("%1", text) for number, text in inserts]
+        return [message(2001, language).replace("%s", "6.0"), *rows]
+
+    def test_from_welcome_to_finish_and_removal(self):
+        owed = (SESSION, "/v", "PendingFileRenameOperations", "/t", "REG_MULTI_SZ", "/d")
+        self.registry("add", *owed, rf"\??\C:\{windows(PROGRAMS)}\bin\zqvsvc.exe")
+        self.addCleanup(self.registry, "delete", *owed[:3])
+        splash = self.screen.start(build / "package/parts/zqvsplash.exe")
+        self.assertEqual(splash.stdout.readline(), "shown\n")
+        dialogs = self.open(*self.options)
+        needs = [message(2123)]
+        self.walk(
+            dialogs,
+            ("WelcomeDlg", [], ("key", ENTER)),
+            ("LicenseDlg", [], ("alt", "a"), ("alt", "n")),
+            ("SetupTypeDlg", [], ("QVSETUPTYPE", "typical"), "Next"),
+            ("FoldersDlg", [], "BrowsePgm"),
+            ("BrowseDlg", [], ("set", rf"C:\{windows(PROGRAMS)}"), "OK"),
+            ("FoldersDlg", [], "Next"),
+            ("NeedsDlg", needs, "Back"),
+            ("FoldersDlg", [], "Next"),
+            ("NeedsDlg", needs, "Retry"),
+            ("NeedsDlg", needs),
+            status=None,
+        )
+        self.registry("delete", *owed[:3])
+        dialogs.use("Retry")
+        self.walk(
+            dialogs,
+            ("SummaryDlg", self.summary(*TYPICAL, programs=PROGRAMS), ("key", ESCAPE)),
+            ("CancelDlg", [], ("key", ESCAPE)),
+            ("SummaryDlg", self.summary(*TYPICAL, programs=PROGRAMS), "Back"),
+            ("FoldersDlg", [], "Back"),
+            ("SetupTypeDlg", [], ("QVSETUPTYPE", "minimum"), "Next"),
+            ("FoldersDlg", [], "Next"),
+            ("SummaryDlg", self.summary(*MINIMUM, programs=PROGRAMS), "Install"),
+            ("FinishedDlg", [], "Finish"),
+        )
+        self.assertEqual(machine.product_files(OWN), package.files(MINIMUM, ZQVPGMFOLDER=PROGRAMS))
+        self.assertEqual(splash.wait(), 0)
+
+        product = RunningProduct(machine, f"{PROGRAMS}/bin")
+        self.addCleanup(product.end)
+        product.register_service("KorvexQVSeries", "Korvex QVSeries", lingers=True)
+        product.start_services()
+        (product.programs / "zqvlpad.exe").unlink()
+        dialogs = self.open(self.options[0])
+        self.walk(
+            dialogs,
+            ("MaintenanceDlg", [], ("ZQVREINSTALLOPTIONS", "refresh"), "Next"),
+            ("SummaryDlg", self.summary(programs=PROGRAMS), "Install"),
+            ("ProgressDlg", []),
+            status=None,
+        )
+        dialogs.wait_for("KorvexQVSeries")
+        product.let_stop()
+        self.walk(dialogs, ("FinishedDlg", [], "Finish"))
+        product.end()
+        self.assertEqual(machine.product_files(OWN), package.files(MINIMUM, ZQVPGMFOLDER=PROGRAMS))
+
+        self.walk(
+            self.open(*self.options),
+            ("MaintenanceDlg", [], ("ZQVREINSTALLOPTIONS", "remove"), "Next"),
+            ("RemoveDlg", [], "Remove"),
+            ("FinishedDlg", [], "Finish"),
+        )
+        self.assertEqual(machine.product_files(OWN), {})
+
+    def test_other_ends(self):
+        leave = (("CancelDlg", [], "Yes"), ("CancelledDlg", [], "Finish"))
+        locale = {"LOCPATH": str(build / "locales"), "LC_ALL": "ja_JP.UTF-8"}
+        for of, language, on, option, use, end, status in (
+            ("", "en_us", machine, "QVFAIL=1", "Install", (BOX, ("FailedDlg", [], "Finish")), FAILURE),
+            ("_de", "de_de", machine, "", "Cancel", leave, USER_EXIT),
+            ("_ja", "ja_jp", Machine(build.parent / "wine-ja_JP", **locale), "", "Cancel", leave, USER_EXIT),
+        ):
+            of = Package(build / f"vantrelqv{of}.msi")
+            dialogs = self.open(*self.options, option, of=of, screen=self.screen if on is machine else self.show(on))
+            rows = self.summary(*MINIMUM, of=of, language=language)
+            self.walk(dialogs, *WAY, ("SummaryDlg", rows, use), *end, status=status)
+            self.assertEqual(on.product_files(), {})
+
+    def test_files_in_use(self):
+        """The engine never finds any here, so that the dialog is made the first one."""
+        in_use = package.variant(
+            self.folder / "variant.msi",
+            "INSERT INTO `InstallUISequence` (`Action`, `Sequence`) VALUES ('FilesInUse', 1229)",
+            "INSERT INTO `ListBox` (`Property`, `Order`, `Value`, `Text`) VALUES ('FileInUseProcess', 1, '1', 'One')",
+        )
+        steps = (("FilesInUse", ["One"], "Exit"), ("CancelledDlg", [], "Finish"))
+        self.walk(self.open(of=in_use), *steps, status=USER_EXIT)
+
+
+if __name__ == "__main__":
+    unittest.main()
