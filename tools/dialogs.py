@@ -67,6 +67,24 @@ class Dialogs:
         self.choices = {(row["Property"], row["Value"]): row["Text"] for row in package.table("RadioButton")}
         self.key = self.area = self.status = None
 
+    def walk(self, *steps, status=0, pictures=None):
+        """Each step is a dialog's key, the rows of its lists (None: any), and how it is used and left. Behind the last one
+        the installation ends with the status; None: it does not end there. `pictures` is a folder for a picture
+        of each."""
+        for key, rows, *uses in steps:
+            found = self.next()
+            if found == "ProgressDlg" != key:  # a short one may go unseen
+                found = self.next()
+            shown = self.rows()
+            if found != key or rows not in (None, shown):
+                raise AssertionError(f"{found} with {shown}; expected: {key} with {rows}")
+            if pictures and not (picture := pictures / f"{key}.png").exists():
+                self.picture(picture)
+            for use in uses:
+                self.use(use)
+        if status is not None and (self.next(), self.status) != (None, status):
+            raise AssertionError(f"{self.key}, result {self.status}; expected: the end with result {status}")
+
     def shown(self, text):
         """A text of the tables as it is on the screen."""
         text = re.sub(r"^\{[\\&].*?\}", "", text)

@@ -41,18 +41,6 @@ class InDialogs(Case):
         (screen.machine.drive / FOLDER / TRACE).unlink(missing_ok=True)
         return screen.open(of, FOLDER, *options)
 
-    def walk(self, dialogs, *steps, status=0):
-        """Each step is a dialog's key, the rows of its lists, and how it is used and left. The last one ends all."""
-        for key, rows, *uses in steps:
-            found = dialogs.next()
-            if found == "ProgressDlg" != key:  # a short one may go unseen
-                found = dialogs.next()
-            self.assertEqual((found, dialogs.rows()), (key, rows))
-            for use in uses:
-                dialogs.use(use)
-        if status is not None:
-            self.assertEqual((dialogs.next(), dialogs.status), (None, status))
-
     def summary(self, *installed, of=package, language="en_us", programs="Program Files/Korvex/Vantrel QV"):
         """The rows of SummaryDlg."""
         titles = {row["Feature"]: row["Title"] for row in of.table("Feature")}
@@ -70,8 +58,7 @@ class InDialogs(Case):
         self.assertEqual(splash.stdout.readline(), "shown\n")
         dialogs = self.open(*self.options)
         needs = [message(2123)]
-        self.walk(
-            dialogs,
+        dialogs.walk(
             ("WelcomeDlg", [], ("key", ENTER)),
             ("LicenseDlg", [], ("alt", "a"), ("alt", "n")),
             ("SetupTypeDlg", [], ("QVSETUPTYPE", "typical"), "Next"),
@@ -86,8 +73,7 @@ class InDialogs(Case):
         )
         self.registry("delete", *owed[:3])
         dialogs.use("Retry")
-        self.walk(
-            dialogs,
+        dialogs.walk(
             ("SummaryDlg", self.summary(*TYPICAL, programs=PROGRAMS), ("key", ESCAPE)),
             ("CancelDlg", [], ("key", ESCAPE)),
             ("SummaryDlg", self.summary(*TYPICAL, programs=PROGRAMS), "Back"),
@@ -106,8 +92,7 @@ class InDialogs(Case):
         product.start_services()
         (product.programs / "zqvlpad.exe").unlink()
         dialogs = self.open(self.options[0])
-        self.walk(
-            dialogs,
+        dialogs.walk(
             ("MaintenanceDlg", [], ("ZQVREINSTALLOPTIONS", "refresh"), "Next"),
             ("SummaryDlg", self.summary(programs=PROGRAMS), "Install"),
             ("ProgressDlg", []),
@@ -115,12 +100,11 @@ class InDialogs(Case):
         )
         dialogs.wait_for("KorvexQVSeries")
         product.let_stop()
-        self.walk(dialogs, ("FinishedDlg", [], "Finish"))
+        dialogs.walk(("FinishedDlg", [], "Finish"))
         product.end()
         self.assertEqual(machine.product_files(OWN), package.files(MINIMUM, ZQVPGMFOLDER=PROGRAMS))
 
-        self.walk(
-            self.open(*self.options),
+        self.open(*self.options).walk(
             ("MaintenanceDlg", [], ("ZQVREINSTALLOPTIONS", "remove"), "Next"),
             ("RemoveDlg", [], "Remove"),
             ("FinishedDlg", [], "Finish"),
@@ -138,7 +122,7 @@ class InDialogs(Case):
             of = Package(build / f"vantrelqv{of}.msi")
             dialogs = self.open(*self.options, option, of=of, screen=self.screen if on is machine else self.show(on))
             rows = self.summary(*MINIMUM, of=of, language=language)
-            self.walk(dialogs, *WAY, ("SummaryDlg", rows, use), *end, status=status)
+            dialogs.walk(*WAY, ("SummaryDlg", rows, use), *end, status=status)
             self.assertEqual(on.product_files(), {})
 
     def test_files_in_use(self):
@@ -149,7 +133,7 @@ class InDialogs(Case):
             "INSERT INTO `ListBox` (`Property`, `Order`, `Value`, `Text`) VALUES ('FileInUseProcess', 1, '1', 'One')",
         )
         steps = (("FilesInUse", ["One"], "Exit"), ("CancelledDlg", [], "Finish"))
-        self.walk(self.open(of=in_use), *steps, status=USER_EXIT)
+        self.open(of=in_use).walk(*steps, status=USER_EXIT)
 
 
 if __name__ == "__main__":
