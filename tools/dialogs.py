@@ -72,9 +72,8 @@ class Dialogs:
         the installation ends with the status; None: it does not end there. `pictures` is a folder for a picture
         of each."""
         for key, rows, *uses in steps:
-            found = self.next()
-            if found == "ProgressDlg" != key:  # a short one may go unseen
-                found = self.next()
+            while (found := self.next()) == "ProgressDlg" != key:  # a short one may go unseen
+                pass
             shown = self.rows()
             if found != key or rows not in (None, shown):
                 raise AssertionError(f"{found} with {shown}; expected: {key} with {rows}")

@@ -62,7 +62,7 @@ def take_pictures(machine, build, folder, pictures):
     with closing(Screen(machine, build / "dialogs.exe")) as screen:
 
         def show(of, steps, *options, status=0):
-            dialogs = screen.open(of, folder, *options)
+            dialogs = screen.open(of, folder, rf"ZQVTEMP=C:\{folder}", *options)
             dialogs.walk(*steps, status=status, pictures=pictures)
             return dialogs
 
