@@ -52,7 +52,7 @@ IN_USE = (
 
 def take_pictures(machine, build, folder, pictures):
     """Installs the package, repairs it over a running service and removes it, then has it fail and leaves it, all with its
-    dialogs and the default folders. Leaves a picture of each dialog in `pictures`, and gives their names."""
+    dialogs and the default folders. Leaves a picture of each dialog in `pictures`, and gives their number."""
     pictures.mkdir(exist_ok=True)
     for old in pictures.glob("*.png"):
         old.unlink()
@@ -84,4 +84,4 @@ def take_pictures(machine, build, folder, pictures):
         show(package, REMOVE, "QVNOSTOP=1")
         show(package, FAIL, "QVNOSTOP=1", "QVFAIL=1", status=1603)
         show(in_use, FIND_IN_USE, status=1602)
-    return sorted(picture.name for picture in pictures.glob("*.png"))
+    return len(list(pictures.glob("*.png")))
