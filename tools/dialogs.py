@@ -97,11 +97,13 @@ class Dialogs:
         hung = threading.Timer(PATIENCE, self.machine.wine, ("wineserver", "--kill"))
         hung.start()
         lines = []
-        while (line := self.process.stdout.readline()) != ".\n":
-            if not line:
-                raise Hung(f"no answer to {fields} in {self.key}")
-            lines.append(line.rstrip("\n").split("\t"))
-        hung.cancel()
+        try:
+            while (line := self.process.stdout.readline()) != ".\n":
+                if not line:
+                    raise Hung(f"no answer to {fields} in {self.key}")
+                lines.append(line.rstrip("\n").split("\t"))
+        finally:
+            hung.cancel()
         return lines
 
     def next(self):

@@ -7,7 +7,7 @@ import unittest
 sys.dont_write_bytecode = True
 from case import FOLDER, OWN, TEMP, TRACE, Case, build, machine, message, package
 from dialogs import Screen
-from installation import Machine, Package
+from installation import PATIENCE, Machine, Package
 from running_product import RunningProduct, windows
 
 PROGRAMS = rf"{OWN}/QV programs"
@@ -23,6 +23,8 @@ WAY = (
     ("SetupTypeDlg", [], ("QVSETUPTYPE", "minimum"), "Next"),
     ("FoldersDlg", [], "Next"),
 )
+
+LEAVE = (("CancelDlg", [], "Yes"), ("CancelledDlg", [], "Finish"))
 
 
 class InDialogs(Case):
@@ -84,7 +86,7 @@ class InDialogs(Case):
             ("FinishedDlg", [], "Finish"),
         )
         self.assertEqual(machine.product_files(OWN), package.files(MINIMUM, ZQVPGMFOLDER=PROGRAMS))
-        self.assertEqual(splash.wait(), 0)
+        self.assertEqual(splash.wait(PATIENCE), 0)
 
         product = RunningProduct(machine, f"{PROGRAMS}/bin")
         self.addCleanup(product.end)
@@ -112,18 +114,23 @@ class InDialogs(Case):
         self.assertEqual(machine.product_files(OWN), {})
 
     def test_other_ends(self):
-        leave = (("CancelDlg", [], "Yes"), ("CancelledDlg", [], "Finish"))
         locale = {"LOCPATH": str(build / "locales"), "LC_ALL": "ja_JP.UTF-8"}
         for of, language, on, option, use, end, status in (
             ("", "en_us", machine, "QVFAIL=1", "Install", (BOX, ("FailedDlg", [], "Finish")), FAILURE),
-            ("_de", "de_de", machine, "", "Cancel", leave, USER_EXIT),
-            ("_ja", "ja_jp", Machine(build.parent / "wine-ja_JP", **locale), "", "Cancel", leave, USER_EXIT),
+            ("_de", "de_de", machine, "", "Cancel", LEAVE, USER_EXIT),
+            ("_ja", "ja_jp", Machine(build.parent / "wine-ja_JP", **locale), "", "Cancel", LEAVE, USER_EXIT),
         ):
             of = Package(build / f"vantrelqv{of}.msi")
             dialogs = self.open(*self.options, option, of=of, screen=self.screen if on is machine else self.show(on))
             rows = self.summary(*MINIMUM, of=of, language=language)
             dialogs.walk(*WAY, ("SummaryDlg", rows, use), *end, status=status)
             self.assertEqual(on.product_files(), {})
+
+    def test_a_feature_that_another_one_needs(self):
+        needs = [message(2124).replace("%1", "FTA_Server").replace("%2", "Server")]
+        way = (*WAY[:2], ("SetupTypeDlg", [], "Next"), ("FeaturesDlg", [], "Next"), ("FoldersDlg", [], "Next"))
+        dialogs = self.open(*self.options, "ADDLOCAL=Base,FTA_Server")
+        dialogs.walk(*way, ("NeedsDlg", needs, "Back"), way[-1], ("NeedsDlg", needs, "Cancel"), *LEAVE, status=USER_EXIT)
 
     def test_files_in_use(self):
         """The engine never finds any here, so that the dialog is made the first one."""
