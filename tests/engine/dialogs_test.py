@@ -60,8 +60,10 @@ class InDialogs(Case):
         self.assertEqual(splash.stdout.readline(), "shown\n")
         dialogs = self.open(*self.options)
         needs = [message(2123)]
+        dialogs.walk(("WelcomeDlg", []), status=None)
+        self.assertEqual(splash.wait(PATIENCE), 0)
+        dialogs.use(("key", ENTER))
         dialogs.walk(
-            ("WelcomeDlg", [], ("key", ENTER)),
             ("LicenseDlg", [], ("alt", "a"), ("alt", "n")),
             ("SetupTypeDlg", [], ("QVSETUPTYPE", "typical"), "Next"),
             ("FoldersDlg", [], "BrowsePgm"),
@@ -86,7 +88,6 @@ class InDialogs(Case):
             ("FinishedDlg", [], "Finish"),
         )
         self.assertEqual(machine.product_files(OWN), package.files(MINIMUM, ZQVPGMFOLDER=PROGRAMS))
-        self.assertEqual(splash.wait(PATIENCE), 0)
 
         product = RunningProduct(machine, f"{PROGRAMS}/bin")
         self.addCleanup(product.end)
