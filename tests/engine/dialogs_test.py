@@ -88,6 +88,7 @@ class InDialogs(Case):
             ("FinishedDlg", [], "Finish"),
         )
         self.assertEqual(machine.product_files(OWN), package.files(MINIMUM, ZQVPGMFOLDER=PROGRAMS))
+        self.assertFalse([line for line in self.texts() if ": ***" in line])
 
         product = RunningProduct(machine, f"{PROGRAMS}/bin")
         self.addCleanup(product.end)
