@@ -3,7 +3,7 @@
 set(stamps ${CMAKE_BINARY_DIR}/stamps)
 set(sources ${CMAKE_SOURCE_DIR}/install/pc/winnt/msi)
 file(GLOB_RECURSE library CONFIGURE_DEPENDS install/*.cpp)
-file(GLOB_RECURSE programs CONFIGURE_DEPENDS bench/*.cpp tests/*.cpp)
+file(GLOB_RECURSE programs CONFIGURE_DEPENDS bench/*.cpp tests/*.cpp tools/*.cpp)
 file(GLOB_RECURSE parts CONFIGURE_DEPENDS package/*.cpp)
 file(GLOB_RECURSE headers CONFIGURE_DEPENDS install/*.h install/*.inc bench/*.h tests/*.h tests/*.inc)
 file(GLOB_RECURSE python CONFIGURE_DEPENDS bench/*.py catalogue/*.py tests/*.py tools/*.py)
