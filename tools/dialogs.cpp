@@ -101,12 +101,14 @@ void Next() {
     // In this order: what was there before the end is seen.
     const bool ended = WaitForSingleObject(process, kPause) == WAIT_OBJECT_0;
     const HWND front = Find(nullptr, IsDialogInUse);
-    if (front != nullptr && front != dialog) {
+    // Without a message, which a dialog that is about to go might never answer.
+    wchar_t title[256] = L"";
+    if (front != nullptr && front != dialog && GetWindowTextW(front, title, 256) > 0) {
       dialog = front;
       RECT area{};
       GetWindowRect(dialog, &area);
-      std::printf("dialog\t%s\t%ld\t%ld\t%ld\t%ld\n", Field(TextOf(dialog)).c_str(), area.left, area.top,
-                  area.right - area.left, area.bottom - area.top);
+      std::printf("dialog\t%s\t%ld\t%ld\t%ld\t%ld\n", Field(title).c_str(), area.left, area.top, area.right - area.left,
+                  area.bottom - area.top);
       return;
     }
     if (ended) {

@@ -71,17 +71,23 @@ class Dialogs:
         """Each step is a dialog's key, the rows of its lists (None: any), and how it is used and left. Behind the last one
         the installation ends with the status; None: it does not end there. `pictures` is a folder for a picture
         of each."""
-        for key, rows, *uses in steps:
-            while (found := self.next()) == "ProgressDlg" != key:  # a short one may go unseen
+        parent = last = None
+
+        def follows(expected):
+            # Two may be seen or not, for a moment: that of a short progress, and the one below a dialog that ends all.
+            while self.next() != expected and self.key and self.key in ("ProgressDlg", parent):
                 pass
-            shown = self.rows()
-            if found != key or rows not in (None, shown):
-                raise AssertionError(f"{found} with {shown}; expected: {key} with {rows}")
+            return self.key == expected
+
+        for key, rows, *uses in steps:
+            if not follows(key) or rows not in (None, self.rows()):
+                raise AssertionError(f"{self.key} with {self.rows()}; expected: {key} with {rows}")
             if pictures and not (picture := pictures / f"{key}.png").exists():
                 self.picture(picture)
             for use in uses:
                 self.use(use)
-        if status is not None and (self.next(), self.status) != (None, status):
+            parent, last = last, key
+        if status is not None and (not follows(None) or self.status != status):
             raise AssertionError(f"{self.key}, result {self.status}; expected: the end with result {status}")
 
     def shown(self, text):
