@@ -10,7 +10,9 @@ from dialogs import Screen
 from installation import PATIENCE, Machine, Package
 from running_product import RunningProduct, windows
 
-PROGRAMS = rf"{OWN}/QV programs"
+PLACES = {"ZQVPGMFOLDER": f"{OWN}/QV programs", "ZQVDATFOLDER": f"{OWN}/QV data"}
+PROGRAMS, DATA = (f"C:\\{windows(place)}" for place in PLACES.values())
+DEFAULTS = (r"C:\Program Files\Korvex\Vantrel QV", r"C:\ProgramData\Korvex\Vantrel QV")
 SESSION = r"HKLM\System\CurrentControlSet\Control\Session Manager"
 ENTER, ESCAPE = 13, 27
 USER_EXIT, FAILURE = 1602, 1603
@@ -43,18 +45,18 @@ class InDialogs(Case):
         (screen.machine.drive / FOLDER / TRACE).unlink(missing_ok=True)
         return screen.open(of, FOLDER, *options)
 
-    def summary(self, *installed, of=package, language="en_us", programs="Program Files/Korvex/Vantrel QV"):
+    def summary(self, *installed, of=package, language="en_us", places=(PROGRAMS, DATA)):
         """The rows of SummaryDlg."""
         titles = {row["Feature"]: row["Title"] for row in of.table("Feature")}
-        data = "C:\\ProgramData\\Korvex\\Vantrel QV\\"
-        inserts = [(2125, f"C:\\{windows(programs)}\\"), (2126, data), (2127, data + "log\\")]
+        programs, data = (place + "\\" for place in places)
+        inserts = [(2125, programs), (2126, data), (2127, data + "log\\")]
         inserts += [*((2128, titles[feature]) for feature in installed), (2131, rf"{TEMP}\{TRACE}")]
         rows = [message(number, language).replace("%1", text) for number, text in inserts]
         return [message(2001, language).replace("%s", "6.0"), *rows]
 
     def test_from_welcome_to_finish_and_removal(self):
         owed = (SESSION, "/v", "PendingFileRenameOperations", "/t", "REG_MULTI_SZ", "/d")
-        self.registry("add", *owed, rf"\??\C:\{windows(PROGRAMS)}\bin\zqvsvc.exe")
+        self.registry("add", *owed, rf"\??\{PROGRAMS}\bin\zqvsvc.exe")
         self.addCleanup(self.registry, "delete", *owed[:3])
         splash = self.screen.start(build / "package/parts/zqvsplash.exe")
         self.assertEqual(splash.stdout.readline(), "shown\n")
@@ -67,7 +69,11 @@ class InDialogs(Case):
             ("LicenseDlg", [], ("alt", "a"), ("alt", "n")),
             ("SetupTypeDlg", [], ("QVSETUPTYPE", "typical"), "Next"),
             ("FoldersDlg", [], "BrowsePgm"),
-            ("BrowseDlg", [], ("set", rf"C:\{windows(PROGRAMS)}"), "OK"),
+            ("BrowseDlg", [], ("set", "nowhere"), "OK"),
+            ("InvalidFolderDlg", [], "OK"),
+            ("BrowseDlg", [], ("set", PROGRAMS), "OK"),
+            ("FoldersDlg", [], "BrowseDat"),
+            ("BrowseDlg", [], ("set", DATA), "OK"),
             ("FoldersDlg", [], "Next"),
             ("NeedsDlg", needs, "Back"),
             ("FoldersDlg", [], "Next"),
@@ -78,19 +84,19 @@ class InDialogs(Case):
         self.registry("delete", *owed[:3])
         dialogs.use("Retry")
         dialogs.walk(
-            ("SummaryDlg", self.summary(*TYPICAL, programs=PROGRAMS), ("key", ESCAPE)),
+            ("SummaryDlg", self.summary(*TYPICAL), ("key", ESCAPE)),
             ("CancelDlg", [], ("key", ESCAPE)),
-            ("SummaryDlg", self.summary(*TYPICAL, programs=PROGRAMS), "Back"),
+            ("SummaryDlg", self.summary(*TYPICAL), "Back"),
             ("FoldersDlg", [], "Back"),
             ("SetupTypeDlg", [], ("QVSETUPTYPE", "minimum"), "Next"),
             ("FoldersDlg", [], "Next"),
-            ("SummaryDlg", self.summary(*MINIMUM, programs=PROGRAMS), "Install"),
+            ("SummaryDlg", self.summary(*MINIMUM), "Install"),
             ("FinishedDlg", [], "Finish"),
         )
-        self.assertEqual(machine.product_files(OWN), package.files(MINIMUM, ZQVPGMFOLDER=PROGRAMS))
+        self.assertEqual(machine.product_files(OWN), package.files(MINIMUM, **PLACES))
         self.assertFalse([line for line in self.texts() if ": ***" in line])
 
-        product = RunningProduct(machine, f"{PROGRAMS}/bin")
+        product = RunningProduct(machine, PLACES["ZQVPGMFOLDER"] + "/bin", PLACES["ZQVDATFOLDER"])
         self.addCleanup(product.end)
         product.register_service("KorvexQVSeries", "Korvex QVSeries", lingers=True)
         product.start_services()
@@ -98,7 +104,7 @@ class InDialogs(Case):
         dialogs = self.open(self.options[0])
         dialogs.walk(
             ("MaintenanceDlg", [], ("ZQVREINSTALLOPTIONS", "refresh"), "Next"),
-            ("SummaryDlg", self.summary(programs=PROGRAMS), "Install"),
+            ("SummaryDlg", self.summary(), "Install"),
             ("ProgressDlg", []),
             status=None,
         )
@@ -106,7 +112,7 @@ class InDialogs(Case):
         product.let_stop()
         dialogs.walk(("FinishedDlg", [], "Finish"))
         product.end()
-        self.assertEqual(machine.product_files(OWN), package.files(MINIMUM, ZQVPGMFOLDER=PROGRAMS))
+        self.assertEqual(machine.product_files(OWN), package.files(MINIMUM, **PLACES))
 
         self.open(*self.options).walk(
             ("MaintenanceDlg", [], ("ZQVREINSTALLOPTIONS", "remove"), "Next"),
@@ -124,7 +130,7 @@ class InDialogs(Case):
         ):
             of = Package(build / f"vantrelqv{of}.msi")
             dialogs = self.open(*self.options, option, of=of, screen=self.screen if on is machine else self.show(on))
-            rows = self.summary(*MINIMUM, of=of, language=language)
+            rows = self.summary(*MINIMUM, of=of, language=language, places=DEFAULTS)
             dialogs.walk(*WAY, ("SummaryDlg", rows, use), *end, status=status)
             self.assertEqual(on.product_files(), {})
 
