@@ -25,7 +25,8 @@ class Screen:
             link = machine.drive / "windows/Fonts" / font.name
             link.unlink(missing_ok=True)
             link.symlink_to(font)
-        # A desktop that was made without a display would stay without one. What is killed while it starts might make it.
+        # A desktop that was made without a display would stay without one. What is killed while it starts might make
+        # it.
         machine.wine("wineserver", "--wait")
         command = ["Xvfb", "-displayfd", "1", "-screen", "0", f"{SIZE}x24", "-nolisten", "tcp"]
         self.server = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
@@ -68,9 +69,9 @@ class Dialogs:
         self.key = self.area = self.status = None
 
     def walk(self, *steps, status=0, pictures=None):
-        """Each step is a dialog's key, the rows of its lists (None: any), and how it is used and left. Behind the last one
-        the installation ends with the status; None: it does not end there. `pictures` is a folder for a picture
-        of each."""
+        """Each step is a dialog's key, the rows of its lists (None: any), and how it is used and left. Behind the last
+        one the installation ends with the status; None: it does not end there. `pictures` is a folder for a picture of
+        each."""
         parent = last = None
 
         def follows(expected):
@@ -113,8 +114,8 @@ class Dialogs:
         return lines
 
     def next(self):
-        """Waits for the dialog that follows, and gives its key, a message box's title, or None at the end, when `status`
-        is the result."""
+        """Waits for the dialog that follows, and gives its key, a message box's title, or None at the end, when
+        `status` is the result."""
         what, *fields = self.order("next")[0]
         if what == "end":
             self.key, self.status = None, int(fields[0])

@@ -51,8 +51,8 @@ IN_USE = (
 
 
 def take_pictures(machine, build, folder, pictures):
-    """Installs the package, repairs it over a running service and removes it, then has it fail and leaves it, all with its
-    dialogs and the default folders. Leaves a picture of each dialog in `pictures`, and gives their number."""
+    """Installs the package, repairs it over a running service and removes it, then has it fail and leaves it, all with
+    its dialogs and the default folders. Leaves a picture of each dialog in `pictures`, and gives their number."""
     pictures.mkdir(exist_ok=True)
     for old in pictures.glob("*.png"):
         old.unlink()

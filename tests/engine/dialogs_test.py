@@ -8,12 +8,12 @@ sys.dont_write_bytecode = True
 from case import FOLDER, OWN, TEMP, TRACE, Case, build, machine, message, package
 from dialogs import Screen
 from installation import PATIENCE, Machine, Package
+from pictures import IN_USE, OWED
 from running_product import RunningProduct, windows
 
 PLACES = {"ZQVPGMFOLDER": f"{OWN}/QV programs", "ZQVDATFOLDER": f"{OWN}/QV data"}
 PROGRAMS, DATA = (f"C:\\{windows(place)}" for place in PLACES.values())
 DEFAULTS = (r"C:\Program Files\Korvex\Vantrel QV", r"C:\ProgramData\Korvex\Vantrel QV")
-SESSION = r"HKLM\System\CurrentControlSet\Control\Session Manager"
 ENTER, ESCAPE = 13, 27
 USER_EXIT, FAILURE = 1602, 1603
 MINIMUM, TYPICAL = ["Base", "Server"], ["Base", "Server", "Explorer", "JavaMsg", "Toolkit"]
@@ -55,9 +55,8 @@ class InDialogs(Case):
         return [message(2001, language).replace("%s", "6.0"), *rows]
 
     def test_from_welcome_to_finish_and_removal(self):
-        owed = (SESSION, "/v", "PendingFileRenameOperations", "/t", "REG_MULTI_SZ", "/d")
-        self.registry("add", *owed, rf"\??\{PROGRAMS}\bin\zqvsvc.exe")
-        self.addCleanup(self.registry, "delete", *owed[:3])
+        self.registry("add", *OWED, "/t", "REG_MULTI_SZ", "/d", rf"\??\{PROGRAMS}\bin\zqvsvc.exe")
+        self.addCleanup(self.registry, "delete", *OWED)
         splash = self.screen.start(build / "package/parts/zqvsplash.exe")
         self.assertEqual(splash.stdout.readline(), "shown\n")
         dialogs = self.open(*self.options)
@@ -81,7 +80,7 @@ class InDialogs(Case):
             ("NeedsDlg", needs),
             status=None,
         )
-        self.registry("delete", *owed[:3])
+        self.registry("delete", *OWED)
         dialogs.use("Retry")
         dialogs.walk(
             ("SummaryDlg", self.summary(*TYPICAL), ("key", ESCAPE)),
@@ -138,16 +137,13 @@ class InDialogs(Case):
         needs = [message(2124).replace("%1", "FTA_Server").replace("%2", "Server")]
         way = (*WAY[:2], ("SetupTypeDlg", [], "Next"), ("FeaturesDlg", [], "Next"), ("FoldersDlg", [], "Next"))
         dialogs = self.open(*self.options, "ADDLOCAL=Base,FTA_Server")
-        dialogs.walk(*way, ("NeedsDlg", needs, "Back"), way[-1], ("NeedsDlg", needs, "Cancel"), *LEAVE, status=USER_EXIT)
+        way = (*way, ("NeedsDlg", needs, "Back"), way[-1], ("NeedsDlg", needs, "Cancel"))
+        dialogs.walk(*way, *LEAVE, status=USER_EXIT)
 
     def test_files_in_use(self):
         """The engine never finds any here, so that the dialog is made the first one."""
-        in_use = package.variant(
-            self.folder / "variant.msi",
-            "INSERT INTO `InstallUISequence` (`Action`, `Sequence`) VALUES ('FilesInUse', 1229)",
-            "INSERT INTO `ListBox` (`Property`, `Order`, `Value`, `Text`) VALUES ('FileInUseProcess', 1, '1', 'One')",
-        )
-        steps = (("FilesInUse", ["One"], "Exit"), ("CancelledDlg", [], "Finish"))
+        in_use = package.variant(self.folder / "variant.msi", *IN_USE)
+        steps = (("FilesInUse", ["Vantrel QV"], "Exit"), ("CancelledDlg", [], "Finish"))
         self.open(of=in_use).walk(*steps, status=USER_EXIT)
 
 
