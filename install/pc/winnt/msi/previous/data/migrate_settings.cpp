@@ -20,7 +20,6 @@
 #include "services/files/copy.h"
 #include "services/files/delete_entry.h"
 #include "services/files/existence.h"
-#include "services/files/held_folder.h"
 #include "services/files/search.h"
 
 namespace zqv {
@@ -118,9 +117,8 @@ ResultCode CopyFiles(const Route &route) {
   if (names.empty()) {
     return ERROR_SUCCESS;
   }
-  const HeldFolder held(route.migration);
-  if (held.Error() != ERROR_SUCCESS || held.IsLink()) {
-    Log("***Can't use folder '%s' %d", route.migration.c_str(), static_cast<int>(held.Error()));
+  HeldFolder held;
+  if (!HoldOwnFolder(route.migration, held)) {
     return ERROR_INSTALL_FAILURE;
   }
   ResultCode result = ERROR_SUCCESS;

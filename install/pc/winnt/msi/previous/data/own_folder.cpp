@@ -3,6 +3,7 @@
 #include "base/folder_rule.h"
 #include "runtime/log.h"
 #include "runtime/property.h"
+#include "services/files/create.h"
 #include "services/files/delete.h"
 #include "services/files/existence.h"
 
@@ -33,6 +34,20 @@ bool ClearOwnFolder(const char *name, std::string &path) {
     return false;
   }
   return true;
+}
+
+bool HoldOwnFolder(const std::string &path, HeldFolder &held) {
+  held = HeldFolder(path);
+  if (held.Error() == ERROR_SUCCESS && !held.IsLink()) {
+    return true;
+  }
+  Log("***Can't use folder '%s' %d", path.c_str(), static_cast<int>(held.Error()));
+  return false;
+}
+
+bool EnterOwnFolder(const std::string &path, HeldFolder &held) {
+  CreateTargetFolder(path);
+  return HoldOwnFolder(path, held);
 }
 
 }  // namespace zqv

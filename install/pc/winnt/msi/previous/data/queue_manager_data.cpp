@@ -13,9 +13,7 @@
 #include "runtime/progress.h"
 #include "runtime/property.h"
 #include "services/files/copy.h"
-#include "services/files/create.h"
 #include "services/files/delete_entry.h"
-#include "services/files/held_folder.h"
 #include "services/removal/deletion_guard.h"
 #include "services/removal/stacked_tree.h"
 #include "services/tables/remove_file.h"
@@ -77,16 +75,10 @@ class Save {
  public:
   explicit Save(int units) : unitsLeft_(units) {}
 
-  /// Makes a folder of the library's own, or one in it, and holds it. A link would lead what is copied elsewhere.
   bool Enter(const std::string &folder, HeldFolder &held) {
-    CreateTargetFolder(folder);
-    held = HeldFolder(folder);
-    if (held.Error() == ERROR_SUCCESS && !held.IsLink()) {
-      return true;
-    }
-    Log("***Can't use folder '%s' %d", folder.c_str(), static_cast<int>(held.Error()));
-    result_ = ERROR_INSTALL_FAILURE;
-    return false;
+    const bool entered = EnterOwnFolder(folder, held);
+    result_ = entered ? result_ : static_cast<ResultCode>(ERROR_INSTALL_FAILURE);
+    return entered;
   }
 
   void Copy(const std::string &source, const std::string &destination, const char *name) {

@@ -26,6 +26,7 @@ struct Part {
   bool recurse;
   bool named = false;           ///< the caller of the library's operation has named the folders; they may be links
   LONG barred = ERROR_SUCCESS;  ///< if it is another code: why nothing may be written
+  const CopySteps *steps = nullptr;
 };
 
 void Accumulate(ResultCode &result, ResultCode code) {
@@ -89,14 +90,24 @@ ResultCode CopyOneFile(bool skipExistenceCheck, const std::string &source, const
 
 ResultCode CopyPart(Part part);
 
+/// One file of a part, with the steps around it.
+ResultCode CopyFileOf(const Part &part, const char *name) {
+  const std::string to = part.destination + "\\" + name;
+  const ResultCode before = part.steps != nullptr ? part.steps->beforeFile(to) : static_cast<ResultCode>(ERROR_SUCCESS);
+  const ResultCode result =
+      before == ERROR_SUCCESS ? CopyOneFile(true, part.source, part.destination, name, part.barred) : before;
+  if (part.steps != nullptr) {
+    part.steps->afterFile(to);
+  }
+  return result;
+}
+
 ResultCode CopyFiles(const Part &part, LONG sourceBarred) {
   ResultCode result = ERROR_SUCCESS;
   Search search(part.source + "\\" + part.pattern, sourceBarred);
   while (search.Next()) {
     if (!search.IsFolder()) {
-      Accumulate(result, search.LeadsElsewhere()
-                             ? RefuseName(search.Name())
-                             : CopyOneFile(true, part.source, part.destination, search.Name(), part.barred));
+      Accumulate(result, search.LeadsElsewhere() ? RefuseName(search.Name()) : CopyFileOf(part, search.Name()));
     }
   }
   return search.Failed(8) ? ERROR_INSTALL_FAILURE : result;
@@ -112,7 +123,8 @@ ResultCode CopySubfolders(const Part &part, LONG sourceBarred) {
                                                           .destination = part.destination + "\\" + search.Name(),
                                                           .pattern = part.pattern,
                                                           .recurse = true,
-                                                          .barred = part.barred})
+                                                          .barred = part.barred,
+                                                          .steps = part.steps})
                                               : RefuseName(search.Name()));
     }
   }
@@ -142,6 +154,11 @@ ResultCode CopyPart(Part part) {
   }
   HeldFolder destination;
   if (part.barred == ERROR_SUCCESS) {
+    const ResultCode before =
+        part.steps != nullptr ? part.steps->beforeFolder(part.destination) : static_cast<ResultCode>(ERROR_SUCCESS);
+    if (before != ERROR_SUCCESS) {
+      return before;
+    }
     CreateTargetFolder(part.destination);
     destination = HeldFolder(Trimmed(part.destination));
     part.barred = WhyBarred(destination, part.named);
@@ -160,9 +177,13 @@ ResultCode CopyPart(Part part) {
 }  // namespace
 
 ResultCode iwiCopyPattern(const std::string &source, const std::string &destination, const std::string &pattern,
-                          bool recurse) {
-  return CopyPart(
-      {.source = source, .destination = destination, .pattern = pattern, .recurse = recurse, .named = true});
+                          bool recurse, const CopySteps *steps) {
+  return CopyPart({.source = source,
+                   .destination = destination,
+                   .pattern = pattern,
+                   .recurse = recurse,
+                   .named = true,
+                   .steps = steps});
 }
 
 ResultCode iwiCopyFile(bool skipExistenceCheck, const std::string &source, const std::string &destination,
