@@ -81,7 +81,7 @@ STORIES = {
         *("failed", False, ("iwiSetDirs", "MsiGetMode", "", None)),
     ),
     "what goes on does not decide": (
-        action("iwiInit", "***AGREETOLICENSE value 'x' not acceptable", "***MsiViewClose('q') failed (5)", rc=1603),
+        action("iwiInit", "***Line 3 of list 'x' is no path", "***MsiViewClose('q') failed (5)", rc=1603),
         *("failed", False, ("iwiInit", "MsiViewClose", "q", 5)),
     ),
     "without asterisks": (

@@ -31,6 +31,7 @@ LAYERS = [  # the lowest first
     "runtime/actions",
     "completion",
     "completion/launching",
+    "side",
     "zqviwicn",
 ]
 MADE_BY_THE_BUILD = {"build_stamp.h"}

@@ -118,7 +118,7 @@ void FillMachine(World &world) {
   for (const auto &[path, text] : Properties(
            R"(Korvex\QVSeries\CurrentVersion\VRMF=5.3.0.1|Korvex\QVSeries\CurrentVersion\PgmFolder=C:\qv|K\v=x|)"
            R"(Korvex\QVSeries\CurrentVersion\HighContrastMode=0|Korvex\QVSeries\CurrentVersion\Components\first=x|)"
-           R"(Korvex\QVSeries\CurrentVersion\Components\Server=x|)"
+           R"(Korvex\QVSeries\CurrentVersion\Components\Server=x|Korvex\QVSeries\CurrentVersion\Zekit\Version=1|)"
            R"(Korvex\QVSeries\CurrentVersion\Maintenance Applied\Maint 1.2=C:\service|)"
            R"(Korvex\QVSeries\CurrentVersion\Maintenance Applied\Shipped=1.1)")) {
     const std::size_t cut = path.rfind('\\');
@@ -141,6 +141,8 @@ void FillWorld(World &world) {
       R"(ZQVMIGRATEFILES1=a.ini|ZQVMIGRATEDFROM=1:3600|ZQVSAVEQMUNITS=3|ZQVSCRIPT=1|)"
       R"(ZQVPSAPI=C:\temp\psapi.dll|ZQVTIDYFOLDER=C:\old\|ZQVVRMF=5.3|ZQVOLDVRMF=5.3.0.1|ZQVSETHIGHCONTRAST=1|)"
       R"(ZQVLOGFOLDER=C:\log|ZQVLEAVEWEBDATAINSTALL=delete|)"
+      R"(ZQVSOURCE=C:\media\|ZQVLICENSEPATH=sub|ZQVLANGUAGELIC=de_DE|ZQVZEKITAVAILABLE=1|ZQVZEKITSETUP=C:\tree\a.txt|)"
+      R"(ZQVECLIPSELINKS=de_de|ZQVPERFMON=1|TARGETDIR=C:\new|)"
       R"(ARPREADME=C:\qv\readme.txt|ZQVMKDIR=1|ZQVSYSTEMLANGUAGECODE=de_DE|ZQVSERVICELEVELMESSAGE=later|)");
   for (const auto &[path, bytes] : Properties(
            "C:\\temp\\r.ini=[Response]\nPGMFOLDER=%X%\nWIZPARMFILE=C:\\temp\\r.ini\nAGREETOLICENSE=maybe\n|"
@@ -149,20 +151,25 @@ void FillWorld(World &world) {
            "C:\\old\\bin\\x.exe=MZ|C:\\data\\qmgrs\\one\\qm.ini=q|"
            "C:\\qv\\bin\\a.trc=|C:\\qv\\docs\\fr_fr\\x.idx=|C:\\data\\conv\\a.tbl=|C:\\data\\web\\scripts\\a=|C:"
            "\\log\\qv1.log=|"
+           "C:\\older\\conv\\a.tbl=a|C:\\media\\sub\\de_DE.txt=text|C:\\qv\\eclipse\\links\\zqv_fr_fr.link=f|"
+           "C:\\media\\sub\\a.sig=s|C:\\temp\\zqvsave\\links\\list.txt=+gone\n|C:\\qv\\licenses\\zqvfiles.txt=x\n|"
+           "C:\\qv\\bin\\zqvregnet.exe=MZ|C:\\windows\\system32\\lodctr.exe=MZ|C:\\windows\\system32\\unlodctr.exe=MZ|"
            "C:\\qv\\bin\\endqvlsr.exe=MZ|C:\\data\\zqvqmgrs.txt=one\n|C:\\tree\\a.txt=a|C:\\tree\\sub\\b.txt=b")) {
     world.WriteFile(path, bytes);
   }
-  for (const char *name : {"bin\\zqvmjpse.exe", "bin\\zqvtcert.exe", "bin\\zqvlpad.exe", "bin\\zqvsslwz.exe",
-                           "bin\\setqvscp.exe", "bin\\zqvmkdir.exe", "doc\\sslinfo.htm", "readme.txt"}) {
+  for (const char *name :
+       {"bin\\zqvmjpse.exe", "bin\\zqvtcert.exe", "bin\\zqvlpad.exe", "bin\\zqvsslwz.exe", "bin\\setqvscp.exe",
+        "bin\\zqvmkdir.exe", "bin\\zqvregnet.exe", "doc\\sslinfo.htm", "readme.txt"}) {
     world.WriteFile(std::string("C:\\qv\\") + name, "MZ");
     world.programs[std::string("C:\\qv\\") + name] = {};
   }
   world.Attributes("C:\\tree\\sub\\b.txt") = FILE_ATTRIBUTE_READONLY;
+  world.programs["C:\\windows\\system32\\lodctr.exe"] = world.programs["C:\\windows\\system32\\unlodctr.exe"] = {};
   world.programs["C:\\tree\\a.txt"].runtimeMs = 10;
   world.MakePsapi("C:\\temp\\psapi.dll");
   world.environment["X"] = "C:\\p";
-  for (const UINT id : {406,  613,  695,  1016, 1017, 1018, 1019, 1020, 1114, 1121, 2001, 2004, 2027, 2031, 2034,
-                        2041, 2053, 2092, 2120, 2121, 2122, 2123, 2124, 2125, 2126, 2127, 2128, 2129, 2130, 2131}) {
+  for (const UINT id : {406,  613,  695,  1016, 1017, 1018, 1019, 1020, 1114, 1121, 2001, 2004, 2027, 2031, 2034, 2041,
+                        2053, 2092, 2120, 2121, 2122, 2123, 2124, 2125, 2126, 2127, 2128, 2129, 2130, 2131, 2140}) {
     world.modules["C:\\temp\\zqvl0001.dll"].strings[id] = "%1";
   }
   world.modules["C:\\copy\\zqviwicn.dll"];
@@ -187,7 +194,7 @@ void FillWorld(World &world) {
   world.tables["ListBox"] = {{"Property", "Order", "Value", "Text"},
                              {{lists[0], 1, "1", "x"}, {lists[1], 1, "1", "x"}, {lists[2], 1, "1", "x"}},
                              2};
-  world.tables["File"].rows = {{"file", "A~1|a.txt"}, {"readme", "README~1|readme_de_DE.txt"}};
+  world.tables["File"].rows = {{"file", "A~1|a.txt"}, {"zekit", "a.txt"}, {"readme", "README~1|readme_de_DE.txt"}};
   world.tables["UIText"] = {{"Key", "Text"}, {{"Other", "x"}, {"ZQV__setup_language", "German"}}};
   for (const char *name : {"stream", "zqviwiln.dll", "zqvircgn.dll", "chmde_de.u00", "server.u00"}) {
     world.tables["Binary"].rows.push_back({name, Bytes{'d', '\\'}});

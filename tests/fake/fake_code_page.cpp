@@ -70,7 +70,10 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR text, int length, WCH
     wide += Next(rest);
   }
   world.lastError = kGarbageError;
-  if (codePage != CP_ACP || flags != MB_ERR_INVALID_CHARS || wide.find(u'\0') != std::u16string::npos ||
+  if (flags == 0) {
+    std::replace(wide.begin(), wide.end(), u'\0', u'?');
+  }
+  if (codePage != CP_ACP || (flags & ~MB_ERR_INVALID_CHARS) != 0 || wide.find(u'\0') != std::u16string::npos ||
       wide.size() > static_cast<std::size_t>(capacity)) {
     return 0;
   }

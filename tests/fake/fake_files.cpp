@@ -334,6 +334,16 @@ BOOL SetFileAttributesA(LPCSTR path, DWORD attributes) {
   });
 }
 
+UINT GetDriveTypeA(LPCSTR root) { return world.mappedDrives.count(OrEmpty(root)) != 0 ? DRIVE_REMOTE : 3; }
+
+UINT GetSystemDirectoryA(LPSTR buffer, UINT capacity) {
+  return Call(UINT{0}, [&] {
+    world.See("", {capacity});
+    Fill(buffer, capacity, "C:\\windows\\system32");
+    return std::strlen(buffer);
+  });
+}
+
 BOOL GetVolumeInformationA(LPCSTR root, LPSTR label, DWORD capacity, DWORD *, DWORD *, DWORD *, LPSTR, DWORD) {
   return Call(FALSE, [&] {
     world.See(OrEmpty(root), {capacity});

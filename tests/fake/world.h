@@ -175,6 +175,7 @@ struct World {
   // Files, by full Windows paths with backslashes. The paths that the functions take may be longer than Windows allows.
   NameSet held;  // open in another process, shared with nobody
   std::vector<std::string> rebootDeletes;
+  NameSet mappedDrives;                                              // roots with their backslashes
   NameMap<std::string> volumeLabels;                                 // by root, with its backslash
   Node &WriteFile(const std::string &path, std::string_view bytes);  // makes missing folders
   Node &MakeFolder(const std::string &path);

@@ -94,4 +94,14 @@ bool IsRoot(const std::string &folder) {
 
 bool IsFileName(std::string_view name) { return IsTaken(name) && !HasForbidden(name, kNotInName); }
 
+bool IsPathBelow(std::string_view path) {
+  for (std::size_t end = NextBackslash(path); end != std::string_view::npos; end = NextBackslash(path)) {
+    if (!IsFileName(path.substr(0, end))) {
+      return false;
+    }
+    path.remove_prefix(end + 1);
+  }
+  return IsFileName(path);
+}
+
 }  // namespace zqv

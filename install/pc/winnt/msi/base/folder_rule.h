@@ -33,4 +33,7 @@ bool IsRoot(const std::string &folder);
 /// neither with a dot nor with a blank, and is not the name of a device, as above.
 bool IsFileName(std::string_view name);
 
+/// True for the path of something below a folder: such names, with one backslash between them.
+bool IsPathBelow(std::string_view path);
+
 }  // namespace zqv

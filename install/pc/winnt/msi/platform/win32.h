@@ -152,6 +152,7 @@ constexpr DWORD FILE_FLAG_BACKUP_SEMANTICS = 0x2000000;
 constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
 constexpr DWORD INVALID_FILE_SIZE = 0xFFFFFFFF;
 constexpr DWORD MOVEFILE_DELAY_UNTIL_REBOOT = 4;
+constexpr UINT DRIVE_REMOTE = 4;
 
 struct WIN32_FIND_DATAA {
   DWORD dwFileAttributes;
@@ -195,6 +196,8 @@ BOOL FindNextFileA(HANDLE search, WIN32_FIND_DATAA *found);
 BOOL FindClose(HANDLE search);
 DWORD GetFileAttributesA(LPCSTR path);
 BOOL SetFileAttributesA(LPCSTR path, DWORD attributes);
+UINT GetDriveTypeA(LPCSTR root);
+UINT GetSystemDirectoryA(LPSTR buffer, UINT capacity);
 BOOL GetVolumeInformationA(LPCSTR root, LPSTR label, DWORD capacity, DWORD *serialNumber, DWORD *longestElement,
                            DWORD *flags, LPSTR fileSystem, DWORD fileSystemCapacity);
 

@@ -32,6 +32,9 @@
 #include "runtime/actions/log_actions.h"
 #include "runtime/actions/trial_actions.h"
 #include "runtime/frame.h"
+#include "side/registration.h"
+#include "side/source.h"
+#include "side/zekit.h"
 
 // The signature is asserted because a linker exports a wrong calling convention without a word.
 extern "C" {

@@ -2,6 +2,7 @@
 
 #include "runtime/log.h"
 #include "services/files/error_text.h"
+#include "services/files/search.h"
 
 namespace zqv {
 
@@ -27,6 +28,25 @@ bool RemoveReadOnly(const std::string &path, bool report) {
   }
   Log("Set attributes 0x%8.8lx '%s'", static_cast<unsigned long>(writable), path.c_str());
   return true;
+}
+
+bool AskAttributes(const std::string &path, DWORD &attributes) {
+  attributes = GetFileAttributesA(path.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES) {
+    const LONG error = static_cast<LONG>(GetLastError());
+    if (!IsNotFound(error)) {
+      Log("***Error %s getting attributes '%s'", ErrorText(error).c_str(), path.c_str());
+      return false;
+    }
+  }
+  return true;
+}
+
+bool AskFolder(const std::string &path, bool &isThere) {
+  DWORD attributes = INVALID_FILE_ATTRIBUTES;
+  const bool asked = AskAttributes(path, attributes);
+  isThere = asked && attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  return asked;
 }
 
 }  // namespace zqv

@@ -31,6 +31,11 @@ std::string NameOf(INSTALLSTATE state) {
   return Format("%8.8lx", static_cast<unsigned long>(static_cast<UINT>(state)));
 }
 
+bool StaysLocal(const FeatureState &state) {
+  const bool isChanged = state.action != INSTALLSTATE_UNKNOWN && state.action != INSTALLSTATE_BROKEN;
+  return (isChanged ? state.action : state.installed) == INSTALLSTATE_LOCAL;
+}
+
 }  // namespace
 
 FeatureState AskFeatureState(const char *feature, ResultCode *failure) {
@@ -47,10 +52,15 @@ FeatureState AskFeatureState(const char *feature, ResultCode *failure) {
   return state;
 }
 
-bool StaysLocal(const char *feature) {
-  const FeatureState state = AskFeatureState(feature);
-  const bool isChanged = state.action != INSTALLSTATE_UNKNOWN && state.action != INSTALLSTATE_BROKEN;
-  return (isChanged ? state.action : state.installed) == INSTALLSTATE_LOCAL;
+bool StaysLocal(const char *feature) { return StaysLocal(AskFeatureState(feature)); }
+
+bool AskWhetherStaysLocal(const char *feature, bool &stays) {
+  ResultCode failure = ERROR_SUCCESS;
+  stays = StaysLocal(AskFeatureState(feature, &failure));
+  if (failure != ERROR_SUCCESS) {
+    Log("***MsiGetFeatureState(%s) error %d", feature, static_cast<int>(failure));
+  }
+  return failure == ERROR_SUCCESS;
 }
 
 bool iwiSetFeatureState(const char *feature, INSTALLSTATE state) {

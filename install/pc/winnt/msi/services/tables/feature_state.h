@@ -19,6 +19,10 @@ FeatureState AskFeatureState(const char *feature, ResultCode *failure = nullptr)
 /// that is none, by the one that it is in.
 bool StaysLocal(const char *feature);
 
+/// Finds that out; false, with a line, when the installer cannot tell. Of a feature that the package does not have it
+/// is false that it stays.
+[[nodiscard]] bool AskWhetherStaysLocal(const char *feature, bool &stays);
+
 /// Sets the state that the installer is to bring a feature to. False when it cannot be set.
 [[nodiscard]] bool iwiSetFeatureState(const char *feature, INSTALLSTATE state);
 
