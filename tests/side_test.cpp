@@ -1,4 +1,5 @@
 #include "runtime/progress.h"
+#include "side/eclipse_links.h"
 #include "support.h"
 
 namespace {
@@ -177,7 +178,144 @@ TEST_F(SideTest, WhatIsRegisteredIsRegisteredInEachPass) {
   }
 }
 
-TEST_F(SideTest, FilesBesideThePackageAreCopied) {
+TEST_F(SideTest, WhatIsWrittenCanBePutBackWhereverItFails) {
+  const std::string links = "C:\\qv\\eclipse\\links\\zqv_", licenses = "C:\\qv\\licenses\\";
+  Write(
+      "D:\\media\\licenses\\en_US.txt=new|D:\\media\\licenses\\sub\\x.txt=x|D:\\media\\licenses\\a.sig=a|"
+      "D:\\media\\licenses\\b.sig=b");
+  world.features = {{"docs_de_de_eclipse", {INSTALLSTATE_ABSENT, INSTALLSTATE_LOCAL}},
+                    {"docs_fr_fr_eclipse", {INSTALLSTATE_LOCAL, INSTALLSTATE_UNKNOWN}},
+                    {"docs_it_it_eclipse", {INSTALLSTATE_LOCAL, INSTALLSTATE_ABSENT}}};
+  struct Case {
+    EntryPoint action;
+    const char *given;
+    Properties before, after;  // files; after: "none" for none
+  };
+  const Case cases[] = {
+      {iwiReconcileEclipseLinkFiles,
+       "",
+       {{links + "it_it.link", "old"}, {links + "fr_fr.link", "old"}},
+       {{links + "de_de.link", "path=C\\:\\\\qv\\\\docs\\\\de_de\r\n"},
+        {links + "fr_fr.link", "path=C\\:\\\\qv\\\\docs\\\\fr_fr\r\n"},
+        {links + "it_it.link", "none"}}},
+  };
+  for (const Case &c : cases) {
+    world.Remove("C:\\qv");
+    Write("C:\\qv\\readme.txt=r");
+    Write(c.before);
+    for (const auto &[path, text] : c.before) {
+      world.Attributes(path) = FILE_ATTRIBUTE_READONLY | 0x20;
+    }
+    const std::string before = Snapshot();
+    Set(c.given);
+    const auto putsBack = [&](const std::string &what) {
+      // A rollback after the user has cancelled, too.
+      world.WriteFile("C:\\temp\\zqvcancl.txt", "");
+      const std::string log = RunIn(MSIRUNMODE_ROLLBACK, c.action);
+      EXPECT_EQ(Snapshot(), before) << what << "\n" << log;
+      EXPECT_FALSE(world.Exists("C:\\temp\\zqvsave\\links")) << what << log;
+      world.Remove("C:\\temp\\zqvcancl.txt");
+    };
+    int failed = 0;
+    for (const char *call : {"CopyFileExA", "OpenCFile", "fclose", "DeleteFileA", "CreateDirectoryA"}) {
+      for (int nth = 1;; ++nth) {
+        Run(c.action);
+        Fail(call, 112, nth);
+        world.failedCall.clear();
+        HandOver(world);
+        world.modes = {MSIRUNMODE_SCHEDULED};
+        Reload();
+        copyCancelled = FALSE;
+        c.action(kSession);
+        world.modes = {};
+        const bool hasFailed = !world.failedCall.empty();
+        failed += hasFailed;
+        Fail("", 0);
+        putsBack(call + std::to_string(nth));
+        if (!hasFailed) {
+          break;
+        }
+      }
+    }
+    EXPECT_GT(failed, 5);
+    world.messages.clear();
+    Run(c.action);
+    EXPECT_EQ(RunIn(MSIRUNMODE_SCHEDULED, c.action).find("***"), std::string::npos) << LogText();
+    EXPECT_EQ(Ticks(kProgressAddition), Ticks(kProgressIncrement));
+    EXPECT_GT(Ticks(kProgressIncrement), kTicksPerUnit);
+    for (const auto &[path, text] : c.after) {
+      EXPECT_EQ(Text(path), text) << path;
+    }
+    RunIn(MSIRUNMODE_COMMIT, c.action);
+    EXPECT_TRUE(world.Find("C:\\temp\\zqvsave").node->entries.empty());
+    const std::string after = Snapshot();
+    EXPECT_NE(RunIn(MSIRUNMODE_ROLLBACK, c.action).find("Nothing to put back\n"), std::string::npos);
+    EXPECT_EQ(Snapshot(), after);
+  }
+  // The last link file takes its folders with it, and comes back with them.
+  world.Remove("C:\\qv");
+  Write({{links + "it_it.link", "old"}});
+  world.features = {{"docs_it_it_eclipse", {INSTALLSTATE_LOCAL, INSTALLSTATE_ABSENT}}};
+  const std::string before = Snapshot();
+  Run(iwiReconcileEclipseLinkFiles);
+  RunIn(MSIRUNMODE_SCHEDULED, iwiReconcileEclipseLinkFiles);
+  EXPECT_FALSE(world.Exists("C:\\qv\\eclipse"));
+  RunIn(MSIRUNMODE_ROLLBACK, iwiReconcileEclipseLinkFiles);
+  EXPECT_EQ(Snapshot(), before);
+}
+
+TEST_F(SideTest, AListNamesNothingElsewhere) {
+  world.MakeJunction("C:\\qv\\link", "C:\\other");
+  Write("C:\\other\\x=x|C:\\qv\\keep=k|C:\\x=x|C:\\temp\\zqvsave\\links\\0001.sav=s");
+  const std::string before = Snapshot();
+  for (const char *line : {"+..\\x", "+link\\x", "*link\\x", "=1 32 link\\x", "=1 32 ..\\x", "=9 32 keep", "=keep", "+",
+                           "", "=1 32 C:\\x", "\x01", "?keep", "=99999999999999 1 keep"}) {
+    world.WriteFile("C:\\temp\\zqvsave\\links\\list.txt", line + "\n"s);
+    EXPECT_NE(RunIn(MSIRUNMODE_ROLLBACK, iwiReconcileEclipseLinkFiles, 1603).find("***"), std::string::npos) << line;
+    EXPECT_EQ(Snapshot(), before) << line;
+    EXPECT_TRUE(world.Exists("C:\\temp\\zqvsave\\links\\0001.sav"));
+  }
+  world.MakeJunction("C:\\qv\\eclipse", "C:\\other");
+  world.MakeJunction("C:\\qv\\licenses", "C:\\other");
+  Write("D:\\media\\licenses\\x=new|C:\\other\\links\\zqv_de_de.link=d|C:\\other\\zqvfiles.txt=x\r\n");
+  const std::string linked = Snapshot();
+  for (EntryPoint action : {iwiReconcileEclipseLinkFiles}) {
+    Run(action);
+    EXPECT_NE(RunIn(MSIRUNMODE_SCHEDULED, action, 1603).find("***"), std::string::npos) << LogText();
+    EXPECT_EQ(Snapshot(), linked);
+    Set("ZQVREMOVE=1");
+    Run(action);
+    EXPECT_EQ(Stacked(), "");
+    Set("ZQVREMOVE=0");
+  }
+}
+
+TEST_F(SideTest, ARemovalTakesAwayWhatWasWrittenAndNothingElse) {
+  Write(
+      "C:\\qv\\eclipse\\links\\zqv_fr_fr.link=l|C:\\qv\\eclipse\\links\\own.link=o|C:\\qv\\licenses\\own=o|"
+      "C:\\qv\\licenses\\a.txt=a|C:\\qv\\licenses\\sub\\b=b|C:\\qv\\licenses\\sig\\a.sig=s|C:\\qv\\x=x|"
+      "C:\\qv\\licenses\\zqvfiles.txt=a.txt\r\nsub\\b\r\ngone\r\n..\\x\r\nsub\\..\\..\\x\r\n|"
+      "C:\\qv\\licenses\\sig\\zqvfiles.txt=A.SIG\n");
+  const std::tuple<EntryPoint, std::string> cases[] = {
+      {iwiReconcileEclipseLinkFiles,
+       "C:\\qv\\eclipse\\links\\zqv_fr_fr.link\nC:\\qv\\eclipse\\links\\\nC:\\qv\\eclipse\\\n"}};
+  const std::string before = Snapshot();
+  for (const auto &[action, stacked] : cases) {
+    Set("ZQVREMOVE=1|ZQVSOURCE=");
+    Run(action);
+    EXPECT_EQ(Stacked(), stacked);
+    RunIn(MSIRUNMODE_SCHEDULED, action);
+    EXPECT_EQ(Snapshot(), before);
+    Set("ZQVPGMFOLDER=C:\\");
+    EXPECT_NE(Run(action, 1603).find("***Invalid folder 'C:\\' in 'ZQVPGMFOLDER'\n"), std::string::npos);
+    Set("ZQVPGMFOLDER=C:\\qv|ProgramFilesFolder=C:\\qv");
+    Run(action);
+    EXPECT_EQ(Stacked(), "");
+    Set("ProgramFilesFolder=");
+  }
+}
+
+TEST_F(SideTest, FilesBesideThePackageAndTablesAreCopied) {
   Write(
       "D:\\media\\setup.exe=s|D:\\media\\1031.mst=m|D:\\media\\readme_de.txt=r|D:\\media\\q.msi=q|"
       "D:\\media\\licenses\\sub\\l=l|D:\\old\\conv\\a.tbl=a|D:\\old\\conv\\b.txt=b|C:\\temp\\zqvsave\\conv\\x=x");
@@ -194,6 +332,31 @@ TEST_F(SideTest, FilesBesideThePackageAreCopied) {
   world.modes = {};
   ExpectRun(iwiDirectCopyAdminFiles, 0, "", {"No administrative installation; nothing to copy\n"});
 
+  Set("ZQVPREVDAT=D:\\old");
+  Run(iwiDirectBackupCcsid);
+  EXPECT_FALSE(world.Exists("C:\\temp\\zqvsave\\conv"));
+  RunIn(MSIRUNMODE_SCHEDULED, iwiDirectBackupCcsid);
+  EXPECT_EQ(Text("C:\\temp\\zqvsave\\conv\\a.tbl") + Text("C:\\temp\\zqvsave\\conv\\b.txt"), "anone");
+  EXPECT_EQ(Ticks(kProgressAddition) + Ticks(kProgressIncrement), 2 * kTicksPerUnit);
+  Fail("CopyFileExA", 5);
+  RunIn(MSIRUNMODE_SCHEDULED, iwiDirectBackupCcsid, 1603);
+  Fail("", 0);
+  Set("ZQVPREVDAT=");
+  EXPECT_NE(Run(iwiDirectBackupCcsid).find("No earlier conversion tables\n"), std::string::npos);
+}
+
+TEST_F(SideTest, APathIsAValueOfJavasProperties) {
+  const std::tuple<unsigned, std::string, std::string> cases[] = {
+      {1252, "C:\\p q\\#a!b=c", "C\\:\\\\p q\\\\\\#a\\!b\\=c"},
+      {1252, "  a ~\x7f\t", "\\  a ~\\u007F\\u0009"},
+      {1252, "\xfc\xdf", "\\u00FC\\u00DF"},
+      {932, "C:\\\x83\x5c\\x", "C\\:\\\\\\u365C\\\\x"},
+      {1252, "", ""}};
+  for (const auto &[page, value, text] : cases) {
+    World::codePage = page;
+    EXPECT_EQ(PropertiesValue(value), text);
+  }
+  World::codePage = 1252;
 }
 
 }  // namespace

@@ -32,6 +32,8 @@
 #include "runtime/actions/log_actions.h"
 #include "runtime/actions/trial_actions.h"
 #include "runtime/frame.h"
+#include "side/conversion_tables.h"
+#include "side/eclipse_links.h"
 #include "side/registration.h"
 #include "side/source.h"
 #include "side/zekit.h"
