@@ -32,6 +32,7 @@ LAYERS = [  # the lowest first
     "completion",
     "completion/launching",
     "side",
+    "licence",
     "zqviwicn",
 ]
 MADE_BY_THE_BUILD = {"build_stamp.h"}

@@ -1,3 +1,4 @@
+#include "licence/licence_text.h"
 #include "runtime/progress.h"
 #include "side/eclipse_links.h"
 #include "support.h"
@@ -85,6 +86,7 @@ TEST_F(SideTest, TheSourceIsFoundAndIsForEveryone) {
   Fail("", 0);
   world.mappedDrives = {"D:\\"};
   world.WriteFile("D:\\media\\zekit setup.exe", "MZ");
+  ExpectRun(iwiCopyLicenseFile, 1603, "", {"***'D:\\media\\' is on a mapped drive"});
   ExpectRun(iwiDirectInstallZekit, 1603, "ZQVZEKITAVAILABLE=1|ZQVZEKITINSTALLED=", {"exe' is on a mapped drive"});
 }
 
@@ -198,6 +200,21 @@ TEST_F(SideTest, WhatIsWrittenCanBePutBackWhereverItFails) {
        {{links + "de_de.link", "path=C\\:\\\\qv\\\\docs\\\\de_de\r\n"},
         {links + "fr_fr.link", "path=C\\:\\\\qv\\\\docs\\\\fr_fr\r\n"},
         {links + "it_it.link", "none"}}},
+      {iwiCopyLicenseFile,
+       "",
+       {{licenses + "en_US.txt", "old"}, {licenses + "own.txt", "own"}},
+       {{licenses + "en_US.txt", "new"},
+        {licenses + "own.txt", "own"},
+        {licenses + "sub\\x.txt", "x"},
+        {licenses + "zqvfiles.txt", "a.sig\r\nb.sig\r\nen_US.txt\r\nsub\\x.txt\r\n"}}},
+      {iwiInstallVlsm,
+       "ZQVLICENSETYPE=trial|TRIALTOPROD=yes",
+       {},
+       {{licenses + "sig\\a.sig", "a"}, {licenses + "sig\\zqvfiles.txt", "a.sig\r\nb.sig\r\n"}}},
+      {iwiInstallVlsm,
+       "ZQVLICENSETYPE=Trial|TRIALTOPROD=",
+       {{licenses + "sig\\a.sig", "old"}, {licenses + "sig\\c.sig", "c"}, {licenses + "sig\\own", "o"}},
+       {{licenses + "sig\\a.sig", "none"}, {licenses + "sig\\c.sig", "none"}, {licenses + "sig\\own", "o"}}},
   };
   for (const Case &c : cases) {
     world.Remove("C:\\qv");
@@ -213,7 +230,8 @@ TEST_F(SideTest, WhatIsWrittenCanBePutBackWhereverItFails) {
       world.WriteFile("C:\\temp\\zqvcancl.txt", "");
       const std::string log = RunIn(MSIRUNMODE_ROLLBACK, c.action);
       EXPECT_EQ(Snapshot(), before) << what << "\n" << log;
-      EXPECT_FALSE(world.Exists("C:\\temp\\zqvsave\\links")) << what << log;
+      EXPECT_FALSE(world.Exists("C:\\temp\\zqvsave\\links") || world.Exists("C:\\temp\\zqvsave\\licenses") ||
+                   world.Exists("C:\\temp\\zqvsave\\sig")) << what << log;
       world.Remove("C:\\temp\\zqvcancl.txt");
     };
     int failed = 0;
@@ -279,7 +297,7 @@ TEST_F(SideTest, AListNamesNothingElsewhere) {
   world.MakeJunction("C:\\qv\\licenses", "C:\\other");
   Write("D:\\media\\licenses\\x=new|C:\\other\\links\\zqv_de_de.link=d|C:\\other\\zqvfiles.txt=x\r\n");
   const std::string linked = Snapshot();
-  for (EntryPoint action : {iwiReconcileEclipseLinkFiles}) {
+  for (EntryPoint action : {iwiReconcileEclipseLinkFiles, iwiCopyLicenseFile, iwiInstallVlsm}) {
     Run(action);
     EXPECT_NE(RunIn(MSIRUNMODE_SCHEDULED, action, 1603).find("***"), std::string::npos) << LogText();
     EXPECT_EQ(Snapshot(), linked);
@@ -298,7 +316,11 @@ TEST_F(SideTest, ARemovalTakesAwayWhatWasWrittenAndNothingElse) {
       "C:\\qv\\licenses\\sig\\zqvfiles.txt=A.SIG\n");
   const std::tuple<EntryPoint, std::string> cases[] = {
       {iwiReconcileEclipseLinkFiles,
-       "C:\\qv\\eclipse\\links\\zqv_fr_fr.link\nC:\\qv\\eclipse\\links\\\nC:\\qv\\eclipse\\\n"}};
+       "C:\\qv\\eclipse\\links\\zqv_fr_fr.link\nC:\\qv\\eclipse\\links\\\nC:\\qv\\eclipse\\\n"},
+      {iwiInstallVlsm, "C:\\qv\\licenses\\sig\\A.SIG\nC:\\qv\\licenses\\sig\\zqvfiles.txt\nC:\\qv\\licenses\\sig\\\n"},
+      {iwiCopyLicenseFile,
+       "C:\\qv\\licenses\\a.txt\nC:\\qv\\licenses\\sub\\b\nC:\\qv\\licenses\\zqvfiles.txt\n"
+       "C:\\qv\\licenses\\sub\\\nC:\\qv\\licenses\\\n"}};
   const std::string before = Snapshot();
   for (const auto &[action, stacked] : cases) {
     Set("ZQVREMOVE=1|ZQVSOURCE=");
@@ -312,6 +334,76 @@ TEST_F(SideTest, ARemovalTakesAwayWhatWasWrittenAndNothingElse) {
     Run(action);
     EXPECT_EQ(Stacked(), "");
     Set("ProgramFilesFolder=");
+  }
+}
+
+TEST_F(SideTest, ALicenceTextArrivesByteForByte) {
+  const std::string japanese = "\x83\x5c\x83\x5c"s, russian = "\xcb\xe8\xf6\xe5\xed\xe7\xe8\xff"s,
+                    chinese = "\xd0\xed\x81\x7c"s;
+  const std::string folder = "D:\\media\\licenses\\";
+  Write({{folder + "en_US.txt", "English\r\n"}, {folder + "ja_JP.txt", japanese}, {folder + "ru_RU.txt", russian}});
+  Write({{folder + "zh_CN.txt", chinese}, {folder + "de_DE.txt", "Li\0zenz"s}, {folder + "it_IT.txt", ""}});
+  const std::tuple<const char *, std::string, std::string> cases[] = {
+      {"ja_JP", japanese, "set to 4 bytes of '" + folder + "ja_JP.txt'\n"},
+      {"ru_RU", russian, "set to 8 bytes of '" + folder + "ru_RU.txt'\n"},
+      {"zh_CN", chinese, "set to 4 bytes"},
+      {"de_DE", "Li", "set to 2 bytes"},
+      {"it_IT", "", "set to 0 bytes"},
+      {"fr_FR", "English\r\n", "No licence '" + folder + "fr_FR.txt'\n"},
+      {"..\\x", "English\r\n", "***'..\\x' in 'ZQVLANGUAGELIC' is no language\n"}};
+  for (const auto &[language, text, line] : cases) {
+    const std::string log = (Set({{"ZQVLANGUAGELIC", language}}), Run(iwiCopyLicenseText));
+    EXPECT_EQ(world.properties["ZQVLICENSETEXT"], text);
+    EXPECT_NE(log.find(line), std::string::npos) << log;
+    EXPECT_EQ(log.find("value set to '" + text), std::string::npos);
+  }
+  std::string longText(31999, 'x');
+  world.WriteFile(folder + "ja_JP.txt", longText + japanese);
+  Set("ZQVLANGUAGELIC=ja_JP");
+  Run(iwiCopyLicenseText);
+  EXPECT_EQ(world.properties["ZQVLICENSETEXT"], longText);
+  world.Remove("D:\\media");
+  EXPECT_NE(Run(iwiCopyLicenseText).find("***No text of the licence to show\n"), std::string::npos);
+  EXPECT_EQ(Values({"ZQVLICENSETEXT"}), "|");
+  ExpectRun(iwiCopyLicenseText, 1603, "ZQVLICENSEPATH=..\\x", {"***Invalid folder '..\\x' in 'ZQVLICENSEPATH'\n"});
+  const std::tuple<std::string, const char *, std::size_t, std::size_t> cuts[] = {
+      {japanese, "ja_JP", 3, 2},        {japanese, "ja_JP", 4, 4}, {"\xb1\xb2\xb3"s, "ja_JP", 2, 2},
+      {"\xb1\xb2\xb3"s, "ko_KR", 1, 0}, {chinese, "zh_TW", 3, 2},  {russian, "ru_RU", 3, 3},
+      {"a" + chinese, "zh_CN", 2, 1}};
+  for (const auto &[text, language, most, length] : cuts) {
+    EXPECT_EQ(LengthCutTo(text, language, most), length) << language << most;
+  }
+}
+
+TEST_F(SideTest, TheLicenceMustBeAcceptedWhereNobodyAsks) {
+  world.WriteFile("C:\\temp\\r.ini", "[Response]\nAgreeToLicense=YES\n");
+  const std::string bad = "***AGREETOLICENSE value '";
+  struct Case {
+    const char *given;
+    int mode;
+    UINT result;
+    const char *agreed;
+    std::string line;
+  };
+  const Case cases[] = {{"Installed=|AGREETOLICENSE=yes", -1, 0, "Yes", "AgreeToLicense' value set to 'Yes'"},
+                        {"USEINI=C:\\temp\\r.ini", -1, 0, "Yes", "AgreeToLicense' value set to 'Yes'"},
+                        {"AGREETOLICENSE=1|UILevel=3", -1, 0, "Yes", "AgreeToLicense' value set to 'Yes'"},
+                        {"", -1, 1603, "", bad + "' not acceptable\n"},
+                        {"AGREETOLICENSE=no", -1, 1603, "", bad + "no' not acceptable\n"},
+                        {"AGREETOLICENSE=maybe|UILevel=4", -1, 1603, "", bad + "maybe' not acceptable\n"},
+                        {"UILevel=5", -1, 0, "", "The dialogs ask about the licence\n"},
+                        {"Installed=1", -1, 0, "", "the licence is not asked about\n"},
+                        {"", MSIRUNMODE_ADMIN, 0, "", "the licence is not asked about\n"}};
+  for (const Case &c : cases) {
+    Set("Installed=|AGREETOLICENSE=|USEINI=|UILevel=2|AgreeToLicense=");
+    world.boxes.clear();
+    world.modes = {c.mode};
+    ExpectRun(iwiCheckLicenseAgree, c.result, c.given, {c.line});
+    EXPECT_EQ(Values({"AgreeToLicense"}), c.agreed + "|"s);
+    EXPECT_EQ(
+        LogText().find("To install silently, accept the licence: set AGREETOLICENSE to yes.") != std::string::npos,
+        c.result != 0);
+    EXPECT_EQ(world.boxes.size(), c.result != 0 && world.properties["UILevel"] != "2");
   }
 }
 

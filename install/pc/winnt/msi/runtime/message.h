@@ -51,6 +51,7 @@ constexpr UINT kInstalledFeature = 2128;
 constexpr UINT kRemovedFeature = 2129;
 constexpr UINT kMayRestart = 2130;
 constexpr UINT kTraceLog = 2131;
+constexpr UINT kNoAgreement = 2140;
 
 }  // namespace message
 
