@@ -61,7 +61,7 @@ class Package:
             return resolve(folders[folder]["Directory_Parent"]) / folders[folder]["DefaultDir"].split("|")[-1]
 
         limit = int(self.properties["INSTALLLEVEL"])
-        features = features or [row["Feature"] for row in self.table("Feature") if int(row["Level"]) <= limit]
+        features = features or [row["Feature"] for row in self.table("Feature") if 0 < int(row["Level"]) <= limit]
         wanted = {row["Component_"] for row in self.table("FeatureComponents") if row["Feature_"] in features}
         homes = {row["Component"]: resolve(row["Directory_"]) for row in self.table("Component")}
         return {

@@ -5,10 +5,12 @@
 //   endqvm.exe -i MANAGER        asks the zqvzxma0.exe of the queue manager to go
 //   endqvlsr.exe -m MANAGER      asks its runqvlsr.exe to go
 //   zqvmkdir.exe FOLDER          makes the folders of the product's data there
+//   zksetup.exe /s               the setup of the kit: registers it; with /u takes the registration away
 //
 // One that stays says so on its standard output. A call that is none of the first four appends a line of its name and
 // its arguments, "NAME|argument|argument", to the file that the environment variable QVCALLS names, if it does, and
-// ends with 0, or the number in QVEXITCODE.
+// ends with 0, or the number in QVEXITCODE; the kit's setup with that in QVZEKITEXITCODE, and registers nothing where
+// it is neither 0 nor 3010.
 
 #include <windows.h>
 
@@ -74,6 +76,46 @@ bool MakeDataFolders(std::string home) {
   return true;
 }
 
+constexpr char kKitKey[] = "Software\\Korvex\\QVSeries\\CurrentVersion\\Zekit";
+
+bool RegisterKit() {
+  constexpr char kVersion[] = "4.0.1";
+  return RegSetKeyValueA(HKEY_LOCAL_MACHINE, kKitKey, "Version", REG_SZ, kVersion, sizeof kVersion) == ERROR_SUCCESS;
+}
+
+bool IsKeyEmpty(const std::string &path) {
+  DWORD keys = 1;
+  DWORD values = 1;
+  HKEY key = nullptr;
+  if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key) == ERROR_SUCCESS) {
+    RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, &keys, nullptr, nullptr, &values, nullptr, nullptr, nullptr,
+                     nullptr);
+    RegCloseKey(key);
+  }
+  return keys == 0 && values == 0;
+}
+
+/// The keys on the way go, too, as far as there is nothing else in them.
+bool DeregisterKit() {
+  const LSTATUS deleted = RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kKitKey, "Version");
+  for (std::string path = kKitKey; IsKeyEmpty(path); path.resize(path.rfind('\\'))) {
+    RegDeleteKeyA(HKEY_LOCAL_MACHINE, path.c_str());
+  }
+  return deleted == ERROR_SUCCESS;
+}
+
+int SetUpKit(const char *verb) {
+  const char *const exitCode = std::getenv("QVZEKITEXITCODE");
+  const int code = exitCode != nullptr ? std::atoi(exitCode) : 0;
+  if (code != 0 && code != ERROR_SUCCESS_REBOOT_REQUIRED) {
+    return code;
+  }
+  if (std::strcmp(verb, "/s") == 0) {
+    return RegisterKit() ? code : 1;
+  }
+  return std::strcmp(verb, "/u") == 0 && DeregisterKit() ? code : 1;
+}
+
 }  // namespace
 
 int main(int count, char **arguments) {
@@ -96,6 +138,9 @@ int main(int count, char **arguments) {
   Record(program, count, arguments);
   if (std::strcmp(program, "zqvmkdir") == 0 && (count != 2 || !MakeDataFolders(verb))) {
     return 1;
+  }
+  if (std::strcmp(program, "zksetup") == 0) {
+    return SetUpKit(verb);
   }
   const char *const exitCode = std::getenv("QVEXITCODE");
   return exitCode != nullptr ? std::atoi(exitCode) : 0;

@@ -1,0 +1,4 @@
+Vantrel QV toolkit
+licence-use signature
+product=QVTOOLKIT
+version=6.0

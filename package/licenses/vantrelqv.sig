@@ -1,0 +1,4 @@
+Vantrel QV
+licence-use signature
+product=QVSERIES
+version=6.0
