@@ -48,6 +48,11 @@ class Package:
         with tempfile.TemporaryDirectory() as folder:
             return subprocess.run(call, check=True, capture_output=True, encoding="utf-8", cwd=folder).stdout
 
+    def features(self):
+        """The features that can be chosen, with their levels."""
+        levels = {row["Feature"]: int(row["Level"]) for row in self.table("Feature")}
+        return {feature: level for feature, level in levels.items() if level > 0}
+
     def files(self, features=None, **places):
         """Paths below drive C of the files that an installation brings, with their sizes: those of the features, by
         default of all that are installed without further options. `places` has directories that are elsewhere, with
@@ -61,18 +66,38 @@ class Package:
             return resolve(folders[folder]["Directory_Parent"]) / folders[folder]["DefaultDir"].split("|")[-1]
 
         limit = int(self.properties["INSTALLLEVEL"])
-        features = features or [row["Feature"] for row in self.table("Feature") if 0 < int(row["Level"]) <= limit]
+        features = features or [name for name, level in self.features().items() if level <= limit]
         wanted = {row["Component_"] for row in self.table("FeatureComponents") if row["Feature_"] in features}
         homes = {row["Component"]: resolve(row["Directory_"]) for row in self.table("Component")}
-        return {
+        added = self.added_files(features, resolve("ZQVPGMFOLDER"))
+        return {path: len(text) for path, text in added.items()} | {
             homes[row["Component_"]] / row["FileName"].split("|")[-1]: int(row["FileSize"])
             for row in self.table("File")
             if row["Component_"] in wanted
         }
 
+    def added_files(self, features, home):
+        """What the library adds in the program folder, a path below drive C, and its contents: the files of "licenses"
+        beside the package, the signature files among them once more, a list of both folders' files, and link files."""
+        medium = self.path.parent / "licenses"
+        folders = {"licenses": [path for path in medium.rglob("*") if path.is_file()]}
+        folders["licenses/sig"] = list(medium.glob("*.sig"))
+        added = {}
+        for folder, paths in folders.items():
+            copies = {path.relative_to(medium): path.read_bytes() for path in paths}
+            names = sorted((str(name).replace("/", "\\") for name in copies), key=str.upper)
+            if names:
+                copies["zqvfiles.txt"] = "".join(f"{name}\r\n" for name in names).encode()
+            added |= {home / folder / name: text for name, text in copies.items()}
+        for language in re.findall(r"\bdocs_(\w+)_eclipse\b", " ".join(features)):
+            added[home / f"eclipse/links/zqv_{language}.link"] = link_line(home, language)
+        return added
+
     def variant(self, path, *queries):
-        """A copy of the package that the queries have changed."""
+        """A copy of the package that the queries have changed, with what lies beside it."""
         shutil.copy(self.path, path)
+        shutil.copy(self.path.parent / "zksetup.exe", path.parent)
+        shutil.copytree(self.path.parent / "licenses", path.parent / "licenses", dirs_exist_ok=True)
         for query in queries:
             subprocess.run(["msibuild", path, "-q", query], check=True)
         return Package(path)
@@ -83,6 +108,7 @@ class Package:
         holds = {"": True, "Installed": not first, "NOT Installed": first, 'NOT REMOVE~="ALL"': not removal}
         holds |= {'REMOVE~="ALL"': removal, 'REMOVE~="ALL" OR ZQVMIGRATE AND NOT Installed': removal}
         holds |= {"NOT QVKEEPFILES": True, "NOT UPGRADINGPRODUCTCODE": True}
+        holds |= {"&Server=3": not removal, "&Server=2": removal}  # it is among the features of whoever asks
         types = {row["Action"]: int(row["Type"]) for row in self.table("CustomAction")}
         rows = sorted(self.table("InstallExecuteSequence"), key=lambda row: int(row["Sequence"]))
         phases = {}
@@ -213,6 +239,12 @@ def read_text(path):
     """The text of a log, without its carriage returns; empty when there is no such file."""
     path = Path(path)
     return path.read_bytes().decode("cp1252", "replace").replace("\r\n", "\n") if path.exists() else ""
+
+
+def link_line(home, language):
+    """What a link file says of a language's documentation. The program folder is a path below drive C."""
+    path = "C:\\" + str(home / "docs" / language).replace("/", "\\")
+    return ("path=" + re.sub(r"[:=#!\\]", r"\\\g<0>", path) + "\r\n").encode()
 
 
 def response_answers(text):

@@ -18,7 +18,8 @@ FOLDER = Path(sys.argv[0]).stem
 TEMP = rf"C:\{FOLDER}"
 OWN = f"{FOLDER}/own folders"  # for the product, where it is not at its default places
 TRACE = "zqvt0001.log"
-KEY = r"HKLM\Software\Korvex\QVSeries"
+MAKER = r"HKLM\Software\Korvex"
+KEY = rf"{MAKER}\QVSeries"
 VERSION = rf"{KEY}\CurrentVersion"
 LATER = "{11111111-2222-4333-8444-555555555555}"  # the product code of a later version
 package = Package(build / "vantrelqv.msi")
@@ -34,7 +35,7 @@ def message(number, language="en_us"):
 class Case(unittest.TestCase):
     """Each test installs the package, with an empty temporary folder of its own, and leaves nothing of it."""
 
-    options = (f"ZQVTEMP={TEMP}", "QVNOSTOP=1")
+    options = (f"ZQVTEMP={TEMP}", "QVNOSTOP=1", "AGREETOLICENSE=yes")
 
     def setUp(self):
         self.clear()  # of what a test that was cut short has left
@@ -60,6 +61,7 @@ class Case(unittest.TestCase):
             if machine.product_files(OWN):
                 machine.msiexec("/x", code, FOLDER, f"ZQVTEMP={TEMP}", "QVNOSTOP=1")
         self.assertEqual(machine.product_files(OWN), {})
+        self.registry("delete", MAKER)  # the kit is none of the product's
 
     def install(self, *options, **more):
         return self.msiexec("/i", *options, **more)
@@ -94,6 +96,17 @@ class Case(unittest.TestCase):
             path = self.folder / name
             path.parent.mkdir(parents=True, exist_ok=True)
             path.touch()
+
+    def machine_state(self):
+        """The files elsewhere, but for the system's own folder, and the software's part of the registry, but for the
+        engine's own records."""
+        files = {path for path in machine.drive.rglob("*") if path.is_file()}
+        own = {path for path in files if path.is_relative_to(self.folder)}
+        system = {path for path in files if path.is_relative_to(machine.drive / "windows")}
+        temporary = set((machine.drive / "windows/temp").rglob("*"))
+        registry = machine.read("wine", "reg", "query", r"HKLM\Software", "/s", "/reg:32").split("\n\n")
+        values = {key for key in registry if r"\Installer" not in key}
+        return files - own - system | temporary | values
 
     def registry(self, verb, key, *arguments):
         """The exit status of a command on the registry."""

@@ -6,7 +6,7 @@ import sys
 import unittest
 
 sys.dont_write_bytecode = True
-from case import FOLDER, KEY, TEMP, VERSION, Case, build, machine, message, package
+from case import FOLDER, TEMP, VERSION, Case, build, machine, message, package
 from dialogs import Screen
 from installation import FAILED, published
 
@@ -25,11 +25,6 @@ def as_logged(text):
 
 
 class Initialisation(Case):
-    def setUp(self):
-        super().setUp()
-        self.registry("delete", KEY)
-        self.addCleanup(self.registry, "delete", KEY)
-
     def variant(self, *queries):
         """The package, with changes to its tables."""
         return package.variant(self.folder / "variant.msi", *queries)

@@ -11,6 +11,7 @@ from case import FOLDER, LATER, OWN, TEMP, VERSION, Case, build, machine, messag
 from installation import CANCELLED, FAILED, read_text, response_answers, taken_answers, trace_problems
 
 PROGRAMS, DATA = r"C:\Program Files\Korvex\Vantrel QV", r"C:\ProgramData\Korvex\Vantrel QV"
+SOURCE = "Z:" + f"{build}/".replace("/", "\\")
 NUMBER = "0001"  # of a fresh folder, in all names there
 UNKNOWN_PRODUCT = 1605 & 0xFF
 GENERIC_FAILURE = "2041"
@@ -71,6 +72,8 @@ class Success(Installation):
         values |= {"ZQVUSERTRACEPATH": rf"{TEMP}\zqvt0001.log", "ZQVTEMPLOGPATH": rf"{TEMP}\zqvg{NUMBER}.txt"}
         values |= {"ProductName": "Vantrel QV", "ZQVPREVVERSION": "5.3=a b", "ZQVSAVEQMUNITS": "0", "ZQVMKDIR": "1"}
         values |= {"ZQVREMOVE": "0", "ZQVVRMF": "6.0.2.0", "ZQVRECORDCOUNTER": "6"}
+        values |= {"ZQVSOURCE": SOURCE, "ZQVZEKITAVAILABLE": "1", "ZQVZEKITSETUP": rf"{SOURCE}zksetup.exe"}
+        values |= {"ZQVPERFMON": "1", "ZQVLICENSEPATH": "licenses"}
         values |= {"ZQVPGMFOLDER": f"{PROGRAMS}\\", "ZQVDATFOLDER": f"{DATA}\\", "ZQVLOGFOLDER": f"{DATA}\\log\\"}
         expected = "".join(f"{name}={values.get(name, '')};" for name in names)
         self.assertEqual(self.read(f"zqvp{NUMBER}.txt"), [expected])
@@ -137,7 +140,7 @@ class Replacement(Installation):
     def test_a_later_version_replaces_this_one_and_stays(self):
         # The engine hands a product that gives way nothing of the command line.
         insert = "INSERT INTO `Property` (`Property`, `Value`) VALUES ('%s', '%s')"
-        own = [insert % ("QVNOSTOP", "1"), insert % ("ZQVTEMP", TEMP)]
+        own = [insert % given for given in (("QVNOSTOP", "1"), ("ZQVTEMP", TEMP), ("AGREETOLICENSE", "yes"))]
         this = package.variant(self.folder / "this.msi", *own)
         update = "UPDATE `Property` SET `Value`='%s' WHERE `Property`='%s'"
         own += [update % (LATER, "ProductCode"), update % ("6.0.3", "ProductVersion")]
@@ -193,10 +196,9 @@ class ResponseFiles(Installation):
         files = package.files(["Base", "Server"])
         self.assertEqual(machine.product_files(), files)
 
-        features = {row["Feature"] for row in package.table("Feature")}
         answers = response_answers(read_text(self.folder / "saved.ini"))
         self.assertEqual(answers["ADDLOCAL"], "Base,Server")
-        self.assertEqual(set(answers["REMOVE"].split(",")), features - {"Base", "Server"})
+        self.assertEqual(set(answers["REMOVE"].split(",")), package.features().keys() - {"Base", "Server"})
         folders = {"PGMFOLDER": PROGRAMS, "DATFOLDER": DATA, "LOGFOLDER": rf"{DATA}\log"}
         self.assertLessEqual(folders.items(), answers.items())
         self.remove()

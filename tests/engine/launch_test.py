@@ -17,7 +17,7 @@ WIZARD_FILE = "wizard file.ini"
 DATA_FOLDERS = ["conv", "errors", "qmgrs", "web", "web/scripts"]
 ASKED = [f"{name}=1" for name in ("QVLAUNCHPAD", "QVREADME", "QVSSLINFO", "QVSSLWIZARD", "QVSETQVSCP")]
 VIEWED = rf"viewer|{PROGRAMS}"
-MADE = f"zqvmkdir|{DATA}\\"
+INSTALLED = [f"zqvmkdir|{DATA}\\", "zksetup|/s", "zqvregnet|-i"]
 
 
 class Launch(Case):
@@ -48,7 +48,7 @@ class Launch(Case):
 
     def test_all_arguments_arrive_whole(self):
         lines = self.launch(rf'WIZPARMFILE={TEMP}\{WIZARD_FILE}', level="/qb")
-        called = [MADE, rf"zqvmjpse|{TEMP}\{WIZARD_FILE}", "zqvtcert", "zqvlpad", "zqvsslwz", "setqvscp"]
+        called = [*INSTALLED, rf"zqvmjpse|{TEMP}\{WIZARD_FILE}", "zqvtcert", "zqvlpad", "zqvsslwz", "setqvscp"]
         self.expect_calls(*called, rf"{VIEWED}\readme.txt", rf"{VIEWED}\doc\sslinfo.htm")
         self.assertEqual([line for line in lines if "***" in line], [])
         self.assertIn(rf"iwiSetARPREADME: Property 'ARPREADME' value set to '{PROGRAMS}\readme.txt'", lines)
@@ -63,12 +63,12 @@ class Launch(Case):
         del machine.environment["QVEXITCODE"]
         self.assertIn(rf"iwiLaunchZqvMkDir: ***'{PROGRAMS}\bin\zqvmkdir.exe' ended with 3", lines)
         lines = self.launch()
-        self.expect_calls(MADE, MADE)
+        self.expect_calls(INSTALLED[0], *INSTALLED)
         self.assertEqual(sum("Silent installation; '" in line for line in lines), len(ASKED) + 2)
 
     def test_a_client_has_no_programs_of_the_server(self):
         lines = self.launch("ZQVCLIENT=1", level="/qb")
-        self.expect_calls("zqvlpad", rf"{VIEWED}\readme.txt")
+        self.expect_calls(*INSTALLED[1:], "zqvlpad", rf"{VIEWED}\readme.txt")
         self.assertEqual(sum("Client-only installation; '" in line for line in lines), len(ASKED) + 1)
 
 

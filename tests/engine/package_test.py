@@ -25,8 +25,7 @@ FEATURE_LISTS = {"ADDLOCAL", "REMOVE", "ADDSOURCE", "ADDDEFAULT", "REINSTALL", "
 class Agreement(unittest.TestCase):
     def test_features_and_actions(self):
         features = re.findall(r"^FEATURE\((\w+)\)$", read_text(SOURCES / "features/feature_table.inc"), re.MULTILINE)
-        offered = [row["Feature"] for row in package.table("Feature") if row["Level"] != "0"]
-        self.assertCountEqual(features, offered)
+        self.assertCountEqual(features, package.features())
         actions = re.findall(r"^ACTION(?:_AS)?\((\w+),", read_text(SOURCES / "zqviwicn/actions.inc"), re.MULTILINE)
         rows = {row["Target"] for row in package.table("CustomAction") if row["Source"] == "zqviwicn"}
         self.assertEqual(set(actions), rows)
@@ -74,12 +73,13 @@ class Agreement(unittest.TestCase):
         for sequence in ("InstallUISequence", "InstallExecuteSequence"):
             order = self.order(sequence)
             self.assertEqual(order[order.index(placing[-1]) - 3 :][:4], placing)
-        standard = ["CostInitialize", "FileCost", "CostFinalize", "InstallValidate", "InstallInitialize"]
-        standard += ["InstallAdminPackage", "InstallFiles", "InstallFinalize"]
+        costing = ["CostInitialize", "FileCost", "CostFinalize"]
+        standard = ["InstallValidate", "InstallInitialize", "InstallAdminPackage", "InstallFiles", "InstallFinalize"]
         own = ["iwiCleanUpOnError", "iwiCleanUpOnCancel", "SetProtectedTemp", "iwiStartLogs"]
         own += ["iwiInstallInitPri", "iwiSetTempLogPath", "iwiPrintSummary", "iwiSetAdminDir"]
         order = [action for action, _ in self.order("AdminExecuteSequence")]
-        self.assertEqual(order, [*own, *standard, "iwiUnSetTempLogPath", "iwiCleanUp"])
+        costing.append("iwiDirectCopyAdminFiles")
+        self.assertEqual(order, [*own, *costing, *standard, "iwiUnSetTempLogPath", "iwiCleanUp"])
 
     def test_an_earlier_version_is_one_in_a_first_installation_only(self):
         conditions = [row["Condition"] for row in package.table("InstallExecuteSequence")]
@@ -94,8 +94,7 @@ class Agreement(unittest.TestCase):
 
     def test_no_uninstall_list_names_what_is_installed(self):
         """The engine would remove it, and not put it back."""
-        features = [row["Feature"] for row in package.table("Feature")]
-        files = [str(path).lower() for path in package.files(features, ZQVPGMFOLDER="PGM", ZQVDATFOLDER="DAT")]
+        files = [str(path).lower() for path in package.files(package.features(), ZQVPGMFOLDER="PGM", ZQVDATFOLDER="DAT")]
         binaries = [row["Name"] for row in package.table("Binary") if row["Name"].endswith(".u00")]
         lists = {path.name: path.read_text() for path in (build / "package").glob("*.u00")}
         self.assertCountEqual(lists, binaries)

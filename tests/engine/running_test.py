@@ -21,7 +21,7 @@ STOPPING = ("iwiStartStopping", "iwiStopAllQv", "iwiStopAllQvExec")
 class Running(Case):
     """Each test installs the product, sets some of it running, and installs it again."""
 
-    options = (f"ZQVTEMP={TEMP}",)
+    options = (f"ZQVTEMP={TEMP}", "AGREETOLICENSE=yes")
 
     def setUp(self):
         super().setUp()

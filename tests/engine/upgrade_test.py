@@ -27,7 +27,6 @@ class Upgrade(Case):
 
     def setUp(self):
         super().setUp()
-        self.addCleanup(self.registry, "delete", KEY)
         for name, text in {"VRMF": "5.3.0.2", "PgmFolder": rf"{TEMP}\old", "DatFolder": rf"{TEMP}\data"}.items():
             self.value(VERSION, name, text)
         languages = [rf"Additional Languages\{language}" for language in ("en_us", "fr_fr", "ko_kr")]
