@@ -5,7 +5,7 @@ import sys
 import unittest
 
 sys.dont_write_bytecode = True
-from case import FOLDER, OWN, TEMP, TRACE, Case, build, machine, message, package
+from case import FOLDER, OWN, ROOT, TEMP, TRACE, Case, build, machine, message, package
 from dialogs import Screen
 from installation import PATIENCE, Machine, Package
 from pictures import IN_USE, OWED
@@ -130,7 +130,12 @@ class InDialogs(Case):
             of = Package(build / f"vantrelqv{of}.msi")
             dialogs = self.open(*self.options, option, of=of, screen=self.screen if on is machine else self.show(on))
             rows = self.summary(*MINIMUM, of=of, language=language, places=DEFAULTS)
-            dialogs.walk(*WAY, ("SummaryDlg", rows, use), *end, status=status)
+            dialogs.walk(WAY[0], ("LicenseDlg", []), status=None)
+            licence = ROOT / "package/licenses" / ("en_US.txt" if on is machine else "ja_JP.txt")
+            dialogs.wait_for(licence.read_text(encoding="utf-8").splitlines()[-1])
+            for step in WAY[1][2:]:
+                dialogs.use(step)
+            dialogs.walk(*WAY[2:], ("SummaryDlg", rows, use), *end, status=status)
             self.assertEqual(on.product_files(), {})
 
     def test_a_feature_that_another_one_needs(self):
