@@ -36,17 +36,6 @@ class CompletionTest : public LibraryTest {
     }
     return names;
   }
-
-  /// What the RemoveFile table's rows would remove, with component and mode, a line each; forgets them.
-  std::string Stacked() {
-    std::string text;
-    for (const Row &row : std::exchange(world.tables["RemoveFile"].rows, {})) {
-      const std::string *name = std::get_if<std::string>(&row[2]);
-      text += std::get<std::string>(row[1]) + " " + world.properties[std::get<std::string>(row[3])] +
-              (name != nullptr ? *name : "") + " " + std::to_string(std::get<int>(row[4])) + "\n";
-    }
-    return text;
-  }
 };
 
 TEST_F(CompletionTest, EachEndLeavesWhatItShould) {

@@ -45,16 +45,6 @@ class SideTest : public LibraryTest {
     }
     return text;
   }
-
-  /// What the RemoveFile table's rows would remove, a line each; forgets them.
-  std::string Stacked() {
-    std::string text;
-    for (const Row &row : std::exchange(world.tables["RemoveFile"].rows, {})) {
-      const std::string *name = std::get_if<std::string>(&row[2]);
-      text += world.properties[std::get<std::string>(row[3])] + (name != nullptr ? *name : "") + "\n";
-    }
-    return text;
-  }
 };
 
 TEST_F(SideTest, TheSourceIsFoundAndIsForEveryone) {
@@ -231,7 +221,8 @@ TEST_F(SideTest, WhatIsWrittenCanBePutBackWhereverItFails) {
       const std::string log = RunIn(MSIRUNMODE_ROLLBACK, c.action);
       EXPECT_EQ(Snapshot(), before) << what << "\n" << log;
       EXPECT_FALSE(world.Exists("C:\\temp\\zqvsave\\links") || world.Exists("C:\\temp\\zqvsave\\licenses") ||
-                   world.Exists("C:\\temp\\zqvsave\\sig")) << what << log;
+                   world.Exists("C:\\temp\\zqvsave\\sig"))
+          << what << log;
       world.Remove("C:\\temp\\zqvcancl.txt");
     };
     int failed = 0;
@@ -316,11 +307,15 @@ TEST_F(SideTest, ARemovalTakesAwayWhatWasWrittenAndNothingElse) {
       "C:\\qv\\licenses\\sig\\zqvfiles.txt=A.SIG\n");
   const std::tuple<EntryPoint, std::string> cases[] = {
       {iwiReconcileEclipseLinkFiles,
-       "C:\\qv\\eclipse\\links\\zqv_fr_fr.link\nC:\\qv\\eclipse\\links\\\nC:\\qv\\eclipse\\\n"},
-      {iwiInstallVlsm, "C:\\qv\\licenses\\sig\\A.SIG\nC:\\qv\\licenses\\sig\\zqvfiles.txt\nC:\\qv\\licenses\\sig\\\n"},
+       "Base_base C:\\qv\\eclipse\\links\\zqv_fr_fr.link 2\nBase_base C:\\qv\\eclipse\\links\\ 2\nBase_base "
+       "C:\\qv\\eclipse\\ 2\n"},
+      {iwiInstallVlsm,
+       "Base_base C:\\qv\\licenses\\sig\\A.SIG 2\nBase_base C:\\qv\\licenses\\sig\\zqvfiles.txt 2\nBase_base "
+       "C:\\qv\\licenses\\sig\\ 2\n"},
       {iwiCopyLicenseFile,
-       "C:\\qv\\licenses\\a.txt\nC:\\qv\\licenses\\sub\\b\nC:\\qv\\licenses\\zqvfiles.txt\n"
-       "C:\\qv\\licenses\\sub\\\nC:\\qv\\licenses\\\n"}};
+       "Base_base C:\\qv\\licenses\\a.txt 2\nBase_base C:\\qv\\licenses\\sub\\b 2\nBase_base "
+       "C:\\qv\\licenses\\zqvfiles.txt 2\n"
+       "Base_base C:\\qv\\licenses\\sub\\ 2\nBase_base C:\\qv\\licenses\\ 2\n"}};
   const std::string before = Snapshot();
   for (const auto &[action, stacked] : cases) {
     Set("ZQVREMOVE=1|ZQVSOURCE=");
@@ -363,7 +358,7 @@ TEST_F(SideTest, ALicenceTextArrivesByteForByte) {
   Run(iwiCopyLicenseText);
   EXPECT_EQ(world.properties["ZQVLICENSETEXT"], longText);
   world.Remove("D:\\media");
-  EXPECT_NE(Run(iwiCopyLicenseText).find("***No text of the licence to show\n"), std::string::npos);
+  EXPECT_NE(Run(iwiCopyLicenseText).find("No text of the licence to show\n"), std::string::npos);
   EXPECT_EQ(Values({"ZQVLICENSETEXT"}), "|");
   ExpectRun(iwiCopyLicenseText, 1603, "ZQVLICENSEPATH=..\\x", {"***Invalid folder '..\\x' in 'ZQVLICENSEPATH'\n"});
   const std::tuple<std::string, const char *, std::size_t, std::size_t> cuts[] = {

@@ -149,6 +149,17 @@ class LibraryTest : public testing::Test {
     world.failCall = {call, nth, code};
   }
 
+  /// What the RemoveFile table's rows would remove, with component and mode, a line each; forgets them.
+  std::string Stacked() {
+    std::string text;
+    for (const Row &row : std::exchange(world.tables["RemoveFile"].rows, {})) {
+      const std::string *name = std::get_if<std::string>(&row[2]);
+      text += std::get<std::string>(row[1]) + " " + world.properties[std::get<std::string>(row[3])] +
+              (name != nullptr ? *name : "") + " " + std::to_string(std::get<int>(row[4])) + "\n";
+    }
+    return text;
+  }
+
   /// The ticks of the progress messages of a kind: 2 those that are sent, 3 those that are announced.
   int Ticks(int kind) {
     int ticks = 0;

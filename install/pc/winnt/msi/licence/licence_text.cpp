@@ -107,10 +107,11 @@ ResultCode PublishLicenceText() {
   source += folder + "\\";
   std::string text;
   std::string path;
-  if (ReadText(source, language, text, path) || ReadText(source, kEnglish, text, path)) {
+  if (ReadText(source, language, text, path) ||
+      (language != kEnglish && ReadText(source, kEnglish, text, path))) {
     return Publish(text, path);
   }
-  LogLine("***No text of the licence to show");
+  LogLine("No text of the licence to show");
   return ResultOf(SetProperty(kText, ""));
 }
 
