@@ -34,8 +34,10 @@ class Side(Case):
         return calls + [text for line in self.texts() for text in (COUNTERS_COME, COUNTERS_GO) if line.endswith(text)]
 
     def below(self, folder):
-        """All that is below a folder, with contents and what may be done to it."""
-        return {(path, path.stat().st_mode, path.is_file() and path.read_bytes()) for path in folder.rglob("*")}
+        """All that is below a folder, with contents and what may be done to it, but for the engine's own folders: as long
+        as the console of a program that has ended is in one, Wine cannot remove it."""
+        paths = set(folder.rglob("*")) - {HOME, HOME / "bin"}
+        return {(path, path.stat().st_mode, path.is_file() and path.read_bytes()) for path in paths}
 
     def state(self):
         return self.machine_state() | self.below(machine.drive / OWN)
