@@ -31,7 +31,7 @@ constexpr Files kLicences{"licenses", "*", true, "", false};
 constexpr Files kSignatureFiles{"sig", kSignatures, false, "\\sig", true};
 
 /// Where the licences are below a source with a backslash at its end.
-bool FindLicences(std::string source, std::string &licences) {
+bool FindLicences(const std::string &source, std::string &licences) {
   std::string folder;
   const bool asked = AskLicenceFolder(folder);
   licences = source + folder;

@@ -84,7 +84,7 @@ std::size_t LengthCutTo(std::string_view text, std::string_view language, std::s
     if (page.language == language) {
       std::size_t at = 0;
       while (at < most) {
-        const unsigned char byte = static_cast<unsigned char>(text[at]);
+        const auto byte = static_cast<unsigned char>(text[at]);
         const std::size_t length = IsIn(byte, page.first) || IsIn(byte, page.second) ? 2 : 1;
         if (at + length > most) {
           break;
