@@ -107,8 +107,7 @@ ResultCode PublishLicenceText() {
   source += folder + "\\";
   std::string text;
   std::string path;
-  if (ReadText(source, language, text, path) ||
-      (language != kEnglish && ReadText(source, kEnglish, text, path))) {
+  if (ReadText(source, language, text, path) || (language != kEnglish && ReadText(source, kEnglish, text, path))) {
     return Publish(text, path);
   }
   LogLine("No text of the licence to show");
