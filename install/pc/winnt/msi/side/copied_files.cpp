@@ -124,7 +124,8 @@ bool StackListed(const std::string &home, const std::string &target) {
   names.insert(kListName + 1);
   std::set<std::string, LessName> folders = {target};
   for (const std::string &name : names) {
-    const std::string path = target + "\\" + name;
+    std::string path = target;
+    path.append("\\").append(name);
     if (LeadsOverLink(home, path)) {
       continue;
     }
@@ -135,9 +136,9 @@ bool StackListed(const std::string &home, const std::string &target) {
     }
   }
   // A folder is behind the one that it is in, so the deepest come first.
-  for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
-    if (!LeadsOverLink(home, *folder + "\\")) {
-      static_cast<void>(iwiStackFolderForDeletion(*folder + "\\", kBaseComponent, kWhenRemoved));
+  for (const std::string &folder : std::vector<std::string>(folders.rbegin(), folders.rend())) {
+    if (!LeadsOverLink(home, folder + "\\")) {
+      static_cast<void>(iwiStackFolderForDeletion(folder + "\\", kBaseComponent, kWhenRemoved));
     }
   }
   return true;

@@ -217,8 +217,9 @@ bool Undo::PutBack() const {
     if (!HoldOwnFolder(top, heldTop) || !HoldOwnFolder(folder, held)) {
       return false;
     }
-    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
-      good = PutBackOne(folder, *line) && good;
+    std::reverse(lines.begin(), lines.end());
+    for (const std::string &line : lines) {
+      good = PutBackOne(folder, line) && good;
     }
   }
   return good && Clear();
