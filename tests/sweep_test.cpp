@@ -74,10 +74,10 @@ class FaultSweep : public testing::TestWithParam<SweepCase> {
 
   /// Runs the scenario in a fresh world, in which the platform call `call` fails with `code` and the allocations from
   /// `first` to `last` fail too; 0 for none. `onCall` runs before each call.
-  static UINT Run(int call, DWORD code, int first = 0, int last = 0,
-                  const std::function<void(std::string_view)> &onCall = nullptr) {
+  UINT Run(int call, DWORD code, int first = 0, int last = 0,
+           const std::function<void(std::string_view)> &onCall = nullptr) {
     ++runs_;
-    World &world = ResetWorld(GetParam());
+    World &world = ResetWorld(fresh_);
     copyCancelled = FALSE;
     Load();
     world.failCall = {"", call, code};
@@ -150,6 +150,7 @@ class FaultSweep : public testing::TestWithParam<SweepCase> {
   static inline bool inWriter_ = false;  // whether the writer of log lines was short of memory in the last run
 
  private:
+  const World fresh_ = ResetWorld(GetParam());
   static inline int runs_ = 0;
   static inline std::set<Asked> known_;
 };

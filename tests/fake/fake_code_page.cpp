@@ -14,6 +14,10 @@ bool IsFirstHalf(BYTE byte) {
 /// Moves past a character; 0 for what is none. A character of two bytes has no case, and so may be any that has none.
 char16_t Next(std::string_view &text) {
   const auto first = static_cast<BYTE>(text[0]);
+  if (first < 0x80) {  // by far the most, and the same in every code page
+    text.remove_prefix(1);
+    return first;
+  }
   const bool isDouble = IsFirstHalf(first) && text.size() > 1;
   const auto second = static_cast<BYTE>(isDouble ? text[1] : 0);
   text.remove_prefix(isDouble ? 2 : 1);
@@ -49,7 +53,7 @@ std::string Signs(std::string_view text) {
     const std::string_view rest = text;
     Next(text);
     const std::size_t length = rest.size() - text.size();
-    signs += length == 1 ? std::string(rest.substr(0, 1)) : std::string(length, 'x');
+    signs += length == 1 ? rest.substr(0, 1) : "xx";
   }
   return signs;
 }

@@ -103,7 +103,21 @@ int RewindStream(void *cookie, off64_t *offset, int whence) {
 
 int CloseStream(void *cookie) { return world.Close(Id(cookie), {"stream"}, "fclose") == 0 ? 0 : -1; }
 
+std::shared_ptr<Node> CopyOf(const Node &node) {
+  const auto copy = std::make_shared<Node>(node);
+  for (auto &[name, entry] : copy->entries) {
+    entry = CopyOf(*entry);
+  }
+  return copy;
+}
+
 }  // namespace
+
+World &ResetWorld(const World &from) {
+  world = from;
+  world.root = CopyOf(*from.root);
+  return world;
+}
 
 Place World::Find(const std::string &path) {
   std::string text = path;
@@ -117,7 +131,7 @@ Place World::Find(const std::string &path) {
   for (std::size_t start = elements[0].size() + 1, end = 0; start < text.size(); start = end + 1) {
     end = std::min(signs.find('\\', start), text.size());
     std::string element = text.substr(start, end - start);
-    Require(Signs(element).find_first_of("<>:\"|?*") == std::string::npos, ERROR_INVALID_NAME);
+    Require(signs.substr(start, end - start).find_first_of("<>:\"|?*") == std::string::npos, ERROR_INVALID_NAME);
     if (element == ".." && elements.size() > 1) {
       elements.pop_back();
     }

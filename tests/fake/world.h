@@ -246,5 +246,6 @@ struct World {
 
 World &TheWorld();
 
-/// Puts a fresh world in the place of the old one.
+/// Puts a fresh world, or a copy of one in which no handle is open, in the place of the old one.
 World &ResetWorld();
+World &ResetWorld(const World &from);
