@@ -1,5 +1,6 @@
 #include "previous/old_component.h"
 
+#include "base/in_order.h"
 #include "previous/replacement.h"
 #include "previous/uninstall_list.h"
 #include "runtime/log.h"
@@ -27,15 +28,7 @@ constexpr OldComponentRow kComponents[] = {
      "Internet Java Documents", "inetjava"},
 };
 
-constexpr bool InOrder() {
-  for (std::size_t at = 0; at < std::size(kComponents); ++at) {
-    if (kComponents[at].component != static_cast<OldComponent>(at)) {
-      return false;
-    }
-  }
-  return true;
-}
-static_assert(InOrder());
+static_assert(InOrder<&OldComponentRow::component>(kComponents));
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "base/in_order.h"
 #include "platform/own_module.h"
 #include "previous/documentation_scan.h"
 #include "previous/replacement.h"
@@ -55,15 +56,7 @@ constexpr Member kMembers[] = {
      "Additional Languages\\zh_tw", 17, false},
 };
 
-constexpr bool InOrder() {
-  for (std::size_t at = 0; at < std::size(kMembers); ++at) {
-    if (kMembers[at].language != static_cast<OldDocumentation>(at)) {
-      return false;
-    }
-  }
-  return true;
-}
-static_assert(InOrder());
+static_assert(InOrder<&Member::language>(kMembers));
 
 void StackValueIfPresent(const std::string &name) {
   if (HasOldComponent(name)) {

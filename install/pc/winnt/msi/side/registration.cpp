@@ -1,8 +1,8 @@
 #include "side/registration.h"
 
-#include <iterator>
 #include <string>
 
+#include "base/in_order.h"
 #include "completion/launching/argument.h"
 #include "features/feature_table.h"
 #include "running/product_files.h"
@@ -45,15 +45,7 @@ constexpr Row kRegistrations[] = {
     {Registration::deleteCounters, Place::system, "unlodctr.exe", "QVSeries", true},
 };
 
-constexpr bool InOrder() {
-  for (std::size_t at = 0; at < std::size(kRegistrations); ++at) {
-    if (kRegistrations[at].which != static_cast<Registration>(at)) {
-      return false;
-    }
-  }
-  return true;
-}
-static_assert(InOrder());
+static_assert(InOrder<&Row::which>(kRegistrations));
 
 /// Finds the program of the system. False, with a line, when its folder cannot be found out.
 bool SystemFile(const char *name, std::string &path) {

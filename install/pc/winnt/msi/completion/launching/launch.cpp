@@ -1,8 +1,8 @@
 #include "completion/launching/launch.h"
 
-#include <iterator>
 #include <string>
 
+#include "base/in_order.h"
 #include "base/path.h"
 #include "base/yes_no.h"
 #include "completion/launching/argument.h"
@@ -69,15 +69,7 @@ constexpr Row kLaunches[] = {
     {Launched::dataFolders, Place::bin, "zqvmkdir.exe", kClient | kRemoval, kHidden, INFINITE},
 };
 
-constexpr bool InOrder() {
-  for (std::size_t at = 0; at < std::size(kLaunches); ++at) {
-    if (kLaunches[at].which != static_cast<Launched>(at)) {
-      return false;
-    }
-  }
-  return true;
-}
-static_assert(InOrder());
+static_assert(InOrder<&Row::which>(kLaunches));
 
 constexpr const Row &RowOf(Launched which) { return kLaunches[static_cast<std::size_t>(which)]; }
 constexpr const Row &kMakeFolders = RowOf(Launched::dataFolders);
