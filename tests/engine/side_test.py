@@ -103,8 +103,8 @@ class Side(Case):
             # Wine undoes, too, what it has not come to: counters, the data's empty folders, the product's registration.
             self.assertEqual(self.called(), ["zqvregnet|-u", "zqvregnet|-i", *counters, COUNTERS_COME])
             self.assertEqual(self.below(HOME) ^ before, set())
-            self.begin()
-            self.remove()
+        self.begin()
+        self.remove()
 
     def test_no_silent_installation_without_agreement_and_none_without_the_kit(self):
         machine.environment["QVZEKITEXITCODE"] = "5"
