@@ -49,6 +49,7 @@ std::string TempName(bool persistNumber, const char *prefix, const char *extensi
   if (ValueOf(Kept::tempFolder).empty()) {
     return {};
   }
+  // Deliberate: whatever the reason that a file cannot be made, the next number is tried.
   for (unsigned long n = 1; n < kNumbers; ++n) {
     number = Format("%4.4lx", n);
     std::string created = iwiCreateNewFile(Compose(prefix, number, extension));
