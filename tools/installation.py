@@ -1,5 +1,6 @@
 """Whole installations of the reference package in Wine's installer engine, for the demo and the engine tests."""
 
+import functools
 import os
 import re
 import shutil
@@ -42,8 +43,9 @@ class Package:
         columns = self.columns(name)
         return [dict(zip(columns, line.split("\t"))) for line in self.read("export", name).splitlines()[3:]]
 
+    @functools.cache
     def read(self, command, *names):
-        """What msiinfo prints. It leaves a table's streams in the current folder."""
+        """What msiinfo prints; the package does not change any more. It leaves a table's streams in the current folder."""
         call = ["msiinfo", command, self.path, *names]
         with tempfile.TemporaryDirectory() as folder:
             return subprocess.run(call, check=True, capture_output=True, encoding="utf-8", cwd=folder).stdout
