@@ -7,7 +7,7 @@ dll: windows
 demo: windows
 	tools/demo build/windows
 
-# Installations mostly wait, which leaves time for the rest.
+# What one leaves of the processors, the others use.
 test: setup
 	@$(MAKE) --no-print-directory -j3 test-windows test-host lint
 
@@ -15,7 +15,7 @@ test-windows: windows
 	ctest --preset windows
 
 test-host: host
-	nice ctest --preset host -j $$(nproc)
+	ctest --preset host -j $$(nproc)
 	@awk '/^Fault sweep: / { runs += $$3 } END { print "Fault sweep: " runs " runs" }' \
 		build/host/Testing/Temporary/LastTest.log
 
