@@ -74,6 +74,9 @@ class LibraryFile(unittest.TestCase):
         header = struct.unpack_from("<I", library.read_bytes(), 0x3C)[0]
         self.assertEqual(struct.unpack_from("<I", library.read_bytes(), header + 8)[0], 0)
         self.assertRegex(self.headers, r"Time/Date stamp\s+0*0\b")  # of the exports
+        # And a file that is not compiled again may name its folder.
+        for place in (SOURCES, build):
+            self.assertNotIn(str(place).encode(), library.read_bytes())
 
     def test_it_may_be_loaded_anywhere_and_its_data_is_not_run(self):
         self.assertEqual(int(re.search(r"^DllCharacteristics\s+(\w+)", self.headers, re.MULTILINE)[1], 16), 0x140)
